@@ -1,0 +1,20 @@
+#pragma once
+
+#include "engine/polyimage.h"
+#include "platform/folders.h"
+#include "ui/form.h"
+
+/// The hidden support window: owns the picture engine for all work outside the editor. The display keeps `polImageBox1`
+/// loaded with the current picture, which saving and printing then use.
+class checkjpg : public FormWindow
+{
+    Q_OBJECT
+public:
+    explicit checkjpg(QWidget *parent = nullptr) : FormWindow(parent) {}
+
+    PolyImage polImageBox1;
+    Gvbox Gvbox2;
+    Gvbox Picture1;
+    std::shared_ptr<const LoadedPicture> picBackupImage;
+    WindowsSystemFolders WindowsSystemFolders1;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "engine/decode.h"
+
+#include <span>
+
+/// One row of the codec table: a decoder behind one name, with the content test that selects it.
+struct Codec {
+    const char *name;           ///< as `lumora-dev formats` prints it: "JPEG", "PNG", "Photo CD"
+    const char *extensions;     ///< lower case, blank-separated, that name this codec when the content says nothing
+    /// True when the first bytes are surely this codec's. Null for formats without a signature.
+    bool (*sniff)(std::span<const uchar> head);
+    Result<ImageInfo> (*probe)(const EncodedFile &file, int sizeIndex);
+    Result<Picture> (*decode)(const EncodedFile &file, const DecodeHint &hint);
+};
+
+/// All codecs, those of the loadable module (`lumora-codecs`) included once it is loaded.
+/// The module holds what drags large libraries in, so that a start that shows a JPEG does not pay for them.
+std::span<const Codec *const> codecTable();

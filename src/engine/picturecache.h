@@ -1,0 +1,36 @@
+#pragma once
+
+#include "engine/loadedpicture.h"
+
+#include <QStringList>
+
+/// Decoded pictures by file, kept within limits::cacheBudget(), and a few threads that decode ahead.
+///
+/// An entry belongs to a file as it was: device, inode, size and time of change take part in the key, so a changed file is
+/// decoded anew. What a caller sees is as if each picture had been decoded at the moment of the call.
+class PictureCache
+{
+public:
+    static PictureCache &instance();
+
+    /// The picture of `path`, from the cache, from a decode under way, or decoded now.
+    Result<std::shared_ptr<const LoadedPicture>> load(const QString &path, int sizeIndex, QSize target);
+
+    /// Decodes these in the background, first ones first; whatever waited from an earlier call is dropped.
+    void prefetch(const QStringList &paths, int sizeIndex, QSize target);
+
+    /// Starts decoding one file at once on a thread of its own, before anything else of the program stands.
+    void startEarly(const QString &path, int sizeIndex, QSize target);
+
+    /// Waits for nothing, drops what waits, forgets all. Called at the end of the program.
+    void shutDown();
+
+    /// Bytes held now; never above limits::cacheBudget() plus the newest entry.
+    qint64 bytesHeld() const;
+
+private:
+    PictureCache();
+    ~PictureCache();
+    struct Private;
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "ui/controls.h"
+#include "ui/form.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTabWidget>
+
+/// The window of options. It stays loaded for the life of the program: a control's state is the live value of its option,
+/// and each change is written at once by the control's own handler.
+class frmPreferences : public FormDialog
+{
+    Q_OBJECT
+public:
+    explicit frmPreferences(QWidget *parent = nullptr);
+
+    enum Tab { ThumbnailOptions, QualityOptions, FileTypes, AssociateFileTypes, InformationSummary, DefaultFolder };
+    CONTROL(SSTab1, QTabWidget);
+
+    // Thumbnail Options
+    CONTROL(sldThumbNailSize, QSlider);
+    CONTROL(lblThumbNailSizeValue, QLabel);
+    CONTROL(chkThumbNailStyle, QCheckBox);
+    CONTROL(lblThumbnailBackgroundColor, QPushButton);
+    CONTROL(Image1, QLabel);
+    CONTROL_ARRAY(optThumbnailCompression, QRadioButton, 0, 2);
+    CONTROL(chkCacheThumbnails, QCheckBox);
+    CONTROL(chkOverWriteThumbnails, QCheckBox);
+    CONTROL(chkStretch, QCheckBox);
+
+    // Quality / Size Options
+    CONTROL(txtJPGQuality, QLineEdit);
+    CONTROL(udJPGQuality, QSpinBox);
+    CONTROL(txtJPG2000Quality, QLineEdit);
+    CONTROL(udJPG2000Quality, QSpinBox);
+    CONTROL(chkJPGFastSaves, QCheckBox);
+    CONTROL_ARRAY(optPhotoCDSize, QRadioButton, 0, 4);
+    CONTROL(chkDiffusePBM, QCheckBox);
+    CONTROL(chkDiffusePGM, QCheckBox);
+    CONTROL(chkDiffuseWBMP, QCheckBox);
+    CONTROL(chkDiffuseXBM, QCheckBox);
+    CONTROL(chkDiffuseXPM, QCheckBox);
+
+    // Select File Types
+    CONTROL_ARRAY(chkFileType, QCheckBox, 1, 29);
+    CONTROL_ARRAY(chkPolyFileType, QCheckBox, 1, 21);
+    CONTROL_ARRAY(chkAVFileType, QCheckBox, 0, 9);
+    CONTROL(cmdMicrosoftFormats, QPushButton);
+    CONTROL(cmdWebFormats, QPushButton);
+    CONTROL(cmdPortableFormats, QPushButton);
+    CONTROL(cmdDigitalCameraFormats, QPushButton);
+    CONTROL(cmdSelectAllTypes, QPushButton);
+    CONTROL(cmdClearAllTypes, QPushButton);
+    CONTROL(cmdInvertSelections, QPushButton);
+    CONTROL(cmdSelectAllAudioTypes, QPushButton);
+    CONTROL(cmdClearAllAudioTypesCommand3, QPushButton);
+    CONTROL(cmdInvertSelectionsAudio, QPushButton);
+
+    // Information Summary
+    CONTROL(chkCountFileTypes, QCheckBox);
+    CONTROL(chkCountFileSize, QCheckBox);
+    CONTROL(chkCountFileColorDepth, QCheckBox);
+    CONTROL(cmdFileSummary, QPushButton);
+
+    // Default Folder Options
+    CONTROL_ARRAY(optDefaultOpenFolder, QRadioButton, 1, 2);
+    CONTROL(txtImageFolder, QLineEdit);
+    CONTROL(cmdBrowse, QPushButton);
+
+    CONTROL(cmdOK, QPushButton);
+
+    bool AssociationsChanged = false;
+
+    /// The back colour of lblThumbnailBackgroundColor.
+    QColor thumbnailBackColor() const;
+    void setThumbnailBackColor(const QColor &color);
+
+    void Form_Load() override;
+    void Form_Activate() override;
+    void Form_QueryUnload(bool &cancel) override;
+
+    void cmdOK_Click();
+
+private:
+    void makeTabs();
+    QColor m_thumbnailBackColor = Qt::black;
+};

@@ -1,0 +1,1 @@
+# Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
