@@ -119,6 +119,7 @@ void tst_files::aPipeIsRefusedAtOnceAndNotTouched()
     QVERIFY(!fileStamp(pipe));
     QVERIFY(!writeFileAtomically(pipe, "x"));
     QVERIFY(!FileExists(m_folder->path() + QLatin1Char('/')));
+    QCOMPARE(::unlink(pathToBytes(pipe).constData()), 0);
     for (const char *device : {"/dev/null", "/dev/zero", "/dev/full"})
         QVERIFY2(!openRegularFile(QString::fromLatin1(device)), device);
 }
@@ -280,6 +281,7 @@ void tst_files::aListingTellsKindsAndOrder()
     QCOMPARE(listing->folderLinks, QStringList(QStringLiteral("away")));
     QVERIFY(!listFolder(path("none")));
     QVERIFY(!listFolder(path("a.txt")));
+    QCOMPARE(::unlink(pathToBytes(path("pipe")).constData()), 0);
 }
 
 void tst_files::namesHaveOneTotalOrder()

@@ -92,7 +92,7 @@ void addLineBookmarks(QStringList &folders, const QString &file)
         return;
     const QList<QByteArray> lines = bytes->split('\n');
     for (const QByteArray &line : lines)
-        addBookmark(folders, pathFromBytes(line.left(line.indexOf(' ')).trimmed()));
+        addBookmark(folders, pathFromBytes(line.split(' ').first().trimmed()));
 }
 
 /// The XBEL file of places (http://pyxml.sourceforge.net/topics/xbel/): bookmark elements with an address; an entry the
