@@ -51,7 +51,7 @@ QByteArray fallbackThemeDrawing(const QString &name)
         "actions", "places", "devices", "status", "apps", "mimetypes", "categories"};
     for (const QString &folder : QIcon::themeSearchPaths()) {
         for (const char *group : groups) {
-            for (const int size : {24, 22, 32, 16}) {
+            for (const int size : {22, 24, 32, 16}) {
                 const QByteArray bytes = drawingBytes(
                     QStringLiteral("%1/%2/%3/%4/%5.svg").arg(folder, theme, QLatin1String(group)).arg(size).arg(name));
                 if (!bytes.isEmpty())
@@ -205,7 +205,9 @@ QIcon fileTypeIcon(const QString &code)
 {
     registerDrawings();
     const QString file = QStringLiteral(":/lumora/icons/types/%1.svg").arg(code);
-    return QFile::exists(file) ? QIcon(new LazyIconEngine(QStringLiteral("type/") + code, file)) : QIcon();
+    return !code.contains(QLatin1Char('/')) && QFile::exists(file)
+        ? QIcon(new LazyIconEngine(QStringLiteral("type/") + code, file))
+        : QIcon();
 }
 
 void installIconThemes()

@@ -138,7 +138,7 @@ private Q_SLOTS:
         // colour.
         for (const QString &code : codes()) {
             const QImage image = grabbed(fileTypeIcon(code), 22);
-            const QRgb band = image.pixel(11, 11);
+            const QRgb band = image.pixel(1, 19);
             int letters = 0;
             for (int y = 12; y < 20; ++y)
                 for (int x = 1; x < 21; ++x)
@@ -243,24 +243,12 @@ private Q_SLOTS:
 
     void namesWithoutADrawingComeFromTheFallbackTheme()
     {
-        const QString drawn = QStringLiteral("/usr/share/icons/breeze/actions/24/run-build.svg");
+        const QString drawn = QStringLiteral("/usr/share/icons/breeze/actions/22/run-build.svg");
         if (!QFile::exists(drawn))
             QSKIP("the package breeze-icon-theme is not installed");
         QIcon::setThemeName(QStringLiteral("hicolor"));
         QVERIFY(grabbed(themedIcon(QStringLiteral("run-build")), 24)
             != grabbed(themedIcon(QStringLiteral("run-nothing")), 24));
-    }
-
-    void aToolbarOfIconsIsQuick()
-    {
-        QIcon::setThemeName(QStringLiteral("hicolor"));
-        QGuiApplication::setPalette(paletteOf(qRgb(250, 250, 250), qRgb(1, 2, 3)));
-        const QStringList names = ownCommands().mid(0, 20);
-        QBENCHMARK_ONCE
-        {
-            for (const QString &name : names)
-                grabbed(themedIcon(name), 24);
-        }
     }
 
 private:
