@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
+#include <QStandardPaths>
 #include <QSvgRenderer>
 
 #include <mutex>
@@ -49,11 +50,13 @@ QByteArray fallbackThemeDrawing(const QString &name)
     const QString theme = paletteIsDark() ? QStringLiteral("breeze-dark") : QStringLiteral("breeze");
     static constexpr const char *groups[] = {
         "actions", "places", "devices", "status", "apps", "mimetypes", "categories"};
-    for (const QString &folder : QIcon::themeSearchPaths()) {
+    const QStringList folders = QStandardPaths::locateAll(
+        QStandardPaths::GenericDataLocation, QStringLiteral("icons/") + theme, QStandardPaths::LocateDirectory);
+    for (const QString &folder : folders) {
         for (const char *group : groups) {
             for (const int size : {22, 24, 32, 16}) {
                 const QByteArray bytes = drawingBytes(
-                    QStringLiteral("%1/%2/%3/%4/%5.svg").arg(folder, theme, QLatin1String(group)).arg(size).arg(name));
+                    QStringLiteral("%1/%2/%3/%4.svg").arg(folder, QLatin1String(group)).arg(size).arg(name));
                 if (!bytes.isEmpty())
                     return bytes;
             }
