@@ -241,6 +241,7 @@ private:
     int m_itemBeforeWheel =
         0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules
     int m_listTicket = 0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
+    bool m_listTakenOver = false; ///< the load that ran last found a newer one
     bool m_readingList = false; ///< what the DisplayList holds is only the beginning of a list
     bool m_layingOut = false;
     QHash<QString, QAction *> m_toolbarButtons;

@@ -57,7 +57,8 @@ void frmMainViewer::readListInto(const QString &path, bool standard)
 {
     const int emptied = m_listTicket + 1;
     ClearDisplayList();
-    if (m_listTicket != emptied || !lstDisplay->isEmpty() || globals.ProgramExiting)
+    m_listTakenOver = m_listTicket != emptied || !lstDisplay->isEmpty();
+    if (m_listTakenOver || globals.ProgramExiting)
         return;
     const auto bytes = readFile(path, maximumListBytes);
     if (!bytes) {
@@ -72,6 +73,7 @@ void frmMainViewer::readListInto(const QString &path, bool standard)
     CurrentPicture->setText(QString::number(globals.CurrentListIndex));
     if (!content.endReached && globals.ListFileCount >= 1 && !addListEntries(content.entries, standard)) {
         // What came in between could not show its item under the busy flag.
+        m_listTakenOver = true;
         if (!globals.ProgramExiting)
             ShowSelectedDisplayItem();
         return;
@@ -128,7 +130,7 @@ void frmMainViewer::Lumora_PlayListLoad(const QString &path)
 /// A list opened by the user is the list: from here on it is saved as the standard list too.
 void frmMainViewer::afterListLoad()
 {
-    if (globals.ProgramExiting)
+    if (std::exchange(m_listTakenOver, false) || globals.ProgramExiting)
         return;
     globals.StandardListLocked = false;
     if (globals.ListFileCount <= 0)
