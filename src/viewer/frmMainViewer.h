@@ -158,6 +158,8 @@ public:
     /// Takes the waiting commands; `caller` is "FormLoad" or empty.
     void ProcessIfFromCommandLine(const QString &caller);
     bool ReshowOnActivate = false;
+    /// Commands are being taken: whoever comes by a yield leaves the queue alone.
+    bool TakingCommands = false;
 
     // --- the two lists: frmMainViewer_lists.cpp
     void AddSelectedToDisplayList();
@@ -206,6 +208,8 @@ public:
 Q_SIGNALS:
     /// A picture of the list stands painted on the pane. For measuring and screenshots.
     void itemPainted();
+    /// The first activation is over: everything is laid out, the commands of the start are taken, Timer1 runs.
+    void activated();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -215,6 +219,14 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    void activateFirst();
+    void restoreToolbar();
+    enum class TakenCommand { Files, Folders, List };
+    TakenCommand takeFirstCommand();
+    void takePaths(const QStringList &paths);
+    void searchNamedFolders(const QStringList &folders);
+    void playSelectedMotion();
+    void startBySwitch(bool editor);
     void makeMenus();
     void makeToolbar();
     void makeListPane();
