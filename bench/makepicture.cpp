@@ -1,6 +1,6 @@
-// lumora-bench-picture OUT.jpg [WIDTHxHEIGHT] [QUALITY]
+// bench_picture OUT.jpg [WIDTHxHEIGHT] [QUALITY]
 // Makes a photograph-like JPEG: soft shapes, edges, fine texture and sensor noise, and a flat field of one colour over
-// the middle half, by which lumora-bench-pixels sees that the picture stands on the screen. The same picture every
+// the middle half, by which bench_pixels sees that the picture stands on the screen. The same picture every
 // time.
 
 #include <QFile>
@@ -57,18 +57,18 @@ void paintRow(QRgb *row, int y, QSize size, Noise &noise)
 int main(int argc, char **argv)
 {
     if (argc < 2 || argc > 4) {
-        std::fprintf(stderr, "usage: lumora-bench-picture OUT.jpg [WIDTHxHEIGHT] [QUALITY]\n");
+        std::fprintf(stderr, "usage: bench_picture OUT.jpg [WIDTHxHEIGHT] [QUALITY]\n");
         return 2;
     }
     int width = 6000, height = 4000;
     if (argc > 2 && (std::sscanf(argv[2], "%dx%d", &width, &height) != 2 || width < 8 || height < 8)) {
-        std::fprintf(stderr, "lumora-bench-picture: %s is no size\n", argv[2]);
+        std::fprintf(stderr, "bench_picture: %s is no size\n", argv[2]);
         return 2;
     }
     const int quality = argc > 3 ? std::atoi(argv[3]) : 92;
     QImage image(width, height, QImage::Format_RGB32);
     if (image.isNull()) {
-        std::fprintf(stderr, "lumora-bench-picture: not enough memory\n");
+        std::fprintf(stderr, "bench_picture: not enough memory\n");
         return 1;
     }
     Noise noise;
@@ -78,6 +78,6 @@ int main(int argc, char **argv)
     writer.setQuality(quality);
     if (writer.write(image))
         return 0;
-    std::fprintf(stderr, "lumora-bench-picture: %s\n", qPrintable(writer.errorString()));
+    std::fprintf(stderr, "bench_picture: %s\n", qPrintable(writer.errorString()));
     return 1;
 }

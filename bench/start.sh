@@ -28,14 +28,14 @@ trap 'stop_virtual_display; rm -rf -- "$work"' EXIT
 picture="$work/pictures/bench.jpg"
 mkdir -p -- "$work/pictures" "$work/home"
 mkdir -m 0700 -- "$work/run"
-"$build/bin/lumora-bench-picture" "$picture"
+"$build/bin/bench/bench_picture" "$picture"
 start_virtual_display 1280x1024
 
 # One line "milliseconds<tab>kB", or the reason on stderr.
 measure() {
     env -u XDG_CONFIG_HOME -u XDG_DATA_HOME -u XDG_CACHE_HOME -u XDG_STATE_HOME HOME="$work/home" XDG_RUNTIME_DIR="$work/run" \
         LUMORA_APP_FOLDER="$work/home/" NO_AT_BRIDGE=1 GDK_BACKEND=x11 QT_QPA_PLATFORM=xcb \
-        "$build/bin/lumora-bench-pixels" 30 "$@" "$picture" 2>> "$work/log"
+        "$build/bin/bench/bench_pixels" 30 "$@" "$picture" 2>> "$work/log"
 }
 
 # The middle of the sorted numbers of one column.

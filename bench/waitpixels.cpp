@@ -1,4 +1,4 @@
-// lumora-bench-pixels SECONDS PROGRAM [ARGUMENTS]
+// bench_pixels SECONDS PROGRAM [ARGUMENTS]
 // Starts a program and looks at the screen of $DISPLAY from outside until the field of the bench picture shows. Prints
 //     milliseconds from the start to the picture <tab> peak resident memory in kB, all processes of the program
 // and ends the program. Every program is measured alike, and none has to know of it. Exit status 1 when the picture did
@@ -136,29 +136,29 @@ void endProgram(pid_t pid)
 int main(int argc, char **argv)
 {
     if (argc < 3 || std::atof(argv[1]) <= 0) {
-        std::fprintf(stderr, "usage: lumora-bench-pixels SECONDS PROGRAM [ARGUMENTS]\n");
+        std::fprintf(stderr, "usage: bench_pixels SECONDS PROGRAM [ARGUMENTS]\n");
         return 2;
     }
     Display *display = XOpenDisplay(nullptr);
     if (!display) {
-        std::fprintf(stderr, "lumora-bench-pixels: there is no display\n");
+        std::fprintf(stderr, "bench_pixels: there is no display\n");
         return 1;
     }
     if (fieldPixels(display) >= enoughPixels) {
-        std::fprintf(stderr, "lumora-bench-pixels: the picture is on the screen already\n");
+        std::fprintf(stderr, "bench_pixels: the picture is on the screen already\n");
         return 1;
     }
     const double start = now();
     pid_t pid = 0;
     if (posix_spawnp(&pid, argv[2], nullptr, nullptr, argv + 2, environ) != 0) {
-        std::fprintf(stderr, "lumora-bench-pixels: %s cannot be started\n", argv[2]);
+        std::fprintf(stderr, "bench_pixels: %s cannot be started\n", argv[2]);
         return 1;
     }
     const double shown = momentOfWholeField(display, start + std::atof(argv[1]) * 1000);
     const long memory = peakMemory(pid);
     endProgram(pid);
     if (shown <= 0) {
-        std::fprintf(stderr, "lumora-bench-pixels: %s did not show the picture\n", argv[2]);
+        std::fprintf(stderr, "bench_pixels: %s did not show the picture\n", argv[2]);
         return 1;
     }
     std::printf("%.1f\t%ld\n", shown - start, memory);

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 /// File system access by the program's own path text (see filepath.h). Nothing here blocks on a FIFO or a device.
@@ -32,14 +33,27 @@ Result<int> openRegularFile(const QString &path);
 Result<QByteArray> readFile(const QString &path, qint64 maximumBytes);
 
 /// Replaces a file as a whole: temporary beside the target, checked write, mode and owner kept, sync, rename, sync of the
-/// folder. A link is followed to its target. On failure the file that was there is untouched and nothing is left behind.
+/// folder. A link is followed to its target; a write-protected file is left alone. On failure the file that was there is
+/// untouched (except that a folder which cannot be synced is found out only after the rename) and nothing is left behind.
 Result<void> writeFileAtomically(const QString &path, const QByteArray &bytes);
 
+/// Removes temporaries of the program in this folder that a crash left there more than a day ago.
+void removeOldTemporaries(const QString &folder);
+
+/// A file may be a link to one; a folder is a real one. Other: devices, FIFOs, sockets, dead links.
+enum class EntryKind { File, Folder, FolderLink, Other };
+enum class HiddenEntries { LeftOut, Told };
+/// One folder's entries in the file system's order, names as bytes. A failure when the folder cannot be read (to its end).
+Result<void> forEachEntry(const QString &folder, const std::function<void(const char *name, EntryKind kind)> &tell,
+                          HiddenEntries hidden = HiddenEntries::LeftOut);
+
+/// Names in the program's order; hidden ones (leading dot) are left out everywhere.
 struct FolderListing {
-    QStringList files;      ///< names of regular files and links to them, in the program's order
-    QStringList folders;    ///< names of sub-folders in the program's order; hidden ones left out, links to folders too
+    QStringList files;          ///< regular files and links to them
+    QStringList folders;        ///< sub-folders, without links to folders
+    QStringList folderLinks;    ///< links to folders
 };
-/// One folder's entries. Order: by name without regard to case, numbers by value. Hidden files (leading dot) are left out.
+/// One folder's entries.
 Result<FolderListing> listFolder(const QString &folder);
 
 /// The program's order of names: case-insensitive, digit runs by value, ties by code point.
