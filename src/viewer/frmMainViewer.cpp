@@ -180,15 +180,15 @@ void frmMainViewer::mnuPictureCopy_Click()
     const auto picture = Image1->picture();
     if (!picture)
         return;
-    auto *data = new QMimeData;
-    data->setImageData(picture->full().pixels);
+    auto *content = new QMimeData;
+    content->setImageData(picture->full().pixels);
     // A metafile goes as it is too, for programs that take the drawing.
     if (globals.CurrentMediaFile.contains(QLatin1String(".WMF"), Qt::CaseInsensitive)) {
         if (const auto bytes = readFile(globals.CurrentMediaFile, 64 << 20))
-            data->setData(QStringLiteral("image/x-wmf"), *bytes);
+            content->setData(QStringLiteral("image/x-wmf"), *bytes);
     }
     QGuiApplication::clipboard()->clear();
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(content);
 }
 
 void frmMainViewer::mnuEditCopyPictureLink_Click()
