@@ -148,6 +148,10 @@ void frmMainViewer::makeListPane()
     connect(lstDisplay, &ListBox::DragDrop, this, &frmMainViewer::AddSelectedToDisplayList);
     connect(lstDisplay, &ListBox::filesDropped, this, &frmMainViewer::addDroppedFiles);
     connect(lstSelect, &ListBox::filesDropped, this, &frmMainViewer::addDroppedFiles);
+    connect(lstDisplay, &ListBox::MouseMove, this, &frmMainViewer::lstDisplay_MouseMove);
+    lstSelect->setDragEnabled(true);
+    lstSelect->setAcceptDrops(true);
+    lstDisplay->setAcceptDrops(true);
     connect(tabFileList, &QTabWidget::currentChanged, this, &frmMainViewer::tabFileList_Change);
 
     setTabOrder(tabFileList, lstSelect);
