@@ -12,8 +12,25 @@ struct Codec {
     bool (*sniff)(std::span<const uchar> head);
     Result<ImageInfo> (*probe)(const EncodedFile &file, int sizeIndex);
     Result<Picture> (*decode)(const EncodedFile &file, const DecodeHint &hint);
+    /// probe() given only the start of a file gives the right numbers or fails; it never guesses.
+    bool probesPrefix = false;
+    /// decode() needs nothing of the application object, which does not stand yet when the first picture starts to load.
+    bool worksEarly = false;
 };
 
 /// All codecs, those of the loadable module (`lumora-codecs`) included once it is loaded.
 /// The module holds what drags large libraries in, so that a start that shows a JPEG does not pay for them.
 std::span<const Codec *const> codecTable();
+
+/// The same after an attempt to load the module. Safe to call from any thread; the attempt is made once.
+std::span<const Codec *const> fullCodecTable();
+
+/// Why the module's codecs are missing; empty when they are there or were not asked for yet.
+QString codecModuleFailure();
+
+/// What the module's one entry, `lumoraCodecModule`, points to. A module of another version is not used.
+struct CodecModule {
+    const char *version;
+    std::span<const Codec *const> codecs;
+};
+using CodecModuleEntry = const CodecModule *(*)();

@@ -1,0 +1,203 @@
+#include "engine/decode.h"
+
+#include "engine/codec.h"
+#include "engine/codecs/bytes.h"
+#include "engine/limits.h"
+#include "platform/files.h"
+#include "platform/filepath.h"
+
+#include <algorithm>
+#include <exception>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr size_t sniffedBytes = 4096;
+constexpr size_t maximumAttempts = 2;
+
+bool ownsExtension(const Codec &codec, const QString &extension)
+{
+    if (extension.isEmpty())
+        return false;
+    const QList<QByteArray> owned = QByteArray(codec.extensions).split(' ');
+    return owned.contains(extension.toLatin1());
+}
+
+/// The codecs that may hold this file, best first: by content before by name alone; of several whose signature fits, the
+/// one that also owns the extension (a camera's raw file is a TIFF by its first bytes).
+std::vector<const Codec *> candidates(const EncodedFile &file, std::span<const Codec *const> table)
+{
+    const Bytes head = bytesOf(file.bytes).first(std::min(size_t(file.bytes.size()), sniffedBytes));
+    const auto rank = [&](const Codec *codec) {
+        return (codec->sniff && codec->sniff(head) ? 2 : 0) + (ownsExtension(*codec, file.extension) ? 1 : 0);
+    };
+    std::vector<std::pair<int, const Codec *>> ranked;
+    for (const Codec *codec : table) {
+        if (const int points = rank(codec); points > 0)
+            ranked.emplace_back(points, codec);
+    }
+    std::stable_sort(ranked.begin(), ranked.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
+    std::vector<const Codec *> best;
+    for (const auto &[points, codec] : ranked)
+        best.push_back(codec);
+    return best;
+}
+
+bool sniffs(const Codec *codec, const EncodedFile &file)
+{
+    return codec->sniff && codec->sniff(bytesOf(file.bytes).first(std::min(size_t(file.bytes.size()), sniffedBytes)));
+}
+
+// Nothing that a library throws may leave the engine.
+template<class T, class Call>
+Result<T> guarded(const Codec &codec, Call call)
+{
+    const auto failed = [&](const char *what) {
+        return Failure{QLatin1String(codec.name) + QStringLiteral(" decoder: ") + QLatin1String(what)};
+    };
+    try {
+        return call(codec);
+    } catch (const std::exception &problem) {
+        return failed(problem.what());
+    } catch (...) {
+        return failed("stopped by an unknown exception");
+    }
+}
+
+/// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
+template<class T, class Call>
+Result<T> firstSuccess(const EncodedFile &file, Call call)
+{
+    std::vector<const Codec *> tried;
+    QString reasons;
+    std::optional<Result<T>> answer;
+    const auto attempt = [&](const Codec *codec) {
+        tried.push_back(codec);
+        Result<T> result = guarded<T>(*codec, call);
+        if (result)
+            answer = std::move(result);
+        else
+            reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + result.reason();
+        return answer.has_value();
+    };
+    const std::vector<const Codec *> known = candidates(file, codecTable());
+    if (!known.empty() && sniffs(known.front(), file) && attempt(known.front()))
+        return *std::move(answer);
+    for (const Codec *codec : candidates(file, fullCodecTable())) {
+        if (tried.size() >= maximumAttempts)
+            break;
+        if (std::find(tried.begin(), tried.end(), codec) == tried.end() && attempt(codec))
+            return *std::move(answer);
+    }
+    if (reasons.isEmpty())
+        reasons = QStringLiteral("no decoder for this file");
+    if (const QString missing = codecModuleFailure(); !missing.isEmpty())
+        reasons += QStringLiteral("; ") + missing;
+    return Failure{reasons};
+}
+
+bool isComplete(const Result<ImageInfo> &info)
+{
+    return info && !info->size.isEmpty() && info->bitsPerPixel > 0;
+}
+
+QString extensionOf(const QString &path)
+{
+    const QString name = FileNameOfPath(path);
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot < 0 ? QString() : name.mid(dot + 1).toLower();
+}
+
+Result<QByteArray> readHead(int descriptor, qsizetype count)
+{
+    QByteArray head(count, Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < count) {
+        const ssize_t got = pread(descriptor, head.data() + filled, size_t(count - filled), filled);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return Failure{QStringLiteral("cannot be read: ") + QString::fromLocal8Bit(strerror(errno))};
+        if (got == 0)
+            break;
+        filled += got;
+    }
+    head.truncate(filled);
+    return head;
+}
+
+struct Descriptor {
+    int value;
+    ~Descriptor() { close(value); }
+};
+
+/// The answer from the file's start, as far as a codec that can work with a start knows the content.
+std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
+{
+    const Result<int> opened = openRegularFile(path);
+    if (!opened)
+        return {};
+    const Descriptor descriptor{*opened};
+    constexpr qsizetype firstRead = 64 * 1024;
+    constexpr qsizetype lastRead = 4 * 1024 * 1024;
+    for (qsizetype count = firstRead; count <= lastRead; count *= 8) {
+        Result<QByteArray> head = readHead(descriptor.value, count);
+        if (!head)
+            return {};
+        const EncodedFile start{*head, extensionOf(path)};
+        const std::vector<const Codec *> known = candidates(start, codecTable());
+        if (known.empty() || !known.front()->probesPrefix || !sniffs(known.front(), start))
+            return {};
+        const auto call = [&](const Codec &codec) { return codec.probe(start, sizeIndex); };
+        if (Result<ImageInfo> info = guarded<ImageInfo>(*known.front(), call); isComplete(info))
+            return *info;
+        if (start.bytes.size() < count)
+            return {};
+    }
+    return {};
+}
+
+}
+
+Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
+{
+    return firstSuccess<Picture>(file, [&](const Codec &codec) -> Result<Picture> {
+        Result<Picture> picture = codec.decode(file, hint);
+        if (picture && picture->isNull())
+            return Failure{QStringLiteral("the decoder gave no pixels")};
+        return picture;
+    });
+}
+
+Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex)
+{
+    return firstSuccess<ImageInfo>(file, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
+}
+
+Result<EncodedFile> readEncodedFile(const QString &path)
+{
+    Result<QByteArray> bytes = readFile(path, limits::maximumFileBytes);
+    if (!bytes)
+        return bytes.failure();
+    return EncodedFile{*std::move(bytes), extensionOf(path)};
+}
+
+Result<Picture> decodeFile(const QString &path, const DecodeHint &hint)
+{
+    const Result<EncodedFile> file = readEncodedFile(path);
+    if (!file)
+        return file.failure();
+    return decode(*file, hint);
+}
+
+Result<ImageInfo> probeFile(const QString &path, int sizeIndex)
+{
+    if (std::optional<ImageInfo> info = probeStart(path, sizeIndex))
+        return *info;
+    const Result<EncodedFile> file = readEncodedFile(path);
+    if (!file)
+        return file.failure();
+    return probe(*file, sizeIndex);
+}

@@ -14,6 +14,8 @@ class LoadedPicture
 public:
     /// Reads and decodes; `target` as in DecodeHint.
     static Result<std::shared_ptr<const LoadedPicture>> load(const QString &path, int sizeIndex, QSize target);
+    /// The same for bytes that are read already.
+    static Result<std::shared_ptr<const LoadedPicture>> fromFile(EncodedFile file, int sizeIndex, QSize target);
     /// Wraps a picture that is already complete.
     static std::shared_ptr<const LoadedPicture> fromPicture(const Picture &picture);
 
@@ -32,9 +34,9 @@ public:
 
 private:
     ImageInfo m_info;
-    EncodedFile m_file;     ///< empty once the pixels are complete
-    QString m_path;         ///< instead of m_file for files too large to keep
     int m_sizeIndex = -1;
-    mutable std::mutex m_mutex;
+    mutable std::mutex m_decoding;      ///< held during a decode; taken before m_mutex
+    mutable std::mutex m_mutex;         ///< guards what follows, for moments only
+    mutable EncodedFile m_file;         ///< empty once the pixels are complete
     mutable Picture m_picture;
 };

@@ -32,5 +32,5 @@ private:
     PictureCache();
     ~PictureCache();
     struct Private;
-    std::unique_ptr<Private> d;
+    std::shared_ptr<Private> d;
 };

@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QFrame>
+#include <QHash>
 #include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
@@ -20,32 +21,34 @@
 
 class frmMainViewer;
 
-/// A row of the Main Viewer's menus. A command without a `click` has not been given to this build: it exists, carries its
-/// state, and is not shown.
-struct MenuRow {
+/// A row of the Main Viewer's menus. A command without a `click` has not been given to this build: it exists, carries
+/// its state, and is not shown.
+struct MenuRow
+{
     QAction *frmMainViewer::*item;
     const char *name;
-    const char *menu;           ///< name of the menu it stands in; "" for the menu bar
-    const char *caption;        ///< "-" in front starts a new group
+    const char *menu; ///< name of the menu it stands in; "" for the menu bar
+    const char *caption; ///< "-" in front starts a new group
     const char *shortcut;
     const char *icon;
-    void (frmMainViewer::*click)();
+    void (frmMainViewer::*click)() = nullptr;
     enum Flag { Plain = 0, Submenu = 1, Check = 2, Shown = 4 };
     int flags = Plain;
 };
 std::span<const MenuRow> mainMenuRows();
 
 /// A button of Toolbar1, dispatched by its key.
-struct ToolbarRow {
+struct ToolbarRow
+{
     const char *key;
     const char *caption;
     const char *toolTip;
     const char *icon;
-    void (frmMainViewer::*click)();     ///< null: passed over without an action
-    bool needsItem;                     ///< off while the DisplayList is empty
-    bool needsPicture;                  ///< off for "Motion" items
-    bool hidden;                        ///< its command has not been given to this build
-    bool group;                         ///< starts a new group
+    void (frmMainViewer::*click)(); ///< null: passed over without an action
+    bool needsItem; ///< off while the DisplayList is empty
+    bool needsPicture; ///< off for "Motion" items
+    bool hidden; ///< its command has not been given to this build
+    bool group; ///< starts a new group
 };
 std::span<const ToolbarRow> mainToolbarRows();
 
@@ -59,10 +62,10 @@ public:
 
     // --- controls: frmMainViewer.cpp
     CONTROL(picFileListBox, QFrame);
-    CONTROL(tabFileList, QTabWidget);       ///< 0 "Selection", 1 "Display"
+    CONTROL(tabFileList, QTabWidget); ///< 0 "Selection", 1 "Display"
     CONTROL(lstSelect, ListBox);
     CONTROL(lstDisplay, ListBox);
-    CONTROL(lsvDisplay, QTreeWidget);       ///< nothing fills it; out of sight
+    CONTROL(lsvDisplay, QTreeWidget); ///< nothing fills it; out of sight
     CONTROL(Command1, QPushButton);
     CONTROL(cmdUp, QPushButton);
     CONTROL(cmdDown, QPushButton);
@@ -79,9 +82,9 @@ public:
     CONTROL(CurrentPicture, QLabel);
     CONTROL(lblTextSize, QLabel);
     CONTROL(txtPrgTitle, QLabel);
-    CONTROL(Picture1, QFrame);              ///< the viewer pane
-    ImagePane *Image1;                      ///< lives in Picture1
-    CONTROL(wmp9, MediaPlayerControl);      ///< on the same rectangle as Picture1
+    CONTROL(Picture1, QFrame); ///< the viewer pane
+    ImagePane *Image1; ///< lives in Picture1
+    CONTROL(wmp9, MediaPlayerControl); ///< on the same rectangle as Picture1
     CONTROL(Toolbar1, QToolBar);
     StatusPanels *StatusBar1;
     QTimer Timer1;
@@ -89,23 +92,26 @@ public:
     QTimer tmrShowPlayTime;
 
     // --- menus: frmMainViewer_menus.cpp
-    QAction *mnuFile{}, *mnuFileDirectory{}, *mnuFileLoad{}, *mnuFileLoadAs{}, *mnuFileSave{}, *mnuFileSaveAs{}, *mnuFileClear{},
-        *mnuFileBatchConvertImages{}, *mnuFileSaveImageAs{}, *mnuFileSaveThumbnail{}, *mnuFileSendToEmailAttachment{},
-        *mnuFilePrintImage{}, *mnuFilePrinterSetup{}, *mnuFileProperties{}, *mnuFileSelectViewer{}, *mnuFileExit{};
+    QAction *mnuFile{}, *mnuFileDirectory{}, *mnuFileLoad{}, *mnuFileLoadAs{}, *mnuFileSave{}, *mnuFileSaveAs{},
+        *mnuFileClear{}, *mnuFileBatchConvertImages{}, *mnuFileSaveImageAs{}, *mnuFileSaveThumbnail{},
+        *mnuFileSendToEmailAttachment{}, *mnuFilePrintImage{}, *mnuFilePrinterSetup{}, *mnuFileProperties{},
+        *mnuFileSelectViewer{}, *mnuFileExit{};
     QAction *mnuEdit{}, *mnuPictureCopy{}, *mnuEditCopyPictureLink{}, *mnuEditCopyFilesTo{}, *mnuEditMoveFilesTo{},
         *mnuEditDeleteFiles{}, *mnuEditZoom{}, *mnuEditZoomIn{}, *mnuEditZoomOut{};
-    std::array<QAction *, 12> mnuEditZoomLevel{};       ///< 1 to 11
+    std::array<QAction *, 12> mnuEditZoomLevel{}; ///< 1 to 11
     QAction *mnuPicture{}, *mnuPictureAddOne{}, *mnuPictureAddAll{}, *mnuPictureRemoveOne{}, *mnuPictureRemoveAll{},
-        *mnuPictureNext{}, *mnuPicturePrevious{}, *mnuPictureViewer{}, *mnuPictureThumbNailViewer{}, *mnuBrowseFolderView{},
-        *mnuPictureImageSummary{}, *mnuPictureAdvListManagement{}, *mnuPictureDesktopWallpaper{}, *mnuPictureWallPaperCentered{},
-        *mnuPictureWallPaperStretched{}, *mnuPictureWallPaperTiled{}, *mnuPictureWallPaperClear{};
+        *mnuPictureNext{}, *mnuPicturePrevious{}, *mnuPictureViewer{}, *mnuPictureThumbNailViewer{},
+        *mnuBrowseFolderView{}, *mnuPictureImageSummary{}, *mnuPictureAdvListManagement{},
+        *mnuPictureDesktopWallpaper{}, *mnuPictureWallPaperCentered{}, *mnuPictureWallPaperStretched{},
+        *mnuPictureWallPaperTiled{}, *mnuPictureWallPaperClear{};
     QAction *mnuView{}, *mnuViewFullScreen{}, *mnuViewFullPlayerImage{}, *mnuViewFullWidthList{}, *mnuViewToolbars{},
         *mnuViewToolbarsMainToolbar{}, *mnuViewToolbarsShowCaptions{}, *mnuViewToolbarsCaptionsBottom{},
         *mnuViewToolbarsCaptionsRight{};
     QAction *mnuSlideShow{}, *mnuSlideShowFullScreen{}, *mnuSlideShowFullViewer{}, *mnuSlideShowRunSlideShow{},
-        *mnuSlideShowViewerOnly{}, *mnuSlideshowDesktopCentered{}, *mnuSlideshowDesktopStretched{}, *mnuSlideShowForwardOrder{},
-        *mnuSlideShowReverseOrder{}, *mnuSlideShowShuffleOrder{}, *mnuSlideShowLoopAround{}, *mnuSlideShowShuffleMediaFile{},
-        *mnuSlideShowResetShuffleHistory{}, *mnuSlideShowToolbar{}, *mnuSlideShowInterval{};
+        *mnuSlideShowViewerOnly{}, *mnuSlideshowDesktopCentered{}, *mnuSlideshowDesktopStretched{},
+        *mnuSlideShowForwardOrder{}, *mnuSlideShowReverseOrder{}, *mnuSlideShowShuffleOrder{},
+        *mnuSlideShowLoopAround{}, *mnuSlideShowShuffleMediaFile{}, *mnuSlideShowResetShuffleHistory{},
+        *mnuSlideShowToolbar{}, *mnuSlideShowInterval{};
     std::array<QAction *, 2> mnuSlideShowToolbarButton{};
     QAction *mnuOptions{}, *mnuOptionsPreferences{}, *mnuOptionsMinimizeSystemTray{}, *mnuOptionsDisplayOptions{};
     QAction *mnuTools{}, *mnuToolsVolumeControls{};
@@ -152,6 +158,8 @@ public:
     /// Takes the waiting commands; `caller` is "FormLoad" or empty.
     void ProcessIfFromCommandLine(const QString &caller);
     bool ReshowOnActivate = false;
+    /// Commands are being taken: whoever comes by a yield leaves the queue alone.
+    bool TakingCommands = false;
 
     // --- the two lists: frmMainViewer_lists.cpp
     void AddSelectedToDisplayList();
@@ -169,6 +177,7 @@ public:
     void PreviousListItem();
     void lstDisplay_DblClick();
     void lstDisplay_KeyPress(int keyCode);
+    void lstDisplay_MouseMove();
     /// Adds paths to the DisplayList as AddAllToDisplayList does; folders are searched with all below them.
     void addDroppedFiles(const QStringList &paths);
 
@@ -199,6 +208,8 @@ public:
 Q_SIGNALS:
     /// A picture of the list stands painted on the pane. For measuring and screenshots.
     void itemPainted();
+    /// The first activation is over: everything is laid out, the commands of the start are taken, Timer1 runs.
+    void activated();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -208,24 +219,46 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    void activateFirst();
+    void restoreToolbar();
+    enum class TakenCommand { Files, Folders, List };
+    TakenCommand takeFirstCommand();
+    void takePaths(const QStringList &paths);
+    void searchNamedFolders(const QStringList &folders);
+    void playSelectedMotion();
+    void startBySwitch(bool editor);
     void makeMenus();
     void makeToolbar();
     void makeListPane();
     void layOutListPane(const QRect &rect);
     QRect clientRect() const;
+    void showNothing();
     void afterListLoad();
+    bool addListEntries(const QStringList &entries, bool standard);
     void readListInto(const QString &path, bool standard);
     void prefetchNeighbours();
+    void makeSlideShowItems();
+    void applyToolbarStyle();
+    int photoCDSizeIndex() const;
+    QSize displayTarget() const;
+    void placeImage(QSize size, QSize pane);
     void wheelZoom(int steps, QPoint position);
+    void zoomFreely(int item, QPoint position);
+    void leaveFreeZoom();
     void panBy(QPoint offset);
     void rememberPlace();
     void restorePlace();
-    void setChecked(QAction *item, bool on);
-    void checkOnly(QAction *item, std::initializer_list<QAction *> group);
     bool m_firstActivationDone = false;
-    int m_displayTicket = 0;    ///< grows with each display; a display that finds a newer one inside a yield ends
-    bool m_freeZoom = false;    ///< the wheel has taken the picture out of the fit rules
+    int m_displayTicket = 0; ///< grows with each display; a display that finds a newer one inside a yield ends
+    int m_itemBeforeWheel =
+        0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules
+    int m_listTicket = 0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
+    bool m_listTakenOver = false; ///< the load that ran last found a newer one
+    bool m_readingList = false; ///< what the DisplayList holds is only the beginning of a list
+    bool m_layingOut = false;
+    QHash<QString, QAction *> m_toolbarButtons;
 };
 
-/// Rebuilds the three patterns of the globals from the type boxes of frmPreferences, and refreshes an open search window.
+/// Rebuilds the three patterns of the globals from the type boxes of frmPreferences, and refreshes an open search
+/// window.
 void BuildFilePatterns();

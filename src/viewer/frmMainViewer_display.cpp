@@ -1,0 +1,424 @@
+#include "viewer/frmMainViewer.h"
+
+#include "app/checkjpg.h"
+#include "app/globals.h"
+#include "app/mediatypes.h"
+#include "app/settings.h"
+#include "engine/picturecache.h"
+#include "platform/filepath.h"
+#include "platform/files.h"
+#include "shell/frmPreferences.h"
+#include "ui/guards.h"
+#include "ui/icons.h"
+#include "ui/yield.h"
+#include "viewer/fit.h"
+#include "viewer/statustext.h"
+
+#include <cmath>
+
+void frmMainViewer::ShowSelectedDisplayItem()
+{
+    if (globals.ItemSelectionBusy)
+        return;
+    if (!lstDisplay->isSelected(lstDisplay->listIndex())) {
+        UpdateListScrollWidth(lstDisplay);
+        return;
+    }
+    globals.CurrentListIndex = lstDisplay->listIndex() + 1;
+    CurrentPicture->setText(QString::number(globals.CurrentListIndex));
+    const QString path = lstDisplay->text();
+    const bool motion = GetMediaKind(path) == kindMotion;
+    const int ticket = ++m_displayTicket;
+    const bool exists = FileExists(path);
+    if (exists && !motion) {
+        tmrShowPlayTime.stop();
+        if (globals.MediaPlayerVersion == 9.0f && (wmp9->isVisible() || !wmp9->url().isEmpty())) {
+            wmp9->hide();
+            wmp9->setUrl(QString());
+        }
+        if (!mnuViewFullWidthList->isChecked())
+            Picture1->show();
+        ShowPictureItem(path);
+        if (isLoaded<checkjpg>())
+            form<checkjpg>().picBackupImage = form<checkjpg>().Gvbox2.picture();
+    } else if (exists) {
+        Picture1->hide();
+        Image1->setPicture(nullptr);
+        PlayMotionItem(path, 0);
+    }
+    // A click inside one of the yields has put another item on show: it has said all there is to say.
+    if (m_displayTicket != ticket && lstDisplay->text() != path)
+        return;
+    CurrentPicture->setText(QString::number(globals.CurrentListIndex));
+    if (exists)
+        ShowStatusBarText(path, !motion);
+    else
+        ShowStatusBarText(path + QLatin1String(notAvailable), false);
+    UpdateMenuAndToolbarState();
+}
+
+void frmMainViewer::ShowSelectedSelectionItem()
+{
+    if (globals.ItemSelectionBusy)
+        return;
+    if (!lstSelect->isSelected(lstSelect->listIndex())) {
+        UpdateListScrollWidth(lstSelect);
+        return;
+    }
+    const double zoom = GetZoomFactor();
+    if (mnuSlideShowFullScreen->isChecked())
+        mnuSlideShowFullScreen_Click();
+    if (mnuSlideShowRunSlideShow->isChecked())
+        mnuSlideShowRunSlideShow_Click();
+    const QString path = lstSelect->text();
+    const bool motion = GetMediaKind(path) == kindMotion;
+    const bool exists = FileExists(path);
+    const int ticket = ++m_displayTicket;
+    if (exists && !motion) {
+        tmrShowPlayTime.stop();
+        if (globals.MediaPlayerVersion == 9.0f && (wmp9->isVisible() || !wmp9->url().isEmpty())) {
+            wmp9->hide();
+            wmp9->setUrl(QString());
+        }
+        if (!mnuViewFullWidthList->isChecked())
+            Picture1->show();
+        ShowPictureInViewer(path, false, zoom);
+    } else if (exists) {
+        Picture1->hide();
+        Image1->setPicture(nullptr);
+        PlayMotionItem(path, 0);
+    }
+    if (m_displayTicket != ticket && lstSelect->text() != path)
+        return;
+    if (exists)
+        ShowStatusBarText(path, !motion);
+    else
+        ShowStatusBarText(path + QLatin1String(notAvailable), false);
+    UpdateMenuAndToolbarState();
+}
+
+void frmMainViewer::ShowPictureItem(const QString &path)
+{
+    CurrentPicture->setText(QString::number(globals.CurrentListIndex));
+    if (FileExists(path)) {
+        lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
+        const double zoom = GetZoomFactor();
+        ShowPictureInViewer(path, false, zoom);
+        ShowStatusBarText(path, true);
+    } else {
+        ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
+    }
+    Yield();
+}
+
+void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
+{
+    const int ticket = ++m_displayTicket;
+    if (setPosition == 1)
+        CurrentPicture->setText(QString::number(globals.CurrentListIndex));
+    if (!FileExists(path)) {
+        tmrShowPlayTime.stop();
+        ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
+        Yield();
+        return;
+    }
+    const bool present = globals.MediaPlayerVersion == 9.0f;
+    if (present) {
+        wmp9->stop();
+        wmp9->setGeometry(Picture1->geometry());
+        wmp9->setVolume(qBound(0, number(option("MMVolume", "100")).value_or(100), 100));
+    }
+    Picture1->hide();
+    if (present && !mnuViewFullWidthList->isChecked()) {
+        wmp9->show();
+        wmp9->raise();
+    }
+    Yield();
+    if (m_displayTicket != ticket)
+        return;
+    if (present)
+        wmp9->setUrl(path);
+    Yield();
+    if (m_displayTicket != ticket)
+        return;
+    if (present) {
+        if (globals.AutoPlayMotion) {
+            wmp9->play();
+            tmrShowPlayTime.start();
+        } else {
+            wmp9->stop();
+        }
+    }
+    if (globals.AutoPlayOnce) {
+        globals.AutoPlayMotion = false;
+        globals.AutoPlayOnce = false;
+    }
+    Yield();
+    if (m_displayTicket != ticket)
+        return;
+    if (setPosition == 1)
+        lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
+    ShowStatusBarText(FileNameOfPath(path), false);
+    Yield();
+}
+
+double frmMainViewer::GetZoomFactor() const
+{
+    return zoomFactor(zoomItem());
+}
+
+int frmMainViewer::zoomItem() const
+{
+    for (int i = zoomItemFirst; i <= zoomItemLast; ++i) {
+        if (mnuEditZoomLevel[size_t(i)]->isChecked())
+            return i;
+    }
+    return zoomItemAtStart;
+}
+
+void frmMainViewer::mnuEditZoomLevel_Click(int item)
+{
+    m_itemBeforeWheel = 0;
+    for (int i = zoomItemFirst; i <= zoomItemLast; ++i)
+        mnuEditZoomLevel[size_t(i)]->setChecked(i == item);
+    form<checkjpg>().Gvbox2.setZoom(zoomFactor(item));
+    ShowPictureInViewer(globals.CurrentMediaFile, true, zoomFactor(item));
+}
+
+void frmMainViewer::zoominc_Click()
+{
+    mnuEditZoomLevel_Click(qMin(zoomItem() + 1, zoomItemLast));
+}
+
+void frmMainViewer::zoomdec_Click()
+{
+    mnuEditZoomLevel_Click(qMax(zoomItem() - 1, zoomItemFirst));
+}
+
+void frmMainViewer::ShowPictureInViewer(const QString &path, bool alreadyDecoded, double zoom)
+{
+    const int ticket = ++m_displayTicket;
+    if (m_itemBeforeWheel != 0) {
+        leaveFreeZoom();
+        zoom = GetZoomFactor();
+    }
+    QSize pane = Picture1->size();
+    UpdateMenuAndToolbarState();
+    Yield();
+    if (m_displayTicket != ticket || globals.ProgramExiting)
+        return;
+    const Hourglass hourglass;
+    if (path.trimmed().isEmpty() || !FileExists(path))
+        return;
+    globals.CurrentMediaFile = path;
+    ReadImageInfo(path, globals.ImageWidth, globals.ImageHeight, globals.ImageColorDepth);
+    Yield();
+    if (m_displayTicket != ticket || globals.ProgramExiting)
+        return;
+    pane = Picture1->size();
+    globals.OriginalImageWidth = globals.ImageWidth;
+    globals.OriginalImageHeight = globals.ImageHeight;
+    StatusBar1->setPanelText(4, QString::number(zoom * 100) + QLatin1Char('%'));
+    const QSize size = fitIntoPane(QSize(globals.ImageWidth, globals.ImageHeight), zoom, pane);
+    if (!alreadyDecoded)
+        LoadImageIntoViewer(path);
+    if (m_displayTicket != ticket || globals.ProgramExiting)
+        return;
+    globals.ImageWidth = size.width();
+    globals.ImageHeight = size.height();
+    placeImage(size, pane);
+    Yield();
+}
+
+void frmMainViewer::placeImage(QSize size, QSize pane)
+{
+    const bool stretched = form<frmPreferences>().chkStretch->isChecked();
+    Image1->setGeometry(placeInPane(size, pane, stretched));
+    Image1->show();
+}
+
+void frmMainViewer::ShowStatusBarText(const QString &text, bool withDimensions)
+{
+    const StatusText status = statusText(text, withDimensions);
+    StatusBar1->setPanelText(2, displayPath(status.name));
+    if (withDimensions) {
+        ReadImageInfo(text, globals.ImageWidth, globals.ImageHeight, globals.ImageColorDepth);
+        StatusBar1->setPanelText(
+            3, dimensionsText(globals.ImageWidth, globals.ImageHeight, double(globals.ImageColorDepth)));
+    }
+    if (!text.isEmpty())
+        ShowFileTypeIcon(status.extension);
+}
+
+void frmMainViewer::ShowFileTypeIcon(const QString &extension)
+{
+    const QLatin1String code = fileTypeIconCode(extension);
+    if (code.isEmpty())
+        return;
+    const QIcon icon = fileTypeIcon(code);
+    if (!icon.isNull())
+        StatusBar1->setPanelIcon(2, icon);
+}
+
+void frmMainViewer::OpenDisplayItem()
+{
+    globals.CurrentListIndex = lstDisplay->listIndex() + 1;
+    CurrentPicture->setText(QString::number(globals.CurrentListIndex));
+    if (lstDisplay->text().isEmpty())
+        return;
+    if (GetMediaKind(lstDisplay->text()) != kindMotion) {
+        mnuPictureViewer_Click();
+        UpdateListScrollWidth(lstDisplay);
+    } else if (globals.MediaPlayerVersion == 9.0f) {
+        wmp9->play();
+    }
+}
+
+int frmMainViewer::photoCDSizeIndex() const
+{
+    const auto &sizes = form<frmPreferences>().optPhotoCDSize;
+    for (int i = sizes.first; i <= sizes.last; ++i) {
+        if (sizes[i]->isChecked())
+            return i;
+    }
+    return 0;
+}
+
+QSize frmMainViewer::displayTarget() const
+{
+    return (QSizeF(Picture1->size()) * devicePixelRatioF()).toSize().expandedTo(QSize(64, 64));
+}
+
+void frmMainViewer::ReadImageInfo(const QString &path, int &width, int &height, float &depth)
+{
+    const QLatin1String kind = GetMediaKind(path);
+    if (kind == kindMotion)
+        return;
+    auto &support = form<checkjpg>();
+    if (kind == kindPoly) {
+        const int sizeIndex = usesPhotoCDSize(path) ? photoCDSizeIndex() : -1;
+        if (!support.polImageBox1.PolyLoad(path, sizeIndex, displayTarget()))
+            return;
+        depth = float(support.polImageBox1.PolyBitsPerPixel());
+        width = support.polImageBox1.PolyWidth();
+        height = support.polImageBox1.PolyHeight();
+        return;
+    }
+    if (!support.Gvbox2.load(path, displayTarget()))
+        return;
+    // A GIF comes through another loader that tells no depth: the number of the picture before stays.
+    if (!path.contains(QLatin1String(".GIF"), Qt::CaseInsensitive))
+        depth = float(support.Gvbox2.bitsPerPixel());
+    width = support.Gvbox2.width();
+    height = support.Gvbox2.height();
+}
+
+void frmMainViewer::LoadImageIntoViewer(const QString &path)
+{
+    const QLatin1String kind = GetMediaKind(path);
+    if (kind == kindMotion)
+        return;
+    auto &support = form<checkjpg>();
+    const int ticket = m_displayTicket;
+    bool loaded = false;
+    if (kind == kindPoly) {
+        loaded = support.polImageBox1.PolyLoad(path, usesPhotoCDSize(path) ? photoCDSizeIndex() : -1, displayTarget());
+        Yield();
+        if (m_displayTicket != ticket)
+            return;
+        if (loaded)
+            support.Gvbox2.setPicture(support.polImageBox1.held());
+    } else {
+        loaded = support.Gvbox2.load(path, displayTarget());
+    }
+    Yield();
+    Yield();
+    if (m_displayTicket != ticket || globals.ProgramExiting)
+        return;
+    // A file that cannot be decoded leaves the picture before on the pane.
+    if (loaded)
+        Image1->setPicture(support.Gvbox2.picture());
+}
+
+void frmMainViewer::prefetchNeighbours()
+{
+    const ListBox *list = tabFileList->currentIndex() == 0 ? lstSelect : lstDisplay;
+    const int at = list->listIndex();
+    QStringList paths;
+    for (const int step : {1, -1, 2}) {
+        const QString path = list->itemText(at + step);
+        if (!path.isEmpty() && GetMediaKind(path) != kindMotion && !usesPhotoCDSize(path))
+            paths.append(path);
+    }
+    PictureCache::instance().prefetch(paths, -1, displayTarget());
+}
+
+void frmMainViewer::wheelZoom(int steps, QPoint position)
+{
+    if (Image1->isEmpty() || globals.OriginalImageWidth < 1 || form<frmPreferences>().chkStretch->isChecked())
+        return;
+    const double shown = double(Image1->width()) / globals.OriginalImageWidth;
+    int item = 0;
+    if (steps > 0) {
+        for (int i = zoomItemLast; i >= zoomItemFirst && zoomFactor(i) > shown * 1.001; --i)
+            item = i;
+    } else {
+        for (int i = zoomItemFirst; i <= zoomItemLast && zoomFactor(i) < shown * 0.999; ++i)
+            item = i;
+        // Below the size at which the whole picture fits there is nothing more to see: back to the fit rules.
+        const double fits = std::min(double(Picture1->width()) / globals.OriginalImageWidth,
+            double(Picture1->height()) / globals.OriginalImageHeight);
+        if (fits < 1 && m_itemBeforeWheel != 0 && (item == 0 || zoomFactor(item) < fits)) {
+            ShowPictureInViewer(globals.CurrentMediaFile, true, GetZoomFactor());
+            return;
+        }
+        if (fits < 1 && m_itemBeforeWheel == 0)
+            return;
+    }
+    if (item != 0)
+        zoomFreely(item, position);
+}
+
+void frmMainViewer::zoomFreely(int item, QPoint position)
+{
+    if (m_itemBeforeWheel == 0)
+        m_itemBeforeWheel = zoomItem();
+    for (int i = zoomItemFirst; i <= zoomItemLast; ++i)
+        mnuEditZoomLevel[size_t(i)]->setChecked(i == item);
+    const double zoom = zoomFactor(item);
+    StatusBar1->setPanelText(4, QString::number(zoom * 100) + QLatin1Char('%'));
+    const QSize size(qMax(1, int(std::lround(globals.OriginalImageWidth * zoom))),
+        qMax(1, int(std::lround(globals.OriginalImageHeight * zoom))));
+    // The point of the picture under the pointer stays under the pointer.
+    const QPoint pointer = Image1->pos() + position;
+    const double fx = double(position.x()) / qMax(1, Image1->width());
+    const double fy = double(position.y()) / qMax(1, Image1->height());
+    const QPoint corner(
+        pointer.x() - int(std::lround(fx * size.width())), pointer.y() - int(std::lround(fy * size.height())));
+    const bool enlarges = size.width() > Image1->width();
+    if (enlarges && Image1->picture()->current().isReduced()) {
+        const Hourglass hourglass;
+        ignore(Image1->picture()->atLeast(
+            QSize(qMin(size.width(), globals.OriginalImageWidth), qMin(size.height(), globals.OriginalImageHeight))));
+    }
+    Image1->setGeometry(QRect(corner, size));
+    panBy(QPoint(0, 0));
+}
+
+void frmMainViewer::leaveFreeZoom()
+{
+    for (int i = zoomItemFirst; i <= zoomItemLast; ++i)
+        mnuEditZoomLevel[size_t(i)]->setChecked(i == m_itemBeforeWheel);
+    m_itemBeforeWheel = 0;
+}
+
+void frmMainViewer::panBy(QPoint offset)
+{
+    const QSize pane = Picture1->size();
+    const auto bounded = [](int corner, int size, int room) {
+        return size <= room ? (room - size) / 2 : qBound(room - size, corner, 0);
+    };
+    const QPoint wanted = Image1->pos() + offset;
+    Image1->move(
+        bounded(wanted.x(), Image1->width(), pane.width()), bounded(wanted.y(), Image1->height(), pane.height()));
+}

@@ -64,6 +64,12 @@ QString samplesFolder()
     return folder;
 }
 
+void useBuiltModules()
+{
+    if (qEnvironmentVariableIsEmpty("LUMORA_MODULES"))
+        qputenv("LUMORA_MODULES", LUMORA_BIN "/lumora-modules");
+}
+
 QImage rampImage(QSize size, QImage::Format format)
 {
     QImage image(size, QImage::Format_RGB32);

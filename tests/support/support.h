@@ -30,5 +30,8 @@ QString samplesFolder();
             QSKIP("SAMPLES MISSING: this test needs ../shared/samples beside the project"); \
     } while (false)
 
+/// Lets the program find its loadable modules in the build tree, also when a test is started by hand.
+void useBuiltModules();
+
 /// A ramp: every pixel differs from its neighbours.
 QImage rampImage(QSize size, QImage::Format format = QImage::Format_RGB32);

@@ -1,1 +1,6 @@
-# Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
+lumora_test(viewer/tst_fit.cpp rules)
+lumora_test(viewer/tst_display.cpp windows)
+lumora_test(viewer/tst_listfile.cpp rules)
+lumora_test(viewer/tst_foldersearch.cpp rules)
+lumora_test(viewer/tst_lists.cpp windows)
+lumora_test(viewer/tst_listload.cpp windows)

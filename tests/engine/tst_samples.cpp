@@ -1,0 +1,162 @@
+#include "engine/codec.h"
+#include "engine/codecs/exif.h"
+#include "support/support.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <array>
+#include <map>
+
+namespace {
+
+struct Row {
+    QString file;
+    QSize size;         ///< as stored: the table knows nothing of orientation
+    int bits = 0;       ///< 0: not told
+    int agreeing = 0;   ///< independent decoders that give the same colours
+    QByteArray colors;  ///< 8 x 8 x RGB, averaged over boxes, over white
+};
+
+QList<Row> expectedRows()
+{
+    QList<Row> rows;
+    QFile table(samplesFolder() + QStringLiteral("EXPECTED.tsv"));
+    if (!table.open(QIODevice::ReadOnly))
+        return rows;
+    const QList<QByteArray> lines = table.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        const QList<QByteArray> fields = line.split('\t');
+        if (fields.size() < 7 || line.startsWith('#') || fields[1].isEmpty())
+            continue;
+        rows.append({QString::fromUtf8(fields[0]), QSize(fields[1].toInt(), fields[2].toInt()), fields[3].toInt(), fields[5].toInt(),
+                     QByteArray::fromHex(fields[6])});
+    }
+    return rows;
+}
+
+/// The orientation that each turned sample's file tells; the table holds their pixels as stored.
+int orientationOf(const QString &file)
+{
+    static const std::map<QString, int> turned{
+        {QStringLiteral("jpg/orient-l3.jpg"), 3}, {QStringLiteral("jpg/orient-l6.jpg"), 6},
+        {QStringLiteral("jpg/orient-p5.jpg"), 5}, {QStringLiteral("jpg/orient-p8.jpg"), 8},
+        {QStringLiteral("jpg/photo-10mp-rot6.jpg"), 6}, {QStringLiteral("jpg/photo-14mp-rot8.jpg"), 8},
+        {QStringLiteral("tif/orientation.tif"), 1}};
+    const auto found = turned.find(file);
+    return found == turned.end() ? 1 : found->second;
+}
+
+/// An icon file shows its largest, then deepest picture; the table's reference took the first one.
+const std::map<QString, std::pair<QSize, int>> &largerIcons()
+{
+    static const std::map<QString, std::pair<QSize, int>> icons{{QStringLiteral("ico/multi-b.ico"), {QSize(48, 48), 32}},
+                                                                {QStringLiteral("ico/multi-size.ico"), {QSize(48, 48), 32}}};
+    return icons;
+}
+
+bool isCovered(const QString &file)
+{
+    const QByteArray extension = file.mid(file.lastIndexOf(QLatin1Char('.')) + 1).toLower().toLatin1();
+    for (const Codec *codec : fullCodecTable()) {
+        if (QByteArray(codec->extensions).split(' ').contains(extension))
+            return true;
+    }
+    return false;
+}
+
+QByteArray averagedColors(const QImage &image)
+{
+    QByteArray colors;
+    for (int by = 0; by < 8; ++by) {
+        for (int bx = 0; bx < 8; ++bx) {
+            const int left = bx * image.width() / 8, right = std::max(left + 1, (bx + 1) * image.width() / 8);
+            const int top = by * image.height() / 8, bottom = std::max(top + 1, (by + 1) * image.height() / 8);
+            std::array<qint64, 3> sums{};
+            for (int y = top; y < bottom; ++y) {
+                const QRgb *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+                for (int x = left; x < right; ++x) {
+                    const int white = 255 * (255 - qAlpha(row[x]));
+                    sums[0] += (qRed(row[x]) * qAlpha(row[x]) + white) / 255;
+                    sums[1] += (qGreen(row[x]) * qAlpha(row[x]) + white) / 255;
+                    sums[2] += (qBlue(row[x]) * qAlpha(row[x]) + white) / 255;
+                }
+            }
+            for (const qint64 sum : sums)
+                colors.append(char(sum / ((right - left) * (bottom - top))));
+        }
+    }
+    return colors;
+}
+
+double meanDifference(const QByteArray &a, const QByteArray &b)
+{
+    double sum = 0;
+    for (qsizetype i = 0; i < a.size(); ++i)
+        sum += std::abs(int(uchar(a[i])) - int(uchar(b[i])));
+    return sum / double(a.size());
+}
+
+}
+
+/// Every sample file against what other decoders found in it.
+class tst_Samples : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void sizeDepthAndColorsAreTheExpectedOnes_data();
+    void sizeDepthAndColorsAreTheExpectedOnes();
+};
+
+void tst_Samples::initTestCase()
+{
+    useBuiltModules();
+    QVERIFY2(!fullCodecTable().empty() && codecModuleFailure().isEmpty(), qPrintable(codecModuleFailure()));
+}
+
+void tst_Samples::sizeDepthAndColorsAreTheExpectedOnes_data()
+{
+    SKIP_WITHOUT_SAMPLES();
+    QTest::addColumn<Row>("row");
+    for (const Row &row : expectedRows()) {
+        if (isCovered(row.file))
+            QTest::newRow(qPrintable(row.file)) << row;
+    }
+}
+
+void tst_Samples::sizeDepthAndColorsAreTheExpectedOnes()
+{
+    SKIP_WITHOUT_SAMPLES();
+    QFETCH(Row, row);
+    const QString path = samplesFolder() + row.file;
+    const int sizeIndex = row.file.endsWith(QLatin1String(".pcd")) ? 0 : -1;
+    const Result<Picture> picture = decodeFile(path, {QSize(), sizeIndex, 0});
+    QVERIFY2(picture, qPrintable(picture.reason()));
+    const auto icon = largerIcons().find(row.file);
+    const bool otherIcon = icon != largerIcons().end();
+    const int orientation = orientationOf(row.file);
+
+    QCOMPARE(picture->info.size, otherIcon ? icon->second.first : uprightSize(row.size, orientation));
+    QCOMPARE(picture->pixels.size(), picture->info.size);
+    if (row.bits > 0)
+        QCOMPARE(picture->info.bitsPerPixel, otherIcon ? icon->second.second : row.bits);
+    QVERIFY(!picture->partial);
+
+    const Result<ImageInfo> info = probeFile(path, sizeIndex);
+    QVERIFY2(info, qPrintable(info.reason()));
+    QCOMPARE(info->size, picture->info.size);
+    QCOMPARE(info->bitsPerPixel, picture->info.bitsPerPixel);
+    QCOMPARE(info->pageCount, picture->info.pageCount);
+    QCOMPARE(info->codec, picture->info.codec);
+
+    if (row.agreeing < 2 || otherIcon)
+        return;
+    const int back = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
+    const QImage stored = uprighted(picture->pixels.convertToFormat(QImage::Format_ARGB32), back);
+    const double difference = meanDifference(averagedColors(stored), row.colors);
+    QVERIFY2(difference <= 4.0, qPrintable(QStringLiteral("mean colour difference %1").arg(difference)));
+}
+
+QTEST_GUILESS_MAIN(tst_Samples)
+#include "tst_samples.moc"
