@@ -177,6 +177,7 @@ public:
     void PreviousListItem();
     void lstDisplay_DblClick();
     void lstDisplay_KeyPress(int keyCode);
+    void lstDisplay_MouseMove();
     /// Adds paths to the DisplayList as AddAllToDisplayList does; folders are searched with all below them.
     void addDroppedFiles(const QStringList &paths);
 
@@ -231,7 +232,9 @@ private:
     void makeListPane();
     void layOutListPane(const QRect &rect);
     QRect clientRect() const;
+    void showNothing();
     void afterListLoad();
+    bool addListEntries(const QStringList &entries, bool standard);
     void readListInto(const QString &path, bool standard);
     void prefetchNeighbours();
     void makeSlideShowItems();
@@ -249,6 +252,9 @@ private:
     int m_displayTicket = 0; ///< grows with each display; a display that finds a newer one inside a yield ends
     int m_itemBeforeWheel =
         0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules
+    int m_listTicket = 0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
+    bool m_listTakenOver = false; ///< the load that ran last found a newer one
+    bool m_readingList = false; ///< what the DisplayList holds is only the beginning of a list
     bool m_layingOut = false;
     QHash<QString, QAction *> m_toolbarButtons;
 };
