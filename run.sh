@@ -49,7 +49,7 @@ needs_display() {
     for argument in "$@"; do
         case $argument in
         --) break ;;
-        --help | --version) return 1 ;;
+        -h | --help | -v | --version) return 1 ;;
         esac
     done
     [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]

@@ -37,7 +37,7 @@ struct ListFileContent {
 ListFileContent readListFile(const QByteArray &bytes, int countBefore);
 
 /// The fields of a list file one after the other: a quoted field ends at its closing quote, an unquoted one at a comma or
-/// the line's end.
+/// the line's end. Blanks in front of a field are passed over. A field is UTF-8; one that is not is read as Windows-1252.
 class ListFieldReader
 {
 public:
@@ -47,7 +47,8 @@ public:
     std::optional<QString> next();
 
 private:
-    QString m_text;
+    void skipSeparator();
+    QByteArray m_bytes;
     qsizetype m_position = 0;
 };
 

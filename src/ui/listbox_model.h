@@ -1,0 +1,62 @@
+#pragma once
+
+#include "ui/listbox.h"
+
+#include <QAbstractListModel>
+#include <QFont>
+#include <QStyledItemDelegate>
+
+#include <vector>
+
+// The insides of ListBox.
+
+/// The rows. Changes keep to one signal each.
+class ListBox::Model : public QAbstractListModel
+{
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    QStringList texts;
+
+    void append(const QStringList &more);
+    void insert(int index, const QString &text);
+    /// Takes out the marked rows. False when so many places were cut that the model was replaced as a whole.
+    bool remove(const std::vector<bool> &goes);
+    void replace(const QStringList &other);
+    /// The next entry after `from` whose file name starts with `search`, round the end; -1 when there is none. More
+    /// than one letter looks at `from` itself too.
+    int findFileName(const QString &search, int from) const;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
+};
+
+/// A row is as wide as the widest entry and as high as one line.
+class ListBox::RowDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    int extent = 0;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+};
+
+/// Finds the widest of many texts: all of them by the sum of their characters' advances, the best few exactly.
+class EntryWidths
+{
+public:
+    int widest(const QStringList &texts, const QFont &font);
+    /// The entries are others now.
+    void forget() { m_known = -1; }
+
+private:
+    float estimate(const QString &text, const class QFontMetricsF &metrics);
+    std::vector<float> m_advances; ///< by UTF-16 unit; below 0 not measured yet
+    int m_known = -1;
+};
+
+/// The drag format: the entries' bytes, each closed by a NUL.
+inline constexpr char listDragFormat[] = "application/x-lumora-list-entries";

@@ -1,0 +1,101 @@
+#include "devcommands.h"
+
+#include "engine/codec.h"
+#include "engine/decode.h"
+#include "platform/files.h"
+
+#include <QBuffer>
+#include <QElapsedTimer>
+#include <QImageWriter>
+#include <QSize>
+
+namespace {
+
+QStringList infoCells(const ImageInfo &info, qint64 nanoseconds)
+{
+    return {QString::fromLatin1(info.codec), QString::number(info.size.width()), QString::number(info.size.height()),
+        QString::number(info.bitsPerPixel), QString::number(info.pageCount),
+        QString::number(static_cast<double>(nanoseconds) / 1e6, 'f', 1)};
+}
+
+int writePng(const Picture &picture, const QString &path)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImageWriter writer(&buffer, "png");
+    if (!writer.write(picture.pixels))
+        return dev::fail(path + QStringLiteral(": ") + writer.errorString());
+    const Result<void> written = writeFileAtomically(path, bytes);
+    return written ? 0 : dev::fail(path + QStringLiteral(": ") + written.reason());
+}
+
+}
+
+int dev::decodeFiles(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption png(QStringLiteral("png"), {}, QStringLiteral("file"));
+    const QCommandLineOption target(QStringLiteral("target"), {}, QStringLiteral("size"));
+    const QCommandLineOption page(QStringLiteral("page"), {}, QStringLiteral("number"), QStringLiteral("0"));
+    parser.addOptions({png, target, page});
+    if (!parse(parser, arguments, 1, -1))
+        return 2;
+    const QStringList files = parser.positionalArguments();
+    DecodeHint hint;
+    bool pageIsNumber = false;
+    hint.page = parser.value(page).toInt(&pageIsNumber);
+    hint.target = sizeOf(parser.value(target));
+    if (!pageIsNumber || hint.page < 0)
+        return wrongCall(QStringLiteral("--page takes a number from 0"));
+    if (parser.isSet(target) && hint.target.isEmpty())
+        return wrongCall(QStringLiteral("--target takes WIDTHxHEIGHT"));
+    if (parser.isSet(png) && files.size() != 1)
+        return wrongCall(QStringLiteral("--png takes one picture"));
+
+    int status = 0;
+    for (const QString &file : files) {
+        QElapsedTimer timer;
+        timer.start();
+        const Result<Picture> picture = decodeFile(file, hint);
+        const qint64 taken = timer.nsecsElapsed();
+        if (!picture) {
+            status = fail(file + QStringLiteral(": ") + picture.reason());
+            continue;
+        }
+        printRow(infoCells(picture->info, taken)
+            << (picture->partial ? QStringLiteral("partial") : QStringLiteral("whole")) << file);
+        if (parser.isSet(png))
+            status = writePng(*picture, parser.value(png));
+    }
+    return status;
+}
+
+int dev::probeFiles(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    if (!parse(parser, arguments, 1, -1))
+        return 2;
+    int status = 0;
+    for (const QString &file : parser.positionalArguments()) {
+        QElapsedTimer timer;
+        timer.start();
+        const Result<ImageInfo> info = probeFile(file);
+        const qint64 taken = timer.nsecsElapsed();
+        if (info)
+            printRow(infoCells(*info, taken) << file);
+        else
+            status = fail(file + QStringLiteral(": ") + info.reason());
+    }
+    return status;
+}
+
+int dev::formats(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    if (!parse(parser, arguments, 0, 0))
+        return 2;
+    for (const Codec *codec : codecTable())
+        printRow({QString::fromLatin1(codec->name), QString::fromLatin1(codec->extensions),
+            codec->sniff ? QStringLiteral("by content") : QStringLiteral("by extension")});
+    return 0;
+}
