@@ -194,6 +194,8 @@ Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &)
     Result<Bitmap> bitmap = openBitmap(file.bytes);
     if (!bitmap)
         return bitmap.failure();
+    if (ByteReader(bitmap->file).u32le(10) > quint32(bitmap->file.size()))
+        return Failure{QStringLiteral("a bitmap whose pixels lie behind its end")};
     Picture picture;
     picture.info = bitmap->info();
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)

@@ -12,6 +12,16 @@
 
 namespace {
 
+/// Whether the file is cut off within a chunk.
+bool endsEarly(const QByteArray &file)
+{
+    const ByteReader bytes(file);
+    size_t at = 8;
+    while (bytes.has(at, 8) && !bytes.is(at + 4, "IEND"))
+        at += 12 + size_t(bytes.u32be(at));
+    return !bytes.has(at, 8);
+}
+
 /// The library's state; as for JPEG, all that a long jump may cross lives here.
 class Reader
 {
@@ -93,6 +103,9 @@ bool Reader::readHeader()
     png_set_chunk_malloc_max(m_png, limits::maximumMetadataBytes);
     png_set_chunk_cache_max(m_png, 1000);
     png_set_read_fn(m_png, this, give);
+    // The library unpacks nothing of a piece that is not whole; small pieces show nearly all that a cut file holds.
+    if (endsEarly(m_bytes))
+        png_set_compression_buffer_size(m_png, 32);
     png_read_info(m_png, m_info);
     return true;
 }
