@@ -2,3 +2,4 @@
 lumora_test(app/tst_mediatypes.cpp rules)
 lumora_test(app/tst_commandline.cpp rules)
 lumora_test(app/tst_settings.cpp rules)
+lumora_test(app/tst_colorschemes.cpp rules)
