@@ -55,7 +55,7 @@ QByteArray fallbackThemeDrawing(const QString &name)
     for (const QString &folder : folders) {
         for (const char *group : groups) {
             for (const int size : {22, 24, 32, 16}) {
-                const QByteArray bytes = drawingBytes(
+                QByteArray bytes = drawingBytes(
                     QStringLiteral("%1/%2/%3/%4.svg").arg(folder, QLatin1String(group)).arg(size).arg(name));
                 if (!bytes.isEmpty())
                     return bytes;
@@ -72,7 +72,7 @@ QByteArray shortenedOwnDrawing(QString name)
         name.truncate(dash);
         if (name == QLatin1String(ownPrefix))
             break;
-        const QByteArray bytes = ownDrawing(name);
+        QByteArray bytes = ownDrawing(name);
         if (!bytes.isEmpty())
             return bytes;
     }
