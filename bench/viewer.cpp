@@ -79,9 +79,9 @@ void timeSteps(frmMainViewer &window, const QStringList &pictures)
     QVector<double> ratio;
     const QSize target = window.Picture1->size();
     for (int i = 0; i < steps; ++i) {
-        PictureCache::instance().forgetAll();
+        PictureCache::instance().shutDown();
         cold.append(timeStep(window, &frmMainViewer::PreviousListItem));
-        PictureCache::instance().forgetAll();
+        PictureCache::instance().shutDown();
         waitFor(300);
         QElapsedTimer timer;
         timer.start();

@@ -18,6 +18,9 @@ public:
     CONTROL(Text1, QLineEdit);
     CONTROL(cmdDummy, QPushButton);     ///< "Ready for command" while the mailbox is free
 
+    /// What this start was asked. Form_Load takes it in as the first entries of the queue.
+    static inline QStringList StartCommands;
+
     void Form_Load() override;
     void cmdDummy_Click();
     void QueueCommand(const QString &text);

@@ -5,6 +5,7 @@
 
 /// Every process-wide value: the way the windows talk to each other. Tests reset it by `globals = {}`.
 struct Globals {
+    QString DataVersion;                ///< "3.0": version of the data that the program reads and writes
     float MediaPlayerVersion = 0;       ///< 9.0 once the player was found; every use of the player tests it
     bool StartInEditor = false;         ///< the command line asked for the editor
     bool StartInFolderBrowser = false;  ///< the command line asked for the Browse Folder Viewer

@@ -1,16 +1,21 @@
 #include "ui/listbox.h"
 
-#include "platform/filepath.h"
 #include "ui/guards.h"
 #include "ui/listbox_model.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QPointer>
 #include <QScrollBar>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
+
+namespace {
+constexpr double readableContrast = 4.5; // WCAG 2.1, success criterion 1.4.3
+}
 
 struct ListBox::Private
 {
@@ -26,6 +31,11 @@ struct ListBox::Private
     bool inUserEvent = false;
     bool userChange = false;
     bool clickQueued = false;
+    bool anchorAtMark = true; ///< Shift selects from the mark on, not from where it did before
+    bool priming = false;
+
+    QString typed; ///< what keyboardSearch looks for, letter by letter
+    QElapsedTimer typing;
 
     mutable EntryWidths widths;
     QRgb backColor = 0;
@@ -225,6 +235,7 @@ QList<int> ListBox::selectedIndices() const
 void ListBox::setMark(int index)
 {
     d->listIndex = index;
+    d->anchorAtMark = true;
     selectionIsStale(true);
 }
 
@@ -345,6 +356,7 @@ void ListBox::raiseClickLater()
 void ListBox::mousePressEvent(QMouseEvent *event)
 {
     const bool clicks = event->button() == Qt::LeftButton && indexAt(event->pos()).isValid();
+    placeAnchor(event->modifiers());
     userEvent(clicks ? Raise::Always : Raise::WhenChanged, [&] { QListView::mousePressEvent(event); });
 }
 
@@ -382,10 +394,41 @@ void ListBox::keyPressEvent(QKeyEvent *event)
         Q_EMIT KeyPress(event->text().at(0).unicode());
     if (!guard)
         return;
-    if (enter)
+    if (enter) {
         event->accept();
-    else
-        userEvent(Raise::WhenChanged, [&] { QListView::keyPressEvent(event); });
+        return;
+    }
+    placeAnchor(event->modifiers());
+    userEvent(Raise::WhenChanged, [&] { QListView::keyPressEvent(event); });
+}
+
+/// The view keeps to itself from where Shift selects, and learns it only from its own events: after the program has
+/// moved the mark it is told by a key that "moves" there.
+void ListBox::placeAnchor(Qt::KeyboardModifiers modifiers)
+{
+    if (!modifiers.testFlag(Qt::ShiftModifier)) {
+        d->anchorAtMark = true;
+        return;
+    }
+    if (!std::exchange(d->anchorAtMark, false) || d->listIndex < 0)
+        return;
+    {
+        const ScopedFlag syncing(d->syncing);
+        const ScopedFlag priming(d->priming);
+        selectionModel()->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+        QListView::keyPressEvent(&key);
+    }
+    d->stale = true;
+    syncSelection();
+    const ScopedFlag syncing(d->syncing);
+    if (modifiers.testFlag(Qt::ControlModifier)) // what is selected already stays beside the new range
+        selectionModel()->select(QItemSelection(), QItemSelectionModel::Select);
+}
+
+QModelIndex ListBox::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    return d->priming ? d->model->index(d->listIndex) : QListView::moveCursor(action, modifiers);
 }
 
 void ListBox::focusInEvent(QFocusEvent *event)
@@ -407,7 +450,12 @@ void ListBox::selectAll()
 
 void ListBox::keyboardSearch(const QString &search)
 {
-    const int found = d->model->findFileName(search, d->listIndex);
+    // Letters typed quickly belong to one name.
+    if (!d->typing.isValid() || d->typing.hasExpired(QApplication::keyboardInputInterval()))
+        d->typed.clear();
+    d->typing.start();
+    d->typed += search;
+    const int found = d->model->findFileName(d->typed, d->listIndex);
     if (found >= 0)
         selectionModel()->setCurrentIndex(d->model->index(found), QItemSelectionModel::ClearAndSelect);
 }
@@ -451,11 +499,11 @@ void ListBox::applyBackColor()
     own.setResolveMask(0);
     own.setColor(QPalette::Base, QColor(d->backColor));
     for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
-        const QRgb usual = plain.color(group, QPalette::Text).rgb();
-        const QRgb black = qRgb(0, 0, 0);
-        const QRgb white = qRgb(255, 255, 255);
-        const QRgb strongest = colorContrast(d->backColor, black) >= colorContrast(d->backColor, white) ? black : white;
-        own.setColor(group, QPalette::Text, colorContrast(d->backColor, usual) >= 4.5 ? usual : strongest);
+        if (colorContrast(d->backColor, plain.color(group, QPalette::Text).rgb()) >= readableContrast)
+            continue;
+        const bool black =
+            colorContrast(d->backColor, qRgb(0, 0, 0)) >= colorContrast(d->backColor, qRgb(255, 255, 255));
+        own.setColor(group, QPalette::Text, black ? Qt::black : Qt::white);
     }
     setPalette(own);
 }

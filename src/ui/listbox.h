@@ -94,6 +94,7 @@ protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
     struct Private;
@@ -109,6 +110,7 @@ private:
     void takeOverSelection(const QItemSelection &selected, const QItemSelection &deselected);
     void takeOverMark(int row);
     void raiseClickLater();
+    void placeAnchor(Qt::KeyboardModifiers modifiers);
     void applyBackColor();
     bool accepts(const QDropEvent *event) const;
     std::unique_ptr<Private> d;

@@ -1,17 +1,44 @@
 #include "ui/yield.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 namespace {
+
 std::function<void(int)> hook;
 int yieldNumber = 0;
+int depth = 0;
+
+struct YieldScope
+{
+    YieldScope()
+    {
+        ++depth;
+        if (hook)
+            hook(++yieldNumber);
+    }
+    ~YieldScope() { --depth; }
+};
+
 }
 
 void Yield()
 {
-    if (hook)
-        hook(++yieldNumber);
+    const YieldScope scope;
     QCoreApplication::processEvents();
+}
+
+void YieldFor(int milliseconds)
+{
+    const YieldScope scope;
+    QTimer end;
+    end.start(milliseconds);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+int yieldDepth()
+{
+    return depth;
 }
 
 void setYieldHook(std::function<void(int)> other)

@@ -5,5 +5,11 @@
 /// The only place that lets waiting events in. Every routine that calls it states what it guards.
 void Yield();
 
+/// As Yield(), but waits for an event up to so many milliseconds: for loops that wait by the clock.
+void YieldFor(int milliseconds);
+
+/// How many yields are under way in each other: above 0, some routine waits for its yield to return.
+int yieldDepth();
+
 /// For tests: called inside each Yield() with its running number since the hook was set.
 void setYieldHook(std::function<void(int number)> hook);

@@ -148,6 +148,10 @@ void frmMainViewer::makeListPane()
     connect(lstDisplay, &ListBox::DragDrop, this, &frmMainViewer::AddSelectedToDisplayList);
     connect(lstDisplay, &ListBox::filesDropped, this, &frmMainViewer::addDroppedFiles);
     connect(lstSelect, &ListBox::filesDropped, this, &frmMainViewer::addDroppedFiles);
+    connect(lstDisplay, &ListBox::MouseMove, this, &frmMainViewer::lstDisplay_MouseMove);
+    lstSelect->setDragEnabled(true);
+    lstSelect->setAcceptDrops(true);
+    lstDisplay->setAcceptDrops(true);
     connect(tabFileList, &QTabWidget::currentChanged, this, &frmMainViewer::tabFileList_Change);
 
     setTabOrder(tabFileList, lstSelect);
@@ -176,15 +180,15 @@ void frmMainViewer::mnuPictureCopy_Click()
     const auto picture = Image1->picture();
     if (!picture)
         return;
-    auto *data = new QMimeData;
-    data->setImageData(picture->full().pixels);
+    auto *content = new QMimeData;
+    content->setImageData(picture->full().pixels);
     // A metafile goes as it is too, for programs that take the drawing.
     if (globals.CurrentMediaFile.contains(QLatin1String(".WMF"), Qt::CaseInsensitive)) {
         if (const auto bytes = readFile(globals.CurrentMediaFile, 64 << 20))
-            data->setData(QStringLiteral("image/x-wmf"), *bytes);
+            content->setData(QStringLiteral("image/x-wmf"), *bytes);
     }
     QGuiApplication::clipboard()->clear();
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(content);
 }
 
 void frmMainViewer::mnuEditCopyPictureLink_Click()

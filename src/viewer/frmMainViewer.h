@@ -158,6 +158,8 @@ public:
     /// Takes the waiting commands; `caller` is "FormLoad" or empty.
     void ProcessIfFromCommandLine(const QString &caller);
     bool ReshowOnActivate = false;
+    /// Commands are being taken: whoever comes by a yield leaves the queue alone.
+    bool TakingCommands = false;
 
     // --- the two lists: frmMainViewer_lists.cpp
     void AddSelectedToDisplayList();
@@ -175,6 +177,7 @@ public:
     void PreviousListItem();
     void lstDisplay_DblClick();
     void lstDisplay_KeyPress(int keyCode);
+    void lstDisplay_MouseMove();
     /// Adds paths to the DisplayList as AddAllToDisplayList does; folders are searched with all below them.
     void addDroppedFiles(const QStringList &paths);
 
@@ -205,6 +208,8 @@ public:
 Q_SIGNALS:
     /// A picture of the list stands painted on the pane. For measuring and screenshots.
     void itemPainted();
+    /// The first activation is over: everything is laid out, the commands of the start are taken, Timer1 runs.
+    void activated();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -214,12 +219,22 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    void activateFirst();
+    void restoreToolbar();
+    enum class TakenCommand { Files, Folders, List };
+    TakenCommand takeFirstCommand();
+    void takePaths(const QStringList &paths);
+    void searchNamedFolders(const QStringList &folders);
+    void playSelectedMotion();
+    void startBySwitch(bool editor);
     void makeMenus();
     void makeToolbar();
     void makeListPane();
     void layOutListPane(const QRect &rect);
     QRect clientRect() const;
+    void showNothing();
     void afterListLoad();
+    bool addListEntries(const QStringList &entries, bool standard);
     void readListInto(const QString &path, bool standard);
     void prefetchNeighbours();
     void makeSlideShowItems();
@@ -237,6 +252,9 @@ private:
     int m_displayTicket = 0; ///< grows with each display; a display that finds a newer one inside a yield ends
     int m_itemBeforeWheel =
         0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules
+    int m_listTicket = 0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
+    bool m_listTakenOver = false; ///< the load that ran last found a newer one
+    bool m_readingList = false; ///< what the DisplayList holds is only the beginning of a list
     bool m_layingOut = false;
     QHash<QString, QAction *> m_toolbarButtons;
 };

@@ -2,6 +2,8 @@
 
 #include "platform/filepath.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -62,11 +64,13 @@ int numberBehindEquals(const QString &field)
     return leadingNumber(QStringView(field).sliced(field.indexOf(u'=') + 1));
 }
 
-QString entryText(const QString &path)
+QString entryText(QString path)
 {
-    const bool breaksGrammar =
-        path.contains(u'"') || path.contains(u'\n') || path.contains(u'\r') || hasForeignBytes(path);
-    return breaksGrammar ? fileUri(path) : path;
+    static const QRegularExpression breaksGrammar(QStringLiteral("[\"\\r\\n]"));
+    if (!hasForeignBytes(path) && !path.contains(breaksGrammar))
+        return path;
+    // Only a full path has a URI. What a damaged list left behind is none; it must not break the lines around it.
+    return path.startsWith(u'/') ? fileUri(path) : path.replace(breaksGrammar, QStringLiteral("?"));
 }
 
 }

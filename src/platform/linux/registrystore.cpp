@@ -6,6 +6,8 @@
 #include "platform/linux/registrytext.h"
 #include "platform/linux/storelock.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -57,47 +59,36 @@ Result<void> checked(const Change &change)
     return {};
 }
 
-struct FileText
-{
-    QByteArray bytes;
-    bool exists = false;
-    bool tooLarge = false; ///< only its beginning was read
-};
-
 Failure systemFailure(const QString &path)
 {
     return {QStringLiteral("%1: %2").arg(displayPath(path), QString::fromLocal8Bit(std::strerror(errno)))};
 }
 
 // A file that is not there reads as empty. One that is there and cannot be read is a failure, so that it is never
-// replaced.
-Result<FileText> readText(const QString &path)
+// replaced. Of one that does not end, the beginning is read.
+Result<QByteArray> readText(const QString &path)
 {
     struct stat status;
     if (::stat(pathToBytes(path).constData(), &status) != 0) {
         if (errno == ENOENT || errno == ENOTDIR)
-            return FileText{};
+            return QByteArray();
         return systemFailure(path);
     }
-    Result<int> descriptor = openRegularFile(path);
+    const Result<int> descriptor = openRegularFile(path);
     if (!descriptor)
         return descriptor.failure();
-    FileText text;
-    text.exists = true;
-    text.bytes.resize(RegistryTree::largestFile + 1);
-    qint64 length = 0;
+    QByteArray text;
+    std::array<char, 65536> part;
     ssize_t got = 0;
     do {
-        got = ::read(*descriptor, text.bytes.data() + length, std::size_t(text.bytes.size() - length));
-        length += std::max<ssize_t>(got, 0);
-    } while ((got > 0 && length < text.bytes.size()) || (got < 0 && errno == EINTR));
+        got = ::read(*descriptor, part.data(), part.size());
+        if (got > 0)
+            text.append(part.data(), got);
+    } while ((got > 0 && text.size() < RegistryTree::largestFile) || (got < 0 && errno == EINTR));
     const Failure failure = systemFailure(path);
     ::close(*descriptor);
     if (got < 0)
         return failure;
-    text.tooLarge = length > RegistryTree::largestFile;
-    text.bytes.truncate(std::min(length, RegistryTree::largestFile));
-    text.bytes.squeeze();
     return text;
 }
 
@@ -150,6 +141,7 @@ struct RegistryStore::Private
     File &file(Root root) { return files[std::size_t(root)]; }
     const RegistryTree &tree(Root root);
     Result<void> change(Change change);
+    void abandon();
     Result<void> commit(const QVector<Change> &changes);
     Result<void> commitFile(File &file, const QVector<Change> &changes);
     Result<StoreLock> lock(const QString &path);
@@ -162,9 +154,9 @@ const RegistryTree &RegistryStore::Private::tree(Root root)
     const std::optional<FileStamp> stamp = fileStamp(file.path);
     if (file.known && stamp == file.stamp)
         return file.tree;
-    const Result<FileText> text = readText(file.path);
+    const Result<QByteArray> text = readText(file.path);
     bool damaged = false;
-    file.tree = text ? RegistryTree::fromText(text->bytes, damaged) : RegistryTree();
+    file.tree = text ? RegistryTree::fromText(*text, damaged) : RegistryTree();
     file.stamp = stamp;
     file.known = true;
     for (const Change &change : std::as_const(pending)) {
@@ -185,6 +177,14 @@ Result<void> RegistryStore::Private::change(Change change)
     apply(change, file(change.root).tree);
     pending.append(std::move(change));
     return {};
+}
+
+// A group was left by an exception: nothing was written, and nothing of it may be read.
+void RegistryStore::Private::abandon()
+{
+    pending.clear();
+    for (File &file : files)
+        file.known = false;
 }
 
 Result<void> RegistryStore::Private::commit(const QVector<Change> &changes)
@@ -220,11 +220,11 @@ Result<void> RegistryStore::Private::commitFile(File &file, const QVector<Change
     const Result<StoreLock> held = lock(file.path);
     if (!held)
         return held.failure();
-    const Result<FileText> before = readText(file.path);
+    const Result<QByteArray> before = readText(file.path);
     if (!before)
         return before.failure();
     bool damaged = false;
-    RegistryTree tree = RegistryTree::fromText(before->bytes, damaged);
+    RegistryTree tree = RegistryTree::fromText(*before, damaged);
     bool changed = false;
     for (const Change &change : changes)
         changed = apply(change, tree) || changed;
@@ -232,8 +232,8 @@ Result<void> RegistryStore::Private::commitFile(File &file, const QVector<Change
         const QByteArray text = tree.text();
         if (text.size() > RegistryTree::largestFile)
             return Failure{QStringLiteral("%1 would become too large").arg(displayPath(file.path))};
-        if (damaged && !before->bytes.isEmpty()) {
-            if (Result<void> kept = keepAside(file.path, before->bytes); !kept)
+        if (damaged && !before->isEmpty()) {
+            if (Result<void> kept = keepAside(file.path, *before); !kept)
                 return kept;
         }
         if (Result<void> written = writeFileAtomically(file.path, text); !written)
@@ -298,23 +298,11 @@ Result<void> RegistryStore::deleteKey(Root root, const QString &key)
 
 Result<void> RegistryStore::transaction(const std::function<void()> &changes)
 {
-    struct Depth
-    {
-        Private &d;
-        explicit Depth(Private &store)
-            : d(store)
-        {
-            ++d.depth;
-        }
-        ~Depth()
-        {
-            if (--d.depth == 0 && !d.pending.isEmpty()) { // left by an exception: nothing was written, nothing is read
-                d.pending.clear();
-                for (Private::File &file : d.files)
-                    file.known = false;
-            }
-        }
-    } depth(*d);
+    ++d->depth;
+    const auto leave = qScopeGuard([this] {
+        if (--d->depth == 0 && !d->pending.isEmpty())
+            d->abandon();
+    });
     changes();
     if (d->depth > 1)
         return {};

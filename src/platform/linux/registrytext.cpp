@@ -146,9 +146,10 @@ RegistryTree RegistryTree::fromText(const QByteArray &text, bool &damaged)
         const bool isFirst = std::exchange(first, false);
         if (line.isEmpty() || (isFirst && line == firstLine))
             continue;
+        damaged = damaged || isFirst || ended || decode.hasError();
         if (line == lastLine)
             ended = true;
-        else if (decode.hasError() || isFirst || ended || !readLine(line, tree, key))
+        else if (decode.hasError() || !readLine(line, tree, key))
             damaged = true;
     }
     damaged = damaged || !ended;
