@@ -11,12 +11,15 @@
 
 #include <mutex>
 
-// Outside any namespace, as the macro asks: the drawings stand in a static library, whose resources nobody else pulls
-// in.
-static void registerDrawings()
+// Outside any namespace, as the macro asks: the resources (drawings, tips, help) stand in a static library, where
+// nothing else pulls them in.
+static void registerResources()
 {
     static std::once_flag once;
-    std::call_once(once, [] { Q_INIT_RESOURCE(icons); });
+    std::call_once(once, [] {
+        Q_INIT_RESOURCE(icons);
+        Q_INIT_RESOURCE(lumora);
+    });
 }
 
 namespace {
@@ -26,7 +29,7 @@ constexpr char ownPrefix[] = "lumora";
 
 QByteArray drawingBytes(const QString &file)
 {
-    registerDrawings();
+    registerResources();
     QFile drawing(file);
     return drawing.open(QIODevice::ReadOnly) ? drawing.readAll() : QByteArray();
 }
@@ -206,7 +209,7 @@ QIcon themedIcon(const QString &name)
 
 QIcon fileTypeIcon(const QString &code)
 {
-    registerDrawings();
+    registerResources();
     const QString file = QStringLiteral(":/lumora/icons/types/%1.svg").arg(code);
     return !code.contains(QLatin1Char('/')) && QFile::exists(file)
         ? QIcon(new LazyIconEngine(QStringLiteral("type/") + code, file))
@@ -215,6 +218,6 @@ QIcon fileTypeIcon(const QString &code)
 
 void installIconThemes()
 {
-    registerDrawings();
+    registerResources();
     QGuiApplication::setWindowIcon(themedIcon(QLatin1String(ownPrefix)));
 }
