@@ -52,7 +52,7 @@ if [ -n "$unformatted" ]; then
 fi
 /usr/bin/python3 tools/check-sources.py || failed=1
 /usr/bin/python3 tools/make-icons.py --check || failed=1
-sources | grep -zE '\.sh$|^\.ci/run$' | xargs -0 -r shellcheck -x || failed=1
+sources | grep -zE '\.sh$|^\.ci/run$' | xargs -0 -r shellcheck -x -P SCRIPTDIR || failed=1
 
 [ "$failed" -eq 0 ] || say "the sources need work, see above"
 exit "$failed"

@@ -15,6 +15,8 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
 #include <QMenu>
@@ -170,6 +172,34 @@ bool frmMainViewer::eventFilter(QObject *watched, QEvent *event)
     return FormMainWindow::eventFilter(watched, event);
 }
 
+void frmMainViewer::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void frmMainViewer::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        const QString path = pathFromFileUri(QString::fromLatin1(url.toEncoded()));
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    event->acceptProposedAction();
+    addDroppedFiles(paths);
+}
+
+void frmMainViewer::mnuPictureNext_Click()
+{
+    NextListItem();
+}
+
+void frmMainViewer::mnuPicturePrevious_Click()
+{
+    PreviousListItem();
+}
+
 void frmMainViewer::mnuFileExit_Click()
 {
     ShutDownProgram();
@@ -180,15 +210,15 @@ void frmMainViewer::mnuPictureCopy_Click()
     const auto picture = Image1->picture();
     if (!picture)
         return;
-    auto *data = new QMimeData;
-    data->setImageData(picture->full().pixels);
+    auto *content = new QMimeData;
+    content->setImageData(picture->full().pixels);
     // A metafile goes as it is too, for programs that take the drawing.
     if (globals.CurrentMediaFile.contains(QLatin1String(".WMF"), Qt::CaseInsensitive)) {
         if (const auto bytes = readFile(globals.CurrentMediaFile, 64 << 20))
-            data->setData(QStringLiteral("image/x-wmf"), *bytes);
+            content->setData(QStringLiteral("image/x-wmf"), *bytes);
     }
     QGuiApplication::clipboard()->clear();
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(content);
 }
 
 void frmMainViewer::mnuEditCopyPictureLink_Click()

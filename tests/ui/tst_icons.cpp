@@ -2,6 +2,7 @@
 
 #include <QCryptographicHash>
 #include <QDirIterator>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QPalette>
 #include <QtTest>

@@ -1,0 +1,486 @@
+#include "app/globals.h"
+#include "app/settings.h"
+#include "platform/filepath.h"
+#include "platform/folders.h"
+#include "shell/frmPreferences.h"
+#include "support/support.h"
+#include "support/windows.h"
+#include "viewer/foldersearch.h"
+#include "viewer/frmFileListForm.h"
+#include "viewer/frmMainViewer.h"
+#include "viewer/frmSelectPictureDirectoryForm.h"
+#include "viewer/frmlocatefiles.h"
+#include "viewer/searchfolder.h"
+
+#include <QtTest>
+
+#include <unistd.h>
+
+/// The folder dialog and the search into the selection list: real windows, scripted boxes.
+class tst_select_folder : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void theStartFolderFollowsThePreference_data();
+    void theStartFolderFollowsThePreference();
+    void everyControlHasANameForReaders();
+    void aFolderShowsItsFilesInTheOrderOfCollection();
+    void aFolderWithoutFilesShowsNone();
+    void keysHighlightAndEnterTakes();
+    void aDriveThatIsNotReadyFallsBack();
+    void jumpButtonsAndTheirLabelsLeadToTheShellFolders();
+    void theSearchLabelTogglesTheBox();
+    void thePreviewTellsWhatTheFileIs_data();
+    void thePreviewTellsWhatTheFileIs();
+    void quickClicksEndWithTheLastFile();
+    void aFolderThatVanishesUnderTheDialogDoesNoHarm();
+    void cancelInEachFormGivesNoFolderAndAnEmptyList_data();
+    void cancelInEachFormGivesNoFolderAndAnEmptyList();
+    void okSearchesTheFolderAlone();
+    void okWithSubFoldersSearchesTheTreeInItsOrder();
+    void theHighlightedFolderIsTheOneSearched();
+    void withoutFileTypesOnlyTheTreeSearchSaysSo();
+    void aFolderIsSearchedWithoutTheDialog();
+    void cancelAtEachYieldKeepsAStartOfTheList();
+    void aFullListEndsTheSearchWithItsBox();
+
+private:
+    using Dialog = frmSelectPictureDirectoryForm;
+    frmMainViewer &viewer() { return form<frmMainViewer>(); }
+    QString base() const { return m_home->path() + QStringLiteral("media/"); }
+    QString write(const char *name) const
+    {
+        return m_home->write(QStringLiteral("media/") + QString::fromUtf8(name), "x");
+    }
+    QString foundBelow() { return viewer().lstSelect->items().join(QLatin1Char(' ')).remove(base()); }
+    /// The dialog on its own, open at a folder.
+    Dialog &openAt(const QString &folder)
+    {
+        saveOption("LastVisitedFolder", folder);
+        Dialog &dialog = form<Dialog>();
+        dialog.show();
+        if (!QTest::qWaitFor([&] { return !dialog.Dir1->path().isEmpty() && !dialog.Dir1->path().isNull(); }))
+            qFatal("the dialog has not opened a folder");
+        return dialog;
+    }
+    /// Runs the whole command; `act` gets the dialog once it stands open at its start folder.
+    void selectFolder(const QString &start, const std::function<void(Dialog &)> &act)
+    {
+        saveOption("LastVisitedFolder", start);
+        QTimer waiting;
+        connect(&waiting, &QTimer::timeout, this, [&] {
+            if (!isLoaded<Dialog>() || !form<Dialog>().isVisible() || form<Dialog>().Dir1->path().isEmpty())
+                return;
+            waiting.stop();
+            act(form<Dialog>());
+        });
+        waiting.start(1);
+        viewer().SelectMediaFolder();
+        QVERIFY(!waiting.isActive());
+        QVERIFY(!isLoaded<frmlocatefiles>());
+        QVERIFY(!globals.SearchActive);
+    }
+    std::unique_ptr<TemporaryHome> m_home;
+};
+
+void tst_select_folder::initTestCase()
+{
+    m_home = std::make_unique<TemporaryHome>();
+    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
+    saveOption("Show Tips at Startup", QStringLiteral("0"));
+    globals.MediaPlayerVersion = 0;
+    viewer().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&viewer()));
+    QTRY_VERIFY(globals.MainViewerActivated);
+}
+
+void tst_select_folder::init()
+{
+    ScriptedDialogs::install();
+    QDir(base()).removeRecursively();
+    QVERIFY(QDir().mkpath(base()));
+    saveOption("DefaultOpenFolder", QStringLiteral("1"));
+    form<frmPreferences>().cmdSelectAllTypes->click();
+    form<frmPreferences>().cmdSelectAllAudioTypes->click();
+    viewer().cmdClearSelectionList_Click();
+}
+
+void tst_select_folder::cleanup()
+{
+    unload<Dialog>();
+    setDialogs(nullptr);
+}
+
+void tst_select_folder::theStartFolderFollowsThePreference_data()
+{
+    QTest::addColumn<QString>("choice");
+    QTest::addColumn<QString>("last");
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QString>("start");
+    QTest::newRow("the last one") << "1"
+                                  << "last"
+                                  << "own"
+                                  << "last";
+    QTest::newRow("no last one: the desktop") << "1"
+                                              << ""
+                                              << "own"
+                                              << "Desktop";
+    QTest::newRow("the last one is gone: the desktop") << "1"
+                                                       << "gone"
+                                                       << "own"
+                                                       << "Desktop";
+    QTest::newRow("the user's own") << "2"
+                                    << "last"
+                                    << "own"
+                                    << "own";
+    QTest::newRow("no own: the desktop") << "2"
+                                         << "last"
+                                         << ""
+                                         << "Desktop";
+    QTest::newRow("anything else: pictures") << "7"
+                                             << "last"
+                                             << "own"
+                                             << "Pictures";
+}
+
+void tst_select_folder::theStartFolderFollowsThePreference()
+{
+    QFETCH(QString, choice);
+    QFETCH(QString, last);
+    QFETCH(QString, chosen);
+    QFETCH(QString, start);
+    for (const char *name : {"last", "own", "Desktop", "Pictures"})
+        QVERIFY(QDir().mkpath(m_home->path() + QLatin1String(name)));
+    const auto inHome = [&](const QString &name) { return name.isEmpty() ? name : m_home->path() + name; };
+    saveOption("DefaultOpenFolder", choice);
+    saveOption("UserChoiceOpenFolder", inHome(chosen));
+    Dialog &dialog = openAt(inHome(last));
+    QCOMPARE(dialog.Dir1->path(), inHome(start));
+}
+
+void tst_select_folder::everyControlHasANameForReaders()
+{
+    Dialog &dialog = openAt(base());
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Lumora - Select File Directory"));
+    const QList<QWidget *> all = dialog.findChildren<QWidget *>();
+    QSet<QChar> mnemonics;
+    for (QWidget *widget : all) {
+        const auto *button = qobject_cast<QAbstractButton *>(widget);
+        const bool takesInput = widget->focusPolicy() != Qt::NoFocus && !widget->objectName().isEmpty();
+        if (takesInput && !widget->objectName().startsWith(QLatin1String("qt_")))
+            QVERIFY2(!widget->accessibleName().isEmpty() || (button && !button->text().isEmpty()),
+                qPrintable(widget->objectName()));
+        const auto *label = qobject_cast<QLabel *>(widget);
+        const QString text = label && label->buddy() ? label->text() : button ? button->text() : QString();
+        const qsizetype mark = text.indexOf(QLatin1Char('&'));
+        if (mark < 0)
+            continue;
+        const QChar key = text[mark + 1].toUpper();
+        QVERIFY2(!mnemonics.contains(key), qPrintable(text));
+        mnemonics.insert(key);
+    }
+    QVERIFY(mnemonics.size() >= 10);
+}
+
+void tst_select_folder::aFolderShowsItsFilesInTheOrderOfCollection()
+{
+    for (const char *name : {"song.mid", "b10.jpg", "B9.JPG", "photo.pcd", "note.txt"})
+        write(name);
+    Dialog &dialog = openAt(base());
+    QTRY_COMPARE(dialog.File1->items().join(QLatin1Char(' ')), QStringLiteral("B9.JPG b10.jpg song.mid photo.pcd"));
+    form<frmPreferences>().cmdClearAllTypes->click();
+    BuildFilePatterns();
+    QCOMPARE(dialog.File1->items(), QStringList(QStringLiteral("song.mid")));
+}
+
+void tst_select_folder::aFolderWithoutFilesShowsNone()
+{
+    write("full/a.jpg");
+    write("empty/a.txt");
+    Dialog &dialog = openAt(base() + QStringLiteral("full"));
+    QTRY_COMPARE(dialog.File1->count(), 1);
+    QVERIFY(dialog.Dir1->setPath(base() + QStringLiteral("empty/")));
+    QCOMPARE(dialog.File1->count(), 0);
+    QVERIFY2(!dialog.Dir1->setPath(base() + QStringLiteral("gone")), "what is not there changes nothing");
+    QCOMPARE(dialog.Dir1->path(), base() + QStringLiteral("empty"));
+}
+
+void tst_select_folder::keysHighlightAndEnterTakes()
+{
+    write("one/1.jpg");
+    write("two/2.jpg");
+    Dialog &dialog = openAt(base());
+    QSignalSpy changes(dialog.Dir1, &FolderTree::Change);
+    QTest::keyClick(dialog.Dir1, Qt::Key_Down);
+    QTest::keyClick(dialog.Dir1, Qt::Key_Down);
+    QCOMPARE(dialog.Dir1->listPath(), base() + QStringLiteral("two"));
+    QCOMPARE(changes.count(), 0);
+    QTest::keyClick(dialog.Dir1, Qt::Key_Return);
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(dialog.Dir1->path(), base() + QStringLiteral("two"));
+    QVERIFY2(dialog.isVisible(), "Enter in the tree is not OK");
+    QCOMPARE(dialog.File1->items(), QStringList(QStringLiteral("2.jpg")));
+    QTest::keyClick(dialog.Dir1, Qt::Key_Up);
+    QVERIFY2(changes.wait(), "resting on an entry takes it too");
+    QCOMPARE(dialog.Dir1->path(), base() + QStringLiteral("one"));
+}
+
+void tst_select_folder::aDriveThatIsNotReadyFallsBack()
+{
+    Dialog &dialog = openAt(base());
+    const int before = dialog.Drive1->currentIndex();
+    dialog.Drive1->addItem(QStringLiteral("ejected"), base() + QStringLiteral("ejected/"));
+    dialog.Drive1->setCurrentIndex(dialog.Drive1->count() - 1);
+    QCOMPARE(dialog.Drive1->currentIndex(), before);
+    QCOMPARE(dialog.Dir1->path(), base().chopped(1));
+    dialog.Drive1->setItemData(dialog.Drive1->count() - 1, m_home->path());
+    dialog.Drive1->setCurrentIndex(dialog.Drive1->count() - 1);
+    QCOMPARE(dialog.Dir1->path(), m_home->path().chopped(1));
+}
+
+void tst_select_folder::jumpButtonsAndTheirLabelsLeadToTheShellFolders()
+{
+    for (const char *name : {"Desktop", "Documents", "Pictures"})
+        QVERIFY(QDir().mkpath(m_home->path() + QLatin1String(name)));
+    Dialog &dialog = openAt(base());
+    dialog.cmdFolder[1]->click();
+    QCOMPARE(folderWithSeparator(dialog.Dir1->path()), WindowsSystemFolders().documents());
+    QTest::mouseClick(dialog.lblButtons[3], Qt::LeftButton);
+    QCOMPARE(folderWithSeparator(dialog.Dir1->path()), WindowsSystemFolders().pictures());
+}
+
+void tst_select_folder::theSearchLabelTogglesTheBox()
+{
+    Dialog &dialog = openAt(base());
+    QVERIFY(!dialog.chkSearchSubs->isChecked());
+    QTest::mouseClick(dialog.lblSearchSubFolders, Qt::LeftButton);
+    QVERIFY(dialog.chkSearchSubs->isChecked());
+    QTest::mouseClick(dialog.lblSearchSubFolders, Qt::RightButton);
+    QVERIFY(dialog.chkSearchSubs->isChecked());
+}
+
+void tst_select_folder::thePreviewTellsWhatTheFileIs_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("width");
+    QTest::addColumn<QString>("colors");
+    QTest::addColumn<bool>("pictured");
+    QTest::newRow("a picture") << "wide.bmp"
+                               << "640 Pixels"
+                               << "16.7 Million (24-bit)" << true;
+    QTest::newRow("no picture inside") << "broken.jpg"
+                                       << ""
+                                       << "Unknown" << false;
+    QTest::newRow("music") << "song.mid"
+                           << ""
+                           << "" << false;
+}
+
+void tst_select_folder::thePreviewTellsWhatTheFileIs()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, width);
+    QFETCH(QString, colors);
+    QFETCH(bool, pictured);
+    m_home->writePicture(QStringLiteral("media/wide.bmp"), QSize(640, 200));
+    m_home->write(QStringLiteral("media/broken.jpg"), QByteArray(1234, 'x'));
+    m_home->write(QStringLiteral("media/song.mid"), "MThd");
+    Dialog &dialog = openAt(base());
+    QTRY_COMPARE(dialog.File1->count(), 3);
+    dialog.File1->selectOnly(static_cast<int>(dialog.File1->items().indexOf(name)));
+    QCOMPARE(dialog.lblFileName->text(), name);
+    QTRY_VERIFY(dialog.lblFileSize->text().endsWith(QLatin1String(" bytes")));
+    QCOMPARE(dialog.lblWidth->text(), width);
+    QCOMPARE(dialog.lblColors->text(), colors);
+    QCOMPARE(!dialog.imgThumbnail->pixmap().isNull(), pictured);
+    QCOMPARE(dialog.imgThumbnail->text(),
+        name == QLatin1String("song.mid") ? QStringLiteral("(.MID) - MIDI Music Format") : QString());
+    QVERIFY(dialog.Dir1->setPath(m_home->path()));
+    QVERIFY(dialog.lblFileName->text().isEmpty() && dialog.lblFileSize->text().isEmpty());
+    QVERIFY(dialog.imgThumbnail->pixmap().isNull());
+}
+
+void tst_select_folder::quickClicksEndWithTheLastFile()
+{
+    for (int number = 0; number < 40; ++number)
+        m_home->writePicture(QStringLiteral("media/p%1.png").arg(number), QSize(100 + number, 50));
+    Dialog &dialog = openAt(base());
+    QTRY_COMPARE(dialog.File1->count(), 40);
+    for (int round = 0; round < 3; ++round) {
+        for (int row = 0; row < 40; ++row) {
+            dialog.File1->selectOnly(row);
+            QCoreApplication::processEvents();
+        }
+        QTRY_COMPARE(dialog.lblWidth->text(), QStringLiteral("139 Pixels"));
+    }
+    dialog.File1->selectOnly(7);
+    unload<Dialog>();
+}
+
+void tst_select_folder::aFolderThatVanishesUnderTheDialogDoesNoHarm()
+{
+    for (const char *name : {"a/1.jpg", "a/2.jpg", "a/sub/3.jpg"})
+        write(name);
+    Dialog &dialog = openAt(base() + QStringLiteral("a"));
+    QTRY_COMPARE(dialog.File1->count(), 2);
+    QVERIFY(QDir(base() + QStringLiteral("a")).removeRecursively());
+    dialog.File1->selectOnly(1);
+    QTest::keyClick(dialog.Dir1, Qt::Key_Down);
+    QTest::keyClick(dialog.Dir1, Qt::Key_Return);
+    BuildFilePatterns();
+    QCOMPARE(dialog.File1->count(), 0);
+    dialog.Form_Activate();
+    QVERIFY(dialog.Dir1->setPath(base()));
+    QCOMPARE(dialog.File1->count(), 0);
+}
+
+void tst_select_folder::cancelInEachFormGivesNoFolderAndAnEmptyList_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::newRow("the button") << 0;
+    QTest::newRow("Escape") << 1;
+    QTest::newRow("closing the window") << 2;
+}
+
+void tst_select_folder::cancelInEachFormGivesNoFolderAndAnEmptyList()
+{
+    QFETCH(int, form);
+    write("a.jpg");
+    viewer().lstSelect->addItem(QStringLiteral("/old.jpg"));
+    saveOption("LastVisitedFolder", base());
+    selectFolder(base(), [&](Dialog &dialog) {
+        if (form == 0)
+            dialog.cmdCancel->click();
+        else if (form == 1)
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        else
+            dialog.close();
+    });
+    QCOMPARE(globals.ChosenFolder, QString());
+    QVERIFY(viewer().lstSelect->isEmpty());
+    QCOMPARE(viewer().StatusBar1->panelText(1), QStringLiteral("Current Image:"));
+}
+
+void tst_select_folder::okSearchesTheFolderAlone()
+{
+    for (const char *name : {"b.jpg", "a.jpg", "song.mid", "sub/c.jpg", "note.txt"})
+        write(name);
+    globals.StandardListLocked = true;
+    viewer().tabFileList->setCurrentIndex(1);
+    selectFolder(base().chopped(1), [](Dialog &dialog) { dialog.cmdOK->click(); });
+    QCOMPARE(foundBelow(), QStringLiteral("a.jpg b.jpg song.mid"));
+    QCOMPARE(globals.ChosenFolder, base());
+    QCOMPARE(option("LastVisitedFolder", ""), base());
+    QCOMPARE(viewer().tabFileList->currentIndex(), 0);
+    QVERIFY(viewer().lstSelect->isSelected(0));
+    QVERIFY(!globals.StandardListLocked);
+}
+
+void tst_select_folder::okWithSubFoldersSearchesTheTreeInItsOrder()
+{
+    for (const char *name : {"own.jpg", "a/1.jpg", "a/deep/2.jpg", "b/3.jpg"})
+        write(name);
+    const QString foreign = base() + pathFromBytes("b/\xE9.jpg");
+    QVERIFY(QFile::copy(base() + QStringLiteral("own.jpg"), base() + QStringLiteral("b/4.jpg")));
+    QCOMPARE(
+        ::rename(pathToBytes(base() + QStringLiteral("b/4.jpg")).constData(), pathToBytes(foreign).constData()), 0);
+    selectFolder(base(), [](Dialog &dialog) {
+        dialog.chkSearchSubs->setChecked(true);
+        dialog.cmdOK->click();
+    });
+    QCOMPARE(foundBelow(),
+        QStringLiteral("b/3.jpg ") + pathFromBytes("b/\xE9.jpg") + QStringLiteral(" a/deep/2.jpg a/1.jpg own.jpg"));
+    QCOMPARE(globals.FoldersSearched, 4);
+    QCOMPARE(::unlink(pathToBytes(foreign).constData()), 0);
+}
+
+void tst_select_folder::theHighlightedFolderIsTheOneSearched()
+{
+    write("a/1.jpg");
+    write("own.jpg");
+    selectFolder(base(), [](Dialog &dialog) {
+        QTest::keyClick(dialog.Dir1, Qt::Key_Down);
+        dialog.cmdOK->click();
+    });
+    QCOMPARE(foundBelow(), QStringLiteral("a/1.jpg"));
+    QCOMPARE(globals.ChosenFolder, base() + QStringLiteral("a/"));
+}
+
+void tst_select_folder::withoutFileTypesOnlyTheTreeSearchSaysSo()
+{
+    write("a.jpg");
+    ScriptedDialogs &boxes = ScriptedDialogs::install();
+    form<frmPreferences>().cmdClearAllTypes->click();
+    form<frmPreferences>().cmdClearAllAudioTypesCommand3->click();
+    selectFolder(base(), [](Dialog &dialog) { dialog.cmdOK->click(); });
+    QVERIFY(viewer().lstSelect->isEmpty());
+    QVERIFY(boxes.boxes.isEmpty());
+    boxes.answer(MessageBox::Answer::Ok);
+    selectFolder(base(), [](Dialog &dialog) {
+        dialog.chkSearchSubs->setChecked(true);
+        dialog.cmdOK->click();
+    });
+    QVERIFY(viewer().lstSelect->isEmpty());
+    QCOMPARE(boxes.boxes, QVector<MessageBox>{noFileTypesBox()});
+    QCOMPARE(globals.FoldersSearched, 0);
+}
+
+void tst_select_folder::aFolderIsSearchedWithoutTheDialog()
+{
+    for (const char *name : {"own.jpg", "a/1.jpg"})
+        write(name);
+    searchFolderInto(base(), false);
+    QCOMPARE(foundBelow(), QStringLiteral("own.jpg"));
+    searchFolderInto(base().chopped(1), true);
+    QCOMPARE(foundBelow(), QStringLiteral("a/1.jpg own.jpg"));
+    QVERIFY(viewer().lstSelect->isSelected(0));
+    searchFolderInto(base() + QStringLiteral("gone"), true);
+    QVERIFY(viewer().lstSelect->isEmpty());
+    QVERIFY(!isLoaded<Dialog>());
+}
+
+void tst_select_folder::cancelAtEachYieldKeepsAStartOfTheList()
+{
+    for (int folder = 0; folder < 30; ++folder)
+        write(qPrintable(QStringLiteral("f%1/p.jpg").arg(folder)));
+    QStringList whole;
+    forEachYield([] {}, [&] { searchFolderInto(base(), true); },
+        [] {
+            if (isLoaded<frmlocatefiles>())
+                form<frmlocatefiles>().cmdCancel->click();
+        },
+        [&](int yield) {
+            const QStringList found = viewer().lstSelect->items();
+            if (yield == 0)
+                whole = found;
+            QCOMPARE(found, whole.mid(0, found.size()));
+            QVERIFY(!isLoaded<frmlocatefiles>());
+            QVERIFY(!globals.SearchActive);
+        });
+    QCOMPARE(whole.size(), 30);
+}
+
+void tst_select_folder::aFullListEndsTheSearchWithItsBox()
+{
+    for (int folder = 0; folder < 4; ++folder) {
+        QVERIFY(QDir().mkpath(base() + QStringLiteral("f%1").arg(folder)));
+        for (int file = 0; file < 8300; ++file) {
+            QFile made(base() + QStringLiteral("f%1/p%2.jpg").arg(folder).arg(file));
+            QVERIFY(made.open(QIODevice::WriteOnly));
+        }
+    }
+    ScriptedDialogs &boxes = ScriptedDialogs::install();
+    boxes.answer(MessageBox::Answer::Ok);
+    searchFolderInto(base(), true);
+    QCOMPARE(boxes.boxes, QVector<MessageBox>{listFullBox()});
+    QCOMPARE(viewer().lstSelect->count(), ListBox::maximumCount);
+    QCOMPARE(viewer().lstSelect->itemText(0), base() + QStringLiteral("f3/p0.jpg"));
+    viewer().cmdClearSelectionList_Click();
+}
+
+QTEST_MAIN(tst_select_folder)
+#include "tst_select_folder.moc"
