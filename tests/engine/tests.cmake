@@ -5,9 +5,10 @@ target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumo
 
 lumora_test(engine/tst_decode.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)
+lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_picturecache.cpp rules)
 lumora_test(engine/tst_samples.cpp rules)
-foreach(name tst_decode tst_hostile tst_picturecache)
+foreach(name tst_decode tst_hostile tst_missingmodule tst_picturecache)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
 lumora_test(engine/tst_asx.cpp rules)

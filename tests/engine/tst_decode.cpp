@@ -20,6 +20,7 @@ class tst_Decode : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { useBuiltModules(); }
+    void everydayPicturesDoNotLoadTheModule();
     void everySmallFileDecodesAsItsHeaderSays_data();
     void everySmallFileDecodesAsItsHeaderSays();
     void contentIsStrongerThanTheName();
@@ -44,6 +45,17 @@ private Q_SLOTS:
 private:
     TemporaryHome m_home;
 };
+
+void tst_Decode::everydayPicturesDoNotLoadTheModule()
+{
+    const size_t own = codecTable().size();
+    for (const char *format : {"jpg", "png", "bmp"}) {
+        QVERIFY(decode({written(rampImage({20, 10}), format), {}}));
+        QVERIFY(probe({written(rampImage({20, 10}), format), {}}));
+    }
+    QCOMPARE(codecTable().size(), own);
+    QVERIFY2(fullCodecTable().size() > own, qPrintable(codecModuleFailure()));
+}
 
 void tst_Decode::everySmallFileDecodesAsItsHeaderSays_data()
 {

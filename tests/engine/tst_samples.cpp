@@ -125,6 +125,9 @@ private Q_SLOTS:
     void initTestCase();
     void sizeDepthAndColorsAreTheExpectedOnes_data();
     void sizeDepthAndColorsAreTheExpectedOnes();
+    void aPhotoCdHasFiveSizes();
+    void rawPreviewsServeSmallWishesOnly();
+    void jpeg2000IsReducedByHalves();
 };
 
 void tst_Samples::initTestCase()
@@ -174,6 +177,49 @@ void tst_Samples::sizeDepthAndColorsAreTheExpectedOnes()
     const QImage stored = uprighted(picture->pixels.convertToFormat(QImage::Format_ARGB32), back);
     const double difference = meanDifference(averagedColors(stored), row.colors);
     QVERIFY2(difference <= 4.0, qPrintable(QStringLiteral("mean colour difference %1").arg(difference)));
+}
+
+void tst_Samples::aPhotoCdHasFiveSizes()
+{
+    SKIP_WITHOUT_SAMPLES();
+    const QString path = samplesFolder() + QStringLiteral("pcd/photo-portrait.pcd");
+    for (int index = 0; index < 5; ++index) {
+        const QSize size(128 << index, 192 << index);
+        const Result<Picture> picture = decodeFile(path, {QSize(), index, 0});
+        QVERIFY2(picture, qPrintable(picture.reason()));
+        QCOMPARE(picture->pixels.size(), size);
+        QCOMPARE(probeFile(path, index)->size, size);
+    }
+    QCOMPARE(decodeFile(path)->info.size, QSize(512, 768));
+}
+
+void tst_Samples::rawPreviewsServeSmallWishesOnly()
+{
+    SKIP_WITHOUT_SAMPLES();
+    const QString path = samplesFolder() + QStringLiteral("crw/g2.crw");
+    for (const QSize target : {QSize(100, 100), QSize(1000, 700), QSize(2000, 1500)}) {
+        const Result<Picture> picture = decodeFile(path, {target, -1, 0});
+        QVERIFY2(picture, qPrintable(picture.reason()));
+        const QSize fitted = picture->info.size.scaled(target, Qt::KeepAspectRatio);
+        QCOMPARE(picture->info.size, QSize(2312, 1720));
+        QVERIFY(picture->pixels.width() >= fitted.width() && picture->pixels.height() >= fitted.height());
+        const Picture whole = *decodeFile(path);
+        const QByteArray small = averagedColors(picture->pixels.convertToFormat(QImage::Format_ARGB32));
+        const QByteArray large = averagedColors(whole.pixels.convertToFormat(QImage::Format_ARGB32));
+        QVERIFY2(meanDifference(small, large) < 60, "the same scene, however the camera develops it");
+    }
+}
+
+void tst_Samples::jpeg2000IsReducedByHalves()
+{
+    SKIP_WITHOUT_SAMPLES();
+    const QString path = samplesFolder() + QStringLiteral("jp2/srgb.jp2");
+    const Picture whole = *decodeFile(path);
+    const Result<Picture> picture = decodeFile(path, {QSize(150, 150), -1, 0});
+    QVERIFY2(picture, qPrintable(picture.reason()));
+    QCOMPARE(picture->info.size, QSize(768, 512));
+    QCOMPARE(picture->pixels.size(), QSize(192, 128));
+    QVERIFY(meanDifference(averagedColors(picture->pixels), averagedColors(whole.pixels)) < 3);
 }
 
 QTEST_GUILESS_MAIN(tst_Samples)
