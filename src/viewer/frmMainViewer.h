@@ -277,6 +277,8 @@ private:
     void layOutNow();
     void step(int direction);
     void stepOnce(int direction);
+    void showDateAndTime();
+    QTimer m_clock;
     QHash<QString, QAction *> m_toolbarButtons;
 };
 
