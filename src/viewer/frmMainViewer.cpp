@@ -15,6 +15,8 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
 #include <QMenu>
@@ -168,6 +170,34 @@ bool frmMainViewer::eventFilter(QObject *watched, QEvent *event)
     if (watched == Picture1 && event->type() == QEvent::Resize)
         Picture1_Resize();
     return FormMainWindow::eventFilter(watched, event);
+}
+
+void frmMainViewer::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void frmMainViewer::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        const QString path = pathFromFileUri(QString::fromLatin1(url.toEncoded()));
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    event->acceptProposedAction();
+    addDroppedFiles(paths);
+}
+
+void frmMainViewer::mnuPictureNext_Click()
+{
+    NextListItem();
+}
+
+void frmMainViewer::mnuPicturePrevious_Click()
+{
+    PreviousListItem();
 }
 
 void frmMainViewer::mnuFileExit_Click()
