@@ -202,6 +202,7 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     signals.watch();
     form<checkjpg>();
     if (!playerPresent) {
+        qCWarning(logStart, "the player is missing");
         dialogs().show(nullptr, missingPlayerBox());
         unload<checkjpg>();
         return 1;

@@ -37,6 +37,9 @@ struct ListBox::Private
     QString typed; ///< what keyboardSearch looks for, letter by letter
     QElapsedTimer typing;
 
+    bool layoutHeld = false;
+    int laidOut = 0; ///< entries at the last layout
+
     mutable EntryWidths widths;
     QRgb backColor = 0;
     bool applyingColor = false;
@@ -461,6 +464,21 @@ void ListBox::keyboardSearch(const QString &search)
 }
 
 // --- looks
+
+void ListBox::holdLayout(bool hold)
+{
+    d->layoutHeld = hold;
+    if (!hold)
+        scheduleDelayedItemsLayout();
+}
+
+void ListBox::doItemsLayout()
+{
+    if (d->layoutHeld && count() > d->laidOut && count() < 2 * d->laidOut)
+        return;
+    d->laidOut = count();
+    QListView::doItemsLayout();
+}
 
 void ListBox::setHorizontalExtent(int pixels)
 {

@@ -14,9 +14,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDateTime>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
+#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -60,10 +64,21 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         prefetchNeighbours();
     });
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
+    // The clock of the status bar; a second's look keeps the minute right.
+    connect(&m_clock, &QTimer::timeout, this, &frmMainViewer::showDateAndTime);
+    m_clock.start(1000);
+    showDateAndTime();
     restorePlace();
 }
 
 frmMainViewer::~frmMainViewer() = default;
+
+void frmMainViewer::showDateAndTime()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    StatusBar1->setPanelText(5, locale().toString(now.date(), QLocale::ShortFormat));
+    StatusBar1->setPanelText(6, locale().toString(now.time(), QLocale::ShortFormat));
+}
 
 void frmMainViewer::makeListPane()
 {
@@ -170,6 +185,34 @@ bool frmMainViewer::eventFilter(QObject *watched, QEvent *event)
     return FormMainWindow::eventFilter(watched, event);
 }
 
+void frmMainViewer::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void frmMainViewer::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        const QString path = pathFromFileUri(QString::fromLatin1(url.toEncoded()));
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    event->acceptProposedAction();
+    addDroppedFiles(paths);
+}
+
+void frmMainViewer::mnuPictureNext_Click()
+{
+    NextListItem();
+}
+
+void frmMainViewer::mnuPicturePrevious_Click()
+{
+    PreviousListItem();
+}
+
 void frmMainViewer::mnuFileExit_Click()
 {
     ShutDownProgram();
@@ -180,15 +223,15 @@ void frmMainViewer::mnuPictureCopy_Click()
     const auto picture = Image1->picture();
     if (!picture)
         return;
-    auto *data = new QMimeData;
-    data->setImageData(picture->full().pixels);
+    auto *content = new QMimeData;
+    content->setImageData(picture->full().pixels);
     // A metafile goes as it is too, for programs that take the drawing.
     if (globals.CurrentMediaFile.contains(QLatin1String(".WMF"), Qt::CaseInsensitive)) {
         if (const auto bytes = readFile(globals.CurrentMediaFile, 64 << 20))
-            data->setData(QStringLiteral("image/x-wmf"), *bytes);
+            content->setData(QStringLiteral("image/x-wmf"), *bytes);
     }
     QGuiApplication::clipboard()->clear();
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(content);
 }
 
 void frmMainViewer::mnuEditCopyPictureLink_Click()

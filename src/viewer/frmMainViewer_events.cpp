@@ -9,6 +9,7 @@
 #include "app/settings.h"
 #include "app/startup.h"
 #include "platform/dialogs.h"
+#include "platform/filepath.h"
 #include "platform/files.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
@@ -137,6 +138,7 @@ void frmMainViewer::activateFirst()
         return;
     if (!startedBySwitch())
         Timer1.start(queueTick);
+    qCDebug(logViewer, "activated");
     Q_EMIT activated();
     Yield();
 }
@@ -230,6 +232,7 @@ void frmMainViewer::ProcessIfFromCommandLine(const QString &caller)
 frmMainViewer::TakenCommand frmMainViewer::takeFirstCommand()
 {
     ListBox *queue = form<frmPreviousInstance>().List1;
+    qCDebug(logViewer, "command taken: %s", qPrintable(displayPath(queue->itemText(0))));
     QStringList folders;
     QStringList files;
     const QStringList named = pathsOfCommand(queue->itemText(0));
@@ -320,10 +323,11 @@ void frmMainViewer::startBySwitch(bool editor)
         mnuBrowseFolderView_Click();
     }
     // The end of the program, or of the window that was asked for, ends the wait too.
+    qCDebug(logViewer, "started by a switch");
     QElapsedTimer time;
     time.start();
     while (time.elapsed() < switchStartWait && !globals.ProgramExiting && startedBySwitch())
-        YieldFor(int(qBound<qint64>(1, switchStartWait - time.elapsed(), 50)));
+        YieldFor(qBound(1, switchStartWait - int(time.elapsed()), 50));
     if (globals.ProgramExiting)
         return;
     hide();

@@ -1,0 +1,285 @@
+#include "viewer/wmp9.h"
+
+#include "platform/filepath.h"
+#include "viewer/playercontrols.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace {
+
+constexpr QColor ground(0x1c, 0x22, 0x2b);
+constexpr QColor noteColor(0x6f, 0x93, 0xc0);
+constexpr QColor nameColor(0xe6, 0xea, 0xf0);
+
+/// Two quavers under one beam, one unit high.
+QPainterPath notePath()
+{
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    path.addEllipse(QPointF(0.20, 0.86), 0.17, 0.12);
+    path.addEllipse(QPointF(0.78, 0.76), 0.17, 0.12);
+    path.addPolygon(QPolygonF({{0.30, 0.14}, {0.95, 0.02}, {0.95, 0.22}, {0.30, 0.34}, {0.30, 0.14}}));
+    path.addRect(QRectF(0.30, 0.14, 0.07, 0.72));
+    path.addRect(QRectF(0.88, 0.05, 0.07, 0.71));
+    return path;
+}
+
+}
+
+MediaPlayerControl::MediaPlayerControl(QWidget *parent)
+    : QWidget(parent)
+    , m_controls(new PlayerControls(this))
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    m_refresh.setInterval(200);
+    connect(&m_refresh, &QTimer::timeout, this, &MediaPlayerControl::refreshControls);
+    connectControls();
+}
+
+MediaPlayerControl::~MediaPlayerControl() = default;
+
+void MediaPlayerControl::connectControls()
+{
+    connect(m_controls, &PlayerControls::playWanted, this, &MediaPlayerControl::play);
+    connect(m_controls, &PlayerControls::pauseWanted, this, &MediaPlayerControl::pause);
+    connect(m_controls, &PlayerControls::stopWanted, this, &MediaPlayerControl::stop);
+    connect(m_controls, &PlayerControls::positionWanted, this, &MediaPlayerControl::setCurrentPosition);
+    connect(m_controls, &PlayerControls::volumeWanted, this, &MediaPlayerControl::setVolume);
+    connect(m_controls, &PlayerControls::muteWanted, this, &MediaPlayerControl::setMuted);
+}
+
+/// False when there is no player on this machine; that is asked for once.
+bool MediaPlayerControl::ensurePlayer()
+{
+    if (!m_player && !m_unavailable) {
+        adopt(createPlayer());
+        m_unavailable = !m_player;
+    }
+    return bool(m_player);
+}
+
+void MediaPlayerControl::adopt(std::unique_ptr<Player> player)
+{
+    m_player = std::move(player);
+    m_hadPicture = false;
+    if (!m_player)
+        return;
+    connect(m_player.get(), &Player::playStateChanged, this, &MediaPlayerControl::stateChanged);
+    connect(m_player.get(), &Player::frameReady, this, &MediaPlayerControl::frameArrived);
+    connect(m_player.get(), &Player::durationChanged, this, [this] {
+        refreshControls();
+        update();
+    });
+    m_player->setVolume(m_volume);
+    m_player->setMuted(m_muted);
+    m_player->setVisible(isVisible());
+    if (!m_url.isEmpty())
+        m_player->setUrl(m_url);
+}
+
+void MediaPlayerControl::setPlayer(std::unique_ptr<Player> player)
+{
+    m_unavailable = false;
+    adopt(std::move(player));
+    refreshControls();
+    update();
+}
+
+void MediaPlayerControl::shutDown()
+{
+    if (m_player)
+        m_player->stop();
+    m_player.reset();
+    m_unavailable = false;
+    m_refresh.stop();
+    refreshControls();
+    update();
+}
+
+void MediaPlayerControl::setUrl(const QString &path)
+{
+    m_url = path;
+    m_hadPicture = false;
+    if (m_player)
+        m_player->setUrl(path);
+    else if (!path.isEmpty())
+        ensurePlayer();
+    refreshControls();
+    update();
+}
+
+QString MediaPlayerControl::url() const
+{
+    return m_url;
+}
+
+void MediaPlayerControl::play()
+{
+    if (ensurePlayer())
+        m_player->play();
+}
+
+void MediaPlayerControl::pause()
+{
+    if (m_player)
+        m_player->pause();
+}
+
+void MediaPlayerControl::stop()
+{
+    if (m_player)
+        m_player->stop();
+}
+
+int MediaPlayerControl::playState() const
+{
+    return m_player ? m_player->playState() : Player::Stopped;
+}
+
+int MediaPlayerControl::volume() const
+{
+    return m_volume;
+}
+
+void MediaPlayerControl::setVolume(int volume)
+{
+    m_volume = std::clamp(volume, 0, 100);
+    if (m_player)
+        m_player->setVolume(m_volume);
+    m_controls->showVolume(m_volume, m_muted);
+}
+
+bool MediaPlayerControl::isMuted() const
+{
+    return m_muted;
+}
+
+void MediaPlayerControl::setMuted(bool muted)
+{
+    m_muted = muted;
+    if (m_player)
+        m_player->setMuted(muted);
+    m_controls->showVolume(m_volume, m_muted);
+}
+
+double MediaPlayerControl::duration() const
+{
+    return m_player ? m_player->duration() : 0;
+}
+
+double MediaPlayerControl::currentPosition() const
+{
+    return m_player ? m_player->currentPosition() : 0;
+}
+
+void MediaPlayerControl::setCurrentPosition(double seconds)
+{
+    if (m_player)
+        m_player->setCurrentPosition(seconds);
+    refreshControls();
+}
+
+void MediaPlayerControl::stateChanged(int state)
+{
+    if (state == Player::Playing)
+        m_refresh.start();
+    else
+        m_refresh.stop();
+    refreshControls();
+    update();
+    Q_EMIT PlayStateChange(state);
+}
+
+void MediaPlayerControl::refreshControls()
+{
+    m_controls->showState(playState(), !m_url.isEmpty());
+    m_controls->showTime(currentPosition(), duration());
+}
+
+/// A window that is minimised or covered is not painted, and frames nobody fetches slow the player down.
+void MediaPlayerControl::frameArrived()
+{
+    const QWindow *handle = window()->windowHandle();
+    if (isVisible() && (!handle || handle->isExposed()))
+        update(pictureRect());
+    else
+        m_player->setVisible(false);
+}
+
+QRect MediaPlayerControl::pictureRect() const
+{
+    return QRect(0, 0, width(), std::max(0, height() - m_controls->height()));
+}
+
+/// A file that is known and has no frame. While one loads, the rectangle stays black.
+bool MediaPlayerControl::isSoundOnly() const
+{
+    const bool known = m_player && (m_player->duration() > 0 || m_player->currentPosition() > 0);
+    return known && !m_hadPicture && !m_url.isEmpty();
+}
+
+void MediaPlayerControl::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    const QRect place = pictureRect();
+    if (m_player)
+        m_player->setVisible(isVisible());
+    const QImage frame = m_player ? m_player->frame((QSizeF(place.size()) * devicePixelRatioF()).toSize()) : QImage();
+    m_hadPicture = m_hadPicture || !frame.isNull();
+    painter.fillRect(rect(), Qt::black);
+    if (!frame.isNull())
+        painter.drawImage(place, frame);
+    else if (isSoundOnly())
+        paintSound(painter);
+}
+
+void MediaPlayerControl::paintSound(QPainter &painter) const
+{
+    const QRect place = pictureRect();
+    painter.fillRect(place, ground);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QFont font = this->font();
+    font.setPointSizeF(font.pointSizeF() * 1.3);
+    const QFontMetrics metrics(font);
+    const qreal side = std::min({place.width() / 4.0, place.height() / 3.0, 160.0});
+    const QPointF corner(place.center().x() - side / 2, place.center().y() - (side + 2 * metrics.height()) / 2);
+
+    painter.save();
+    painter.translate(corner);
+    painter.scale(side, side);
+    painter.fillPath(notePath(), noteColor);
+    painter.restore();
+
+    const QRect line(place.left() + 12, qRound(corner.y() + side) + metrics.height(), std::max(0, place.width() - 24),
+        metrics.height());
+    const QString text = metrics.elidedText(displayPath(FileNameOfPath(m_url)), Qt::ElideMiddle, line.width());
+    painter.setFont(font);
+    painter.setPen(nameColor);
+    painter.drawText(line, Qt::AlignCenter | Qt::TextSingleLine, text);
+}
+
+void MediaPlayerControl::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (m_player)
+        m_player->setVisible(true);
+    refreshControls();
+}
+
+void MediaPlayerControl::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (m_player)
+        m_player->setVisible(false);
+}
+
+void MediaPlayerControl::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const int bar = m_controls->sizeHint().height();
+    m_controls->setGeometry(0, std::max(0, height() - bar), width(), bar);
+}

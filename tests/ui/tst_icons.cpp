@@ -2,6 +2,7 @@
 
 #include <QCryptographicHash>
 #include <QDirIterator>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QPalette>
 #include <QtTest>
@@ -123,6 +124,14 @@ private Q_SLOTS:
             const QByteArray print = QCryptographicHash::hash(pixels, QCryptographicHash::Md5);
             QVERIFY2(!seen.contains(print), qPrintable(code + QStringLiteral(" looks like ") + seen.value(print)));
             seen.insert(print, code);
+        }
+    }
+
+    void tipsAndHelpAreInTheProgram()
+    {
+        for (const char *file : {":/lumora/TIPOFDAY.TXT", ":/lumora/help/index.html"}) {
+            QFile resource(QString::fromLatin1(file));
+            QVERIFY2(resource.open(QIODevice::ReadOnly) && resource.size() > 500, file);
         }
     }
 

@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int patienceSeconds = 10;
+constexpr double shortSound = 1.0; // seconds; above what any sound device takes in at once
 /// User data of requests and observed values; tickets of files start above them.
 enum : quint64 { noReply = 0, durationTold = 1, positionTold = 2, firstTicket = 100 };
 
@@ -27,7 +28,7 @@ enum : quint64 { noReply = 0, durationTold = 1, positionTold = 2, firstTicket = 
 constexpr std::pair<const char *, const char *> startOptions[] = {
     {"config", "no"}, {"vo", "libmpv"}, {"idle", "yes"}, {"terminal", "no"}, {"osc", "no"}, {"osd-level", "0"},
     {"load-scripts", "no"}, {"ytdl", "no"}, {"input-default-bindings", "no"}, {"audio-display", "no"}, {"hwdec", "no"},
-    {"sub-auto", "no"}, {"audio-file-auto", "no"}, {"cover-art-auto", "no"}, {"keep-open", "no"}, {"volume-max", "100"},
+    {"sub-auto", "no"}, {"audio-file-auto", "no"}, {"cover-art-auto", "no"}, {"volume-max", "100"},
     {"cache", "no"}, {"resume-playback", "no"}, {"ao", "pulse,alsa,null"}, {"audio-fallback-to-null", "yes"},
     {"demuxer", "lavf"},
 };
@@ -181,10 +182,11 @@ void MpvPlayer::play()
         return;
     m_playWanted = true;
     m_pauseWanted = false;
-    if (m_phase == Phase::Nothing)
+    // A sound that fits into the device's buffer has ended there while it was held; only a new start lets it be heard.
+    if (m_phase == Phase::Nothing || (m_phase == Phase::Loaded && m_state == Stopped && m_duration < shortSound))
         loadFirst();
     else
-        setFlag("pause", false);
+        hold(false);
     setState(m_phase == Phase::Loaded ? Playing : Transitioning);
 }
 
@@ -193,7 +195,7 @@ void MpvPlayer::pause()
     if (!m_playWanted || m_pauseWanted)
         return;
     m_pauseWanted = true;
-    setFlag("pause", true);
+    hold(true);
     if (m_phase == Phase::Loaded)
         setState(Paused);
 }
@@ -238,6 +240,14 @@ void MpvPlayer::setFlag(const char *property, bool value)
 {
     int flag = value;
     mpv_set_property_async(m_mpv, noReply, property, MPV_FORMAT_FLAG, &flag);
+}
+
+/// A held file stays open also at its end.
+void MpvPlayer::hold(bool held)
+{
+    const char *keepOpen = held ? "yes" : "no";
+    mpv_set_property_async(m_mpv, noReply, "keep-open", MPV_FORMAT_STRING, &keepOpen);
+    setFlag("pause", held);
 }
 
 /// Last in whatever calls it: who is told may delete the player.
@@ -307,7 +317,7 @@ void MpvPlayer::loadFile()
     QByteArray verb("loadfile");
     QByteArray address = isMidiName(path) != m_otherWay ? midiAddress(path) : pathToBytes(path);
     forgetFile(Phase::Loading);
-    setFlag("pause", !m_playWanted || m_pauseWanted);
+    hold(!m_playWanted || m_pauseWanted);
     mpv_node words[2] = {};
     words[0].format = words[1].format = MPV_FORMAT_STRING;
     words[0].u.string = verb.data();
@@ -425,7 +435,7 @@ void MpvPlayer::fileLoaded()
     m_position = 0;
     m_stillSeconds = 0;
     // Asked for and not only observed: what was observed last may still be the file's before.
-    mpv_get_property_async(m_mpv, m_ticket, "vid", MPV_FORMAT_INT64);
+    mpv_get_property_async(m_mpv, m_ticket, "current-tracks/video/id", MPV_FORMAT_INT64);
     mpv_get_property_async(m_mpv, m_ticket, "duration", MPV_FORMAT_DOUBLE);
     const std::weak_ptr<int> alive = m_alive;
     m_events.frameReady();
@@ -451,7 +461,7 @@ void MpvPlayer::valueTold(const mpv_event &event)
 {
     const auto *property = static_cast<const mpv_event_property *>(event.data);
     const bool observed = event.event_id == MPV_EVENT_PROPERTY_CHANGE;
-    if (m_phase != Phase::Loaded || (!observed && event.reply_userdata != m_ticket))
+    if (m_phase != Phase::Loaded || event.error < 0 || (!observed && event.reply_userdata != m_ticket))
         return;
     if (property->format == MPV_FORMAT_INT64) {
         m_hasPicture = true;

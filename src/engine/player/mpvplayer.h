@@ -58,6 +58,7 @@ private:
     bool start(const QMap<QString, QString> &options);
     void command(std::initializer_list<const char *> words);
     void setFlag(const char *property, bool value);
+    void hold(bool held);
     void setState(State state);
 
     void loadFirst();
