@@ -7,6 +7,7 @@
 #include "ui/background.h"
 #include "ui/guards.h"
 #include "viewer/frmMainViewer.h"
+#include "viewer/frmMessage.h"
 
 #include <QLoggingCategory>
 
@@ -73,10 +74,11 @@ template <auto Member> constexpr Setting choice(const char *key, const char *fal
         },
         [](int) {
             const auto &buttons = form<frmPreferences>().*Member;
-            int index = buttons.first;
-            while (index < buttons.last && !buttons[index]->isChecked())
-                ++index;
-            return QString::number(index);
+            for (int index = buttons.first; index <= buttons.last; ++index) {
+                if (buttons[index]->isChecked())
+                    return QString::number(index);
+            }
+            return QString(); // none chosen: nothing to write
         }};
 }
 
@@ -132,8 +134,10 @@ void loadBackColor(int, const QString &text)
 
 void loadThumbnailSize(int, const QString &text)
 {
-    if (const std::optional<int> size = number(text))
-        form<frmPreferences>().sldThumbNailSize->setValue(*size);
+    QSlider *slider = form<frmPreferences>().sldThumbNailSize;
+    const std::optional<int> size = number(text);
+    if (size && *size >= slider->minimum() && *size <= slider->maximum())
+        slider->setValue(*size);
 }
 
 void loadFolder(int, const QString &text)
@@ -222,8 +226,10 @@ void load(const Setting &setting)
 
 void save(const Setting &setting)
 {
-    for (int index = setting.first; index <= setting.last; ++index)
-        saveOption(keyOf(setting, index).constData(), setting.save(index));
+    for (int index = setting.first; index <= setting.last; ++index) {
+        if (const QString value = setting.save(index); !value.isNull())
+            saveOption(keyOf(setting, index).constData(), value);
+    }
 }
 
 void saveInOrder()
@@ -242,18 +248,23 @@ void LoadAllSettings()
     const ScopedFlag loading(form<frmPreferences>().LoadingSettings);
     for (const Setting &setting : settings)
         load(setting);
+    const bool shuffles = form<frmMainViewer>().mnuSlideShowShuffleOrder->isChecked();
+    form<frmMainViewer>().mnuSlideShowShuffleMediaFile->setEnabled(shuffles);
+    form<frmMainViewer>().mnuSlideShowResetShuffleHistory->setEnabled(shuffles);
 }
 
 void SaveAllSettings()
 {
-    // Windows that never came up, or are just being filled, hold no settings: saving would put the defaults over what the
-    // user chose.
+    // Windows that never came up, or are just being filled, hold no settings: saving would put the defaults over what
+    // the user chose.
     if (!isLoaded<frmPreferences>() || !isLoaded<frmMainViewer>() || form<frmPreferences>().LoadingSettings)
         return;
     const ScopedFlag saving(globals.SavingStandardList);
     if (const Result<void> saved = registryStore().transaction(saveInOrder); !saved)
         qCWarning(settingsLog) << "settings are not saved:" << saved.reason();
+    // A store that cannot be written must not keep the list from being saved.
     form<frmMainViewer>().saveStandardList();
+    unload<frmMessage>();
 }
 
 void writeFirstStartKeys()

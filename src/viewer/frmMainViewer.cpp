@@ -14,11 +14,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDateTime>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
+#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -62,10 +64,21 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         prefetchNeighbours();
     });
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
+    // The clock of the status bar; a second's look keeps the minute right.
+    connect(&m_clock, &QTimer::timeout, this, &frmMainViewer::showDateAndTime);
+    m_clock.start(1000);
+    showDateAndTime();
     restorePlace();
 }
 
 frmMainViewer::~frmMainViewer() = default;
+
+void frmMainViewer::showDateAndTime()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    StatusBar1->setPanelText(5, locale().toString(now.date(), QLocale::ShortFormat));
+    StatusBar1->setPanelText(6, locale().toString(now.time(), QLocale::ShortFormat));
+}
 
 void frmMainViewer::makeListPane()
 {

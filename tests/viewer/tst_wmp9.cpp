@@ -1,0 +1,358 @@
+#include "support/support.h"
+#include "viewer/playercontrols.h"
+#include "viewer/wmp9.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QtTest>
+
+namespace {
+
+/// A player that writes down what it is told.
+class NotingPlayer final : public Player
+{
+public:
+    QStringList notes;
+    PlayState state = Stopped;
+    double length = 0;
+    double position = 0;
+    bool picture = true;
+    QSize asked;
+
+    void change(PlayState now)
+    {
+        state = now;
+        Q_EMIT playStateChanged(now);
+    }
+    void setUrl(const QString &path) override { note(QStringLiteral("url"), path); }
+    QString url() const override { return QString(); }
+    void play() override { note(QStringLiteral("play")); }
+    void pause() override { note(QStringLiteral("pause")); }
+    void stop() override { note(QStringLiteral("stop")); }
+    PlayState playState() const override { return state; }
+    int volume() const override { return 0; }
+    void setVolume(int volume) override { note(QStringLiteral("volume"), QString::number(volume)); }
+    bool isMuted() const override { return false; }
+    void setMuted(bool muted) override { note(QStringLiteral("muted"), QString::number(muted)); }
+    double duration() const override { return length; }
+    double currentPosition() const override { return position; }
+    void setCurrentPosition(double seconds) override
+    {
+        position = seconds;
+        note(QStringLiteral("position"), QString::number(seconds, 'f', 1));
+    }
+    QImage frame(QSize size) override
+    {
+        asked = size;
+        QImage image;
+        if (picture) {
+            image = QImage(size, QImage::Format_RGB32);
+            image.fill(Qt::red);
+        }
+        return image;
+    }
+    void setVisible(bool visible) override { note(QStringLiteral("visible"), QString::number(visible)); }
+
+private:
+    void note(const QString &what, const QString &value = QString())
+    {
+        notes.append(value.isNull() ? what : what + QLatin1Char(' ') + value);
+    }
+};
+
+}
+
+class TestWmp9 : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void aPlayerIsMadeAtTheFirstFileOnly();
+    void withoutAPlayerNothingHappens();
+    void framesFillTheRectangleAboveTheBarInDevicePixels();
+    void soundShowsANoteAndItsName();
+    void hiddenPlayersAreToldSo();
+    void theBarWorksThePlayer();
+    void theBarFollowsThePlayer();
+    void theBarLeavesTheFocusWhereItWas();
+    void everyControlOfTheBarHasAName();
+    void playTimes_data();
+    void playTimes();
+    void aFilmIsSeenAndEnds();
+
+private:
+    template <class T> T *part(const char *name) const { return m_control->findChild<T *>(QLatin1String(name)); }
+    NotingPlayer *noting();
+    QStringList notes();
+
+    TemporaryHome m_home;
+    std::unique_ptr<MediaPlayerControl> m_control;
+    NotingPlayer *m_noting = nullptr;
+};
+
+void TestWmp9::initTestCase()
+{
+    qputenv("LUMORA_MODULES", LUMORA_BIN "/lumora-modules");
+}
+
+void TestWmp9::init()
+{
+    m_control = std::make_unique<MediaPlayerControl>();
+    m_control->resize(400, 300);
+}
+
+void TestWmp9::cleanup()
+{
+    m_control.reset();
+}
+
+NotingPlayer *TestWmp9::noting()
+{
+    auto player = std::make_unique<NotingPlayer>();
+    m_noting = player.get();
+    m_control->setPlayer(std::move(player));
+    m_noting->notes.clear();
+    return m_noting;
+}
+
+QStringList TestWmp9::notes()
+{
+    return std::exchange(m_noting->notes, {});
+}
+
+void TestWmp9::aPlayerIsMadeAtTheFirstFileOnly()
+{
+    // An empty folder of modules would show in a warning if a player were asked for.
+    qputenv("LUMORA_MODULES", "/nowhere");
+    m_control->setUrl(QString());
+    m_control->stop();
+    m_control->pause();
+    m_control->setVolume(40);
+    m_control->setCurrentPosition(3);
+    qputenv("LUMORA_MODULES", LUMORA_BIN "/lumora-modules");
+    QCOMPARE(m_control->playState(), 1);
+    QCOMPARE(m_control->volume(), 40);
+    QCOMPARE(m_control->duration(), 0.0);
+
+    QSignalSpy states(m_control.get(), &MediaPlayerControl::PlayStateChange);
+    m_control->setUrl(m_home.path() + QStringLiteral("missing.wav"));
+    m_control->play();
+    QCOMPARE(m_control->playState(), 9);
+    QTRY_COMPARE(m_control->playState(), 1);
+    QCOMPARE(states.size(), 2);
+    m_control->shutDown();
+    QCOMPARE(m_control->playState(), 1);
+    m_control->play();
+    QCOMPARE(m_control->playState(), 9);
+}
+
+void TestWmp9::withoutAPlayerNothingHappens()
+{
+    qputenv("LUMORA_MODULES", "/nowhere");
+    m_control->setUrl(QStringLiteral("/a.wav"));
+    m_control->play();
+    m_control->setVolume(55);
+    qputenv("LUMORA_MODULES", LUMORA_BIN "/lumora-modules");
+    m_control->play();
+    QCOMPARE(m_control->playState(), 1);
+    QCOMPARE(m_control->url(), QStringLiteral("/a.wav"));
+    QCOMPARE(m_control->volume(), 55);
+    QVERIFY(!m_control->grab().isNull());
+}
+
+void TestWmp9::framesFillTheRectangleAboveTheBarInDevicePixels()
+{
+    noting();
+    m_control->setUrl(QStringLiteral("/film.avi"));
+    const QImage shown = m_control->grab().toImage();
+    const int bar = m_control->findChild<PlayerControls *>()->height();
+    const qreal ratio = shown.devicePixelRatio();
+    QVERIFY(bar > 15 && bar < 80);
+    QCOMPARE(m_noting->asked, (QSizeF(400, 300 - bar) * ratio).toSize());
+    QCOMPARE(shown.pixelColor(QPoint(2, 2)), QColor(Qt::red));
+    QCOMPARE(shown.pixelColor(QPointF(398, 299 - bar).toPoint() * ratio), QColor(Qt::red));
+
+    m_control->resize(100, 10);
+    QVERIFY(!m_control->grab().isNull());
+}
+
+void TestWmp9::soundShowsANoteAndItsName()
+{
+    noting()->picture = false;
+    m_control->setUrl(QStringLiteral("/music/a song.mp3"));
+    const auto colors = [&] {
+        const QImage shown = m_control->grab(QRect(0, 0, 400, 260)).toImage();
+        QSet<QRgb> found;
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                found.insert(shown.pixel(x, y));
+        return found.size();
+    };
+    QVERIFY2(colors() == 1, "black while it loads");
+    m_noting->length = 3;
+    QVERIFY(colors() > 10);
+    const QImage first = m_control->grab().toImage();
+    m_control->setUrl(QStringLiteral("/music/another.mp3"));
+    QVERIFY2(m_control->grab().toImage() != first, "the name is part of it");
+    m_noting->picture = true;
+    m_control->grab();
+    m_noting->picture = false;
+    QVERIFY2(colors() == 1, "a film that is over leaves black");
+}
+
+void TestWmp9::hiddenPlayersAreToldSo()
+{
+    noting();
+    m_control->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_control.get()));
+    QVERIFY(notes().contains(QStringLiteral("visible 1")));
+    m_control->hide();
+    QCOMPARE(notes().last(), QStringLiteral("visible 0"));
+    Q_EMIT m_noting->frameReady();
+    QCOMPARE(notes().last(), QStringLiteral("visible 0"));
+}
+
+void TestWmp9::theBarWorksThePlayer()
+{
+    noting()->length = 100;
+    m_control->setUrl(QStringLiteral("/film.avi"));
+    notes();
+    QTest::mouseClick(part<QToolButton>("playOrPause"), Qt::LeftButton);
+    QCOMPARE(notes(), QStringList{QStringLiteral("play")});
+    m_noting->change(Player::Playing);
+    QTest::mouseClick(part<QToolButton>("playOrPause"), Qt::LeftButton);
+    QTest::mouseClick(part<QToolButton>("stop"), Qt::LeftButton);
+    QCOMPARE(notes(), (QStringList{QStringLiteral("pause"), QStringLiteral("stop")}));
+
+    auto *position = part<QSlider>("position");
+    QTest::mouseClick(position, Qt::LeftButton, {}, position->rect().center());
+    QVERIFY2(std::abs(m_noting->position - 50) < 3, "a click leads to the place clicked at");
+    notes();
+    position->setValue(20000);
+    QTest::keyClick(position, Qt::Key_Right);
+    QCOMPARE(notes(), (QStringList{QStringLiteral("position 20.0"), QStringLiteral("position 25.0")}));
+
+    part<QSlider>("volume")->setValue(30);
+    QCOMPARE(m_control->volume(), 30);
+    QTest::mouseClick(part<QToolButton>("mute"), Qt::LeftButton);
+    QVERIFY(m_control->isMuted());
+    QTest::mouseClick(part<QToolButton>("mute"), Qt::LeftButton);
+    QCOMPARE(notes(), (QStringList{QStringLiteral("volume 30"), QStringLiteral("muted 1"), QStringLiteral("muted 0")}));
+}
+
+void TestWmp9::theBarFollowsThePlayer()
+{
+    noting();
+    QVERIFY(!part<QToolButton>("playOrPause")->isEnabled());
+    m_control->setUrl(QStringLiteral("/film.avi"));
+    QVERIFY(part<QToolButton>("playOrPause")->isEnabled() && !part<QSlider>("position")->isEnabled());
+    m_noting->length = 200;
+    Q_EMIT m_noting->durationChanged();
+    QCOMPARE(part<QLabel>("time")->text(), QStringLiteral("0:00 / 3:20"));
+    notes();
+    m_noting->change(Player::Playing);
+    m_noting->position = 61.9;
+    QTRY_COMPARE(part<QLabel>("time")->text(), QStringLiteral("1:01 / 3:20"));
+    QCOMPARE(part<QSlider>("position")->value(), 61900);
+    QVERIFY2(notes().isEmpty(), "following is not asking");
+    part<QSlider>("position")->setSliderDown(true);
+    m_noting->position = 90;
+    QTRY_COMPARE(part<QLabel>("time")->text(), QStringLiteral("1:30 / 3:20"));
+    QCOMPARE(part<QSlider>("position")->value(), 61900);
+    part<QSlider>("position")->setSliderDown(false);
+
+    m_noting->length = 1e300;
+    Q_EMIT m_noting->durationChanged();
+    m_control->setVolume(12);
+    QCOMPARE(part<QSlider>("volume")->value(), 12);
+    m_noting->change(Player::Stopped);
+    QVERIFY(!part<QToolButton>("stop")->isEnabled());
+    QCOMPARE(notes(), QStringList{QStringLiteral("volume 12")});
+}
+
+void TestWmp9::theBarLeavesTheFocusWhereItWas()
+{
+    QWidget window;
+    auto *layout = new QVBoxLayout(&window);
+    auto *edit = new QLineEdit(&window);
+    layout->addWidget(edit);
+    auto *control = m_control.release();
+    layout->addWidget(control);
+    m_control.reset();
+    control->setPlayer(std::make_unique<NotingPlayer>());
+    control->setUrl(QStringLiteral("/film.avi"));
+    window.resize(400, 300);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    edit->setFocus();
+    for (QWidget *each : control->findChildren<QWidget *>()) {
+        QTest::mouseClick(each, Qt::LeftButton);
+        QVERIFY2(edit->hasFocus(), qPrintable(each->objectName()));
+    }
+    QTest::keyClick(edit, Qt::Key_Tab);
+    QVERIFY(control->isAncestorOf(QApplication::focusWidget()));
+}
+
+void TestWmp9::everyControlOfTheBarHasAName()
+{
+    QSet<QString> names;
+    for (QWidget *each : m_control->findChild<PlayerControls *>()->findChildren<QWidget *>()) {
+        if (each->focusPolicy() == Qt::NoFocus)
+            continue;
+        QVERIFY2(!each->accessibleName().isEmpty() && !each->toolTip().isEmpty(), qPrintable(each->objectName()));
+        names.insert(each->accessibleName());
+    }
+    QCOMPARE(names.size(), 5);
+}
+
+void TestWmp9::playTimes_data()
+{
+    QTest::addColumn<double>("position");
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<QString>("text");
+    const auto row = [](const char *name, double position, double duration, const char *text) {
+        QTest::newRow(name) << position << duration << QString::fromLatin1(text);
+    };
+    row("nothing", 0, 0, "0:00 / 0:00");
+    row("parts of a second are cut off", 9.99, 59.999, "0:09 / 0:59");
+    row("minutes go up to an hour", 600, 3599, "10:00 / 59:59");
+    row("hours in both when one has them", 62, 3600, "0:01:02 / 1:00:00");
+    row("days are hours", 0, 360000, "0:00:00 / 100:00:00");
+    row("before the start is the start", -5, 1, "0:00 / 0:01");
+}
+
+void TestWmp9::playTimes()
+{
+    QFETCH(double, position);
+    QFETCH(double, duration);
+    QTEST(playTimeText(position, duration), "text");
+}
+
+void TestWmp9::aFilmIsSeenAndEnds()
+{
+    SKIP_WITHOUT_SAMPLES();
+    m_control->setPlayer(
+        createPlayer({{QStringLiteral("ao"), QStringLiteral("null")}, {QStringLiteral("speed"), QStringLiteral("2")}}));
+    m_control->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_control.get()));
+    QSignalSpy states(m_control.get(), &MediaPlayerControl::PlayStateChange);
+    m_control->setUrl(samplesFolder() + QStringLiteral("media/count.wmv"));
+    const auto middle = [&] { return m_control->grab().toImage().pixelColor(200, 130); };
+    QTRY_VERIFY(middle().red() > 240 && middle().green() < 10);
+    m_control->play();
+    QTRY_VERIFY(middle().green() > 240 && middle().red() < 10);
+    m_control->resize(333, 222);
+    QTRY_VERIFY(m_control->grab().toImage().pixelColor(160, 90).blue() > 240);
+    QTRY_COMPARE(m_control->playState(), 1);
+    QCOMPARE(states.last().first().toInt(), 1);
+    QCOMPARE(m_control->grab().toImage().pixelColor(160, 90), QColor(Qt::black));
+}
+
+QTEST_MAIN(TestWmp9)
+#include "tst_wmp9.moc"
