@@ -9,234 +9,272 @@
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmMessage.h"
 
+#include <QLoggingCategory>
+
 #include <algorithm>
-#include <cstring>
+#include <string_view>
 
 namespace {
+Q_LOGGING_CATEGORY(settingsLog, "lumora.settings")
 
-frmPreferences &preferences()
+/// A setting and the control that is its live value. `load` leaves the control as it is when the text cannot be read as
+/// what it should be; without a `save` the control's own handler writes the key.
+struct Setting
 {
-    return form<frmPreferences>();
-}
-
-frmMainViewer &viewer()
-{
-    return form<frmMainViewer>();
-}
-
-/// One key, bound to what holds its live value. Arrays append their index to the key.
-struct Row {
     const char *key;
-    const char *fallback;
-    QString (*live)(int index);
-    /// Takes a stored text; leaves the live value alone when the text is not what it should be.
-    void (*take)(const QString &text, int index);
-    int first = -1;
-    int last = -1;
+    const char *fallback; ///< null: what the control holds
+    void (*load)(int index, const QString &text);
+    QString (*save)(int index);
+    int first = 0;
+    int last = 0;
+    bool numbered = false; ///< the index stands behind the key
 };
 
-/// 0, 1, -1, "True" and "False", as the different writers have left them.
-std::optional<bool> storedTruth(const QString &text)
+void loadBox(QCheckBox *box, const QString &text)
 {
-    if (const auto value = number(text))
-        return *value != 0;
-    if (text.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0)
-        return true;
-    if (text.compare(QLatin1String("False"), Qt::CaseInsensitive) == 0)
-        return false;
-    return {};
+    box->setChecked(truth(text, box->isChecked()));
 }
 
-QString boxText(const QAbstractButton *box)
+void loadMark(QAction *item, const QString &text)
 {
-    return box->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
+    item->setChecked(truth(text, item->isChecked()));
 }
 
-void takeTruth(QAbstractButton *box, const QString &text)
+template <auto Member> constexpr Setting box(const char *key, const char *fallback)
 {
-    if (const auto on = storedTruth(text))
-        box->setChecked(*on);
+    return {key, fallback, [](int, const QString &text) { loadBox(form<frmPreferences>().*Member, text); },
+        [](int) { return QString::number(int((form<frmPreferences>().*Member)->isChecked())); }};
 }
 
-void takeTruth(QAction *item, const QString &text)
+template <auto Member> constexpr Setting boxes(const char *key, const char *fallback)
 {
-    if (const auto on = storedTruth(text))
-        item->setChecked(*on);
+    using Boxes = std::remove_reference_t<decltype(std::declval<frmPreferences &>().*Member)>;
+    return {key, fallback,
+        [](int index, const QString &text) { loadBox((form<frmPreferences>().*Member)[index], text); },
+        [](int index) { return QString::number(int((form<frmPreferences>().*Member)[index]->isChecked())); },
+        Boxes::first, Boxes::last, true};
 }
 
-void takeNumber(int &value, const QString &text, int lowest, int highest)
+/// Boxes that write their own key when they change.
+template <auto Member> constexpr Setting handledBox(const char *key, const char *fallback)
 {
-    const auto stored = number(text);
-    if (stored && *stored >= lowest && *stored <= highest)
-        value = *stored;
+    Setting setting = box<Member>(key, fallback);
+    setting.save = nullptr;
+    return setting;
 }
 
-template<class Options>
-QString chosenIndex(const Options &options)
+template <auto Member> constexpr Setting choice(const char *key, const char *fallback)
 {
-    for (int i = Options::first; i <= Options::last; ++i) {
-        if (options[i]->isChecked())
-            return QString::number(i);
-    }
-    return {};
+    return {key, fallback,
+        [](int, const QString &text) {
+            const auto &buttons = form<frmPreferences>().*Member;
+            const std::optional<int> index = number(text);
+            if (index && *index >= buttons.first && *index <= buttons.last)
+                buttons[*index]->setChecked(true);
+        },
+        [](int) {
+            const auto &buttons = form<frmPreferences>().*Member;
+            for (int index = buttons.first; index <= buttons.last; ++index) {
+                if (buttons[index]->isChecked())
+                    return QString::number(index);
+            }
+            return QString(); // none chosen: nothing to write
+        }};
 }
 
-template<class Options>
-void choose(const Options &options, const QString &text)
+template <auto Member> constexpr Setting mark(const char *key, const char *fallback)
 {
-    const auto index = number(text);
-    if (index && *index >= Options::first && *index <= Options::last)
-        options[*index]->setChecked(true);
+    return {key, fallback, [](int, const QString &text) { loadMark(form<frmMainViewer>().*Member, text); },
+        [](int) { return truthText((form<frmMainViewer>().*Member)->isChecked()); }};
 }
 
-void takeQuality(QLineEdit *box, const QString &text)
+constexpr Setting toolbarMarks(const char *key, const char *fallback, int index)
 {
-    const auto quality = number(text);
-    if (quality && *quality >= 1 && *quality <= 100)
-        box->setText(QString::number(*quality));
+    return {key, fallback,
+        [](int at, const QString &text) {
+            loadMark(form<frmMainViewer>().mnuSlideShowToolbarButton[std::size_t(at)], text);
+        },
+        [](int at) { return truthText(form<frmMainViewer>().mnuSlideShowToolbarButton[std::size_t(at)]->isChecked()); },
+        index, index, true};
 }
 
-#define BOX(control)                                                                                                                   \
-    [](int) { return boxText(preferences().control); }, [](const QString &text, int) { takeTruth(preferences().control, text); }
-#define BOXES(control)                                                                                                                 \
-    [](int i) { return boxText(preferences().control[i]); }, [](const QString &text, int i) { takeTruth(preferences().control[i], text); }
-#define MARK(item)                                                                                                                     \
-    [](int) { return truthText(viewer().item->isChecked()); }, [](const QString &text, int) { takeTruth(viewer().item, text); }
-#define CHOICE(control)                                                                                                                \
-    [](int) { return chosenIndex(preferences().control); }, [](const QString &text, int) { choose(preferences().control, text); }
-#define QUALITY(control)                                                                                                               \
-    [](int) { return preferences().control->text(); }, [](const QString &text, int) { takeQuality(preferences().control, text); }
-#define NUMBER(value, lowest, highest)                                                                                                 \
-    [](int) { return QString::number(globals.value); },                                                                                \
-        [](const QString &text, int) { takeNumber(globals.value, text, lowest, highest); }
-
-void takeThumbnailSize(const QString &text, int)
+template <auto Member> constexpr Setting quality(const char *key, const char *fallback)
 {
-    const auto size = number(text);
-    if (size && *size >= 60 && *size <= 200)
-        preferences().sldThumbNailSize->setValue(*size);
+    return {key, fallback,
+        [](int, const QString &text) {
+            if (const std::optional<int> value = number(text))
+                (form<frmPreferences>().*Member)->setText(QString::number(std::clamp(*value, 1, 100)));
+        },
+        [](int) { return (form<frmPreferences>().*Member)->text(); }};
 }
 
-/// Colours are one number with red in the low byte.
-void takeThumbnailColor(const QString &text, int)
+template <auto Member> constexpr Setting global(const char *key, const char *fallback)
 {
-    if (const auto color = number(text))
-        preferences().setThumbnailBackColor(QColor(*color & 255, *color >> 8 & 255, *color >> 16 & 255));
+    return {key, fallback, [](int, const QString &text) { globals.*Member = number(text).value_or(globals.*Member); },
+        [](int) { return QString::number(globals.*Member); }};
 }
 
+void loadColorMenu(int, const QString &text)
+{
+    globals.ColorMNU = number(text).value_or(globals.ColorMNU);
+    ApplyColorMenu(globals.ColorMNU);
+}
+
+void loadInterval(int, const QString &text)
+{
+    if (const std::optional<int> seconds = number(text))
+        globals.SlideShowInterval = std::clamp(*seconds, 1, 30);
+}
+
+void loadBackColor(int, const QString &text)
+{
+    if (const std::optional<int> color = number(text))
+        form<frmPreferences>().setThumbnailBackColor(colorFromNumber(*color));
+}
+
+void loadThumbnailSize(int, const QString &text)
+{
+    QSlider *slider = form<frmPreferences>().sldThumbNailSize;
+    const std::optional<int> size = number(text);
+    if (size && *size >= slider->minimum() && *size <= slider->maximum())
+        slider->setValue(*size);
+}
+
+void loadFolder(int, const QString &text)
+{
+    form<frmPreferences>().txtImageFolder->setText(text);
+}
+
+QString folder(int)
+{
+    return form<frmPreferences>().txtImageFolder->text();
+}
+
+using Pref = frmPreferences;
+using View = frmMainViewer;
+
+// In the order of loading.
 // clang-format off
-const Row rows[] = {
-    {"PrvStretch", "0", BOX(chkStretch)},
-    {"IncludeFileType", "1", BOXES(chkFileType), 1, 29},
-    {"IncludeAVFileType", "1", BOXES(chkAVFileType), 0, 9},
-    {"IncludePolyFileType", "1", BOXES(chkPolyFileType), 1, 21},
-    {"ViewMode", "0", NUMBER(ViewMode, 0, 32767)},
-    {"ColorMNU", "0", NUMBER(ColorMNU, 0, 32767)},
-    {"ThumbnailBackGroundColor", "0", nullptr, takeThumbnailColor},
-    {"ThumbnailCompressionLevel", "1", CHOICE(optThumbnailCompression)},
-    {"ThumbnailSize", "100", nullptr, takeThumbnailSize},
-    {"ThumbnailStyle", "1", BOX(chkThumbNailStyle)},
-    {"CountFileType", "1", BOX(chkCountFileTypes)},
-    {"CountFileSize", "1", BOX(chkCountFileSize)},
-    {"CountFileColorDepth", "1", BOX(chkCountFileColorDepth)},
-    {"SlideShowInterval", "5", NUMBER(SlideShowInterval, 0, 30)},
-    {"SystemTrayIcon", "0", MARK(mnuOptionsMinimizeSystemTray)},
-    {"MediaShowLoop", "0", MARK(mnuSlideShowLoopAround)},
-    {"MediaToolBar0", "-1", MARK(mnuSlideShowToolbarButton[0])},
-    {"MediaToolBar1", "0", MARK(mnuSlideShowToolbarButton[1])},
-    {"JPEGQuality", "100", QUALITY(txtJPGQuality)},
-    {"JPEG2000Quality", "100", QUALITY(txtJPG2000Quality)},
-    {"JPEGFastSave", "0", BOX(chkJPGFastSaves)},
-    {"PCDSize", "2", CHOICE(optPhotoCDSize)},
-    {"DefaultOpenFolder", "1", CHOICE(optDefaultOpenFolder)},
-    {"UserChoiceOpenFolder", nullptr,
-     [](int) { return preferences().txtImageFolder->text(); },
-     [](const QString &text, int) { preferences().txtImageFolder->setText(text); }},
-    {"DiffuseXPM", "0", BOX(chkDiffuseXPM)},
-    {"DiffuseXBM", "0", BOX(chkDiffuseXBM)},
-    {"DiffuseWBMP", "0", BOX(chkDiffuseWBMP)},
-    {"DiffusePGM", "0", BOX(chkDiffusePGM)},
-    {"DiffusePBM", "0", BOX(chkDiffusePBM)},
-    {"CacheThumbnails", "1", BOX(chkCacheThumbnails)},
-    {"OverWriteCacheThumbnails", "0", BOX(chkOverWriteThumbnails)},
-    {"SlideshowDesktopStretched", "0", MARK(mnuSlideshowDesktopStretched)},
-    {"SlideshowDesktopCentered", "0", MARK(mnuSlideshowDesktopCentered)},
-    {"SlideShowViewerOnly", "-1", MARK(mnuSlideShowViewerOnly)},
-    {"SlideShowReverse", "0", MARK(mnuSlideShowReverseOrder)},
-    {"SlideShowForward", "-1", MARK(mnuSlideShowForwardOrder)},
-    {"SlideShowShuffle", "0", MARK(mnuSlideShowShuffleOrder)},
+constexpr Setting settings[] = {
+    box<&Pref::chkStretch>("PrvStretch", "0"),
+    boxes<&Pref::chkFileType>("IncludeFileType", "1"),
+    boxes<&Pref::chkAVFileType>("IncludeAVFileType", "1"),
+    boxes<&Pref::chkPolyFileType>("IncludePolyFileType", "1"),
+    global<&Globals::ViewMode>("ViewMode", "0"),
+    {"ColorMNU", "0", loadColorMenu, global<&Globals::ColorMNU>("", "").save},
+    {"ThumbnailBackGroundColor", "0", loadBackColor, nullptr},
+    {"ThumbnailCompressionLevel", "1", choice<&Pref::optThumbnailCompression>("", "").load, nullptr},
+    {"ThumbnailSize", "100", loadThumbnailSize, nullptr},
+    handledBox<&Pref::chkThumbNailStyle>("ThumbnailStyle", "1"),
+    box<&Pref::chkCountFileTypes>("CountFileType", "1"),
+    box<&Pref::chkCountFileSize>("CountFileSize", "1"),
+    box<&Pref::chkCountFileColorDepth>("CountFileColorDepth", "1"),
+    {"SlideShowInterval", "5", loadInterval, global<&Globals::SlideShowInterval>("", "").save},
+    mark<&View::mnuOptionsMinimizeSystemTray>("SystemTrayIcon", "0"),
+    mark<&View::mnuSlideShowLoopAround>("MediaShowLoop", "0"),
+    toolbarMarks("MediaToolBar", "-1", 0),
+    toolbarMarks("MediaToolBar", "0", 1),
+    quality<&Pref::txtJPGQuality>("JPEGQuality", "100"),
+    quality<&Pref::txtJPG2000Quality>("JPEG2000Quality", "100"),
+    box<&Pref::chkJPGFastSaves>("JPEGFastSave", "0"),
+    choice<&Pref::optPhotoCDSize>("PCDSize", "2"),
+    choice<&Pref::optDefaultOpenFolder>("DefaultOpenFolder", "1"),
+    {"UserChoiceOpenFolder", nullptr, loadFolder, folder},
+    box<&Pref::chkDiffuseXPM>("DiffuseXPM", "0"),
+    box<&Pref::chkDiffuseXBM>("DiffuseXBM", "0"),
+    box<&Pref::chkDiffuseWBMP>("DiffuseWBMP", "0"),
+    box<&Pref::chkDiffusePGM>("DiffusePGM", "0"),
+    box<&Pref::chkDiffusePBM>("DiffusePBM", "0"),
+    handledBox<&Pref::chkCacheThumbnails>("CacheThumbnails", "1"),
+    handledBox<&Pref::chkOverWriteThumbnails>("OverWriteCacheThumbnails", "0"),
+    mark<&View::mnuSlideshowDesktopStretched>("SlideshowDesktopStretched", "0"),
+    mark<&View::mnuSlideshowDesktopCentered>("SlideshowDesktopCentered", "0"),
+    mark<&View::mnuSlideShowViewerOnly>("SlideShowViewerOnly", "-1"),
+    mark<&View::mnuSlideShowReverseOrder>("SlideShowReverse", "0"),
+    mark<&View::mnuSlideShowForwardOrder>("SlideShowForward", "-1"),
+    mark<&View::mnuSlideShowShuffleOrder>("SlideShowShuffle", "0"),
 };
 
-/// What a save writes, in its order. The keys of the Thumbnails page are not among them: their handlers write them.
-constexpr const char *saveOrder[] = {
-    "PrvStretch", "IncludeFileType", "IncludeAVFileType", "IncludePolyFileType", "ViewMode", "ColorMNU",
-    "CountFileType", "CountFileSize", "CountFileColorDepth", "SlideShowInterval", "SystemTrayIcon",
-    "SlideshowDesktopStretched", "SlideshowDesktopCentered", "SlideShowViewerOnly",
-    "SlideShowReverse", "SlideShowForward", "SlideShowShuffle",
-    "MediaShowLoop", "MediaToolBar0", "MediaToolBar1", "JPEGQuality", "JPEG2000Quality", "JPEGFastSave",
-    "PCDSize", "DefaultOpenFolder", "UserChoiceOpenFolder", "JPEGFastSave",
-    "DiffuseXPM", "DiffuseXBM", "DiffuseWBMP", "DiffusePGM", "DiffusePBM",
+// Saving follows an order of its own. The fast saves are written twice; both times it is the same box.
+constexpr std::string_view saveOrder[] = {
+    "PrvStretch", "IncludeFileType", "IncludeAVFileType", "IncludePolyFileType", "ViewMode", "ColorMNU", "CountFileType",
+    "CountFileSize", "CountFileColorDepth", "SlideShowInterval", "SystemTrayIcon", "SlideshowDesktopStretched",
+    "SlideshowDesktopCentered", "SlideShowViewerOnly", "SlideShowReverse", "SlideShowForward", "SlideShowShuffle",
+    "MediaShowLoop", "MediaToolBar", "JPEGQuality", "JPEG2000Quality", "JPEGFastSave", "PCDSize", "DefaultOpenFolder",
+    "UserChoiceOpenFolder", "JPEGFastSave", "DiffuseXPM", "DiffuseXBM", "DiffuseWBMP", "DiffusePGM", "DiffusePBM",
 };
 // clang-format on
 
-const Row &rowOf(const char *key)
+constexpr const char *firstStartKeys[] = {
+    "MMPositionControls", "MMShowControls", "MMShowDisplay", "MMShowTracker", "MMStatusBar", "MMAudioControls"};
+
+QByteArray keyOf(const Setting &setting, int index)
 {
-    return *std::find_if(std::begin(rows), std::end(rows), [key](const Row &row) { return std::strcmp(row.key, key) == 0; });
+    return setting.numbered ? setting.key + QByteArray::number(index) : QByteArray(setting.key);
 }
 
-template<class Visit>
-void forEachKey(const Row &row, Visit visit)
+void load(const Setting &setting)
 {
-    const QByteArray key(row.key);
-    if (row.first < 0)
-        return visit(key, 0);
-    for (int i = row.first; i <= row.last; ++i)
-        visit(key + QByteArray::number(i), i);
+    for (int index = setting.first; index <= setting.last; ++index) {
+        const QByteArray key = keyOf(setting, index);
+        if (setting.fallback)
+            setting.load(index, option(key.constData(), setting.fallback));
+        else
+            setting.load(index, option(key.constData(), qUtf8Printable(setting.save(index))));
+    }
 }
 
+void save(const Setting &setting)
+{
+    for (int index = setting.first; index <= setting.last; ++index) {
+        if (const QString value = setting.save(index); !value.isNull())
+            saveOption(keyOf(setting, index).constData(), value);
+    }
+}
+
+void saveInOrder()
+{
+    for (const std::string_view key : saveOrder) {
+        for (const Setting &setting : settings) {
+            if (setting.key == key)
+                save(setting);
+        }
+    }
+}
 }
 
 void LoadAllSettings()
 {
-    for (const Row &row : rows) {
-        forEachKey(row, [&row](const QByteArray &key, int index) {
-            const QByteArray fallback = row.fallback ? QByteArray(row.fallback) : row.live(index).toUtf8();
-            row.take(option(key.constData(), fallback.constData()), index);
-        });
-    }
-    ApplyColorMenu(globals.ColorMNU);
-    viewer().mnuSlideShowShuffleMediaFile->setEnabled(viewer().mnuSlideShowShuffleOrder->isChecked());
-    viewer().mnuSlideShowResetShuffleHistory->setEnabled(viewer().mnuSlideShowShuffleOrder->isChecked());
+    const ScopedFlag loading(form<frmPreferences>().LoadingSettings);
+    for (const Setting &setting : settings)
+        load(setting);
+    const bool shuffles = form<frmMainViewer>().mnuSlideShowShuffleOrder->isChecked();
+    form<frmMainViewer>().mnuSlideShowShuffleMediaFile->setEnabled(shuffles);
+    form<frmMainViewer>().mnuSlideShowResetShuffleHistory->setEnabled(shuffles);
 }
 
 void SaveAllSettings()
 {
+    // Windows that never came up, or are just being filled, hold no settings: saving would put the defaults over what
+    // the user chose.
+    if (!isLoaded<frmPreferences>() || !isLoaded<frmMainViewer>() || form<frmPreferences>().LoadingSettings)
+        return;
     const ScopedFlag saving(globals.SavingStandardList);
-    const auto writeKeys = [] {
-        for (const char *name : saveOrder) {
-            const Row &row = rowOf(name);
-            forEachKey(row, [&row](const QByteArray &key, int index) {
-                const QString value = row.live(index);
-                // No button of a group is chosen only when a page was never completed: nothing to say then.
-                if (!value.isNull())
-                    saveOption(key.constData(), value);
-            });
-        }
-    };
+    if (const Result<void> saved = registryStore().transaction(saveInOrder); !saved)
+        qCWarning(settingsLog) << "settings are not saved:" << saved.reason();
     // A store that cannot be written must not keep the list from being saved.
-    ignore(registryStore().transaction(writeKeys));
-    viewer().saveStandardList();
+    form<frmMainViewer>().saveStandardList();
     unload<frmMessage>();
 }
 
 void writeFirstStartKeys()
 {
-    static constexpr const char *keys[]
-        = {"MMPositionControls", "MMShowControls", "MMShowDisplay", "MMShowTracker", "MMStatusBar", "MMAudioControls"};
-    if (!option(keys[0], "").isEmpty())
+    if (!option(firstStartKeys[0], "").isEmpty())
         return;
-    ignore(registryStore().transaction([] {
-        for (const char *key : keys)
+    const Result<void> saved = registryStore().transaction([] {
+        for (const char *key : firstStartKeys)
             saveOption(key, QStringLiteral("1"));
-    }));
+    });
+    if (!saved)
+        qCWarning(settingsLog) << "the first start is not noted:" << saved.reason();
 }

@@ -1,1 +1,2 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
+lumora_test(shell/tst_frmPreferences.cpp windows)
