@@ -28,6 +28,11 @@ show_progress() {
 }
 
 build() {
+    # Somebody else's build tree, as root's is to an ordinary user: what was built there can still be started.
+    if [ -x "$program" ] && { [ ! -w "$root/build/release" ] || { [ -e "$log" ] && [ ! -w "$log" ]; }; }; then
+        say "the folder build is not writable: starting the program as it was built"
+        return
+    fi
     mkdir -p -- "$root/build"
     if [ ! -f "$root/build/release/build.ninja" ]; then
         say "configuring"

@@ -26,8 +26,13 @@ if [ "${1:-}" = "--tidy" ]; then
     files=("$@")
     [ "${#files[@]}" -gt 0 ] || mapfile -t files < <(changed_sources)
     [ "${#files[@]}" -gt 0 ] || exit 0
-    printf '%s\0' "${files[@]}" | xargs -0 -n 1 -P 2 clang-tidy -p build/dev --quiet \
-        --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-ignored-gch --extra-arg=-Wno-invalid-pch
+    # clang cannot read the compiler's precompiled headers: it gets the same headers as text, without one beside them.
+    mkdir -p build/tidy
+    while IFS= read -r -d '' header; do
+        cp -- "$header" "${header%/*}/tidy_headers.hxx"
+    done < <(find build/dev -name cmake_pch.hxx -print0)
+    sed 's#/cmake_pch\.hxx#/tidy_headers.hxx#g' build/dev/compile_commands.json > build/tidy/compile_commands.json
+    printf '%s\0' "${files[@]}" | xargs -0 -n 1 -P 2 clang-tidy -p build/tidy --quiet --extra-arg=-Wno-unknown-warning-option
     exit
 fi
 

@@ -35,7 +35,7 @@ public:
     {
         globals.ProgramExiting = true;
         for (const FormRow &row : formTable()) {
-            if (row.isLoaded())
+            if (row.isLoaded && row.isLoaded())
                 row.unload();
         }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -11,7 +11,11 @@
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "ui/yield.h"
+#include "viewer/frmFileListForm.h"
 #include "viewer/frmMainViewer.h"
+#include "viewer/frmMessage.h"
+#include "viewer/frmSelectPictureDirectoryForm.h"
+#include "viewer/frmlocatefiles.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -60,15 +64,15 @@ constexpr std::array formRows{
     notInThisBuild("frmChangeColorDepth"),
     notInThisBuild("frmConvertFileName"),
     notInThisBuild("frmConvertFileType"),
-    notInThisBuild("frmFileListForm"),
+    hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
     window<frmGradient>("frmGradient"),
     notInThisBuild("frmHistogram"),
     notInThisBuild("frmPixelonText"),
     window<frmIntroSelect>("frmIntroSelect"),
     notInThisBuild("frmListManagement"),
-    notInThisBuild("frmlocatefiles"),
-    notInThisBuild("frmMessage"),
+    window<frmlocatefiles>("frmlocatefiles"),
+    window<frmMessage>("frmMessage"),
     notInThisBuild("frmNew"),
     window<frmPreferences>("frmPreferences"),
     notInThisBuild("frmPreview"),
@@ -89,7 +93,7 @@ constexpr std::array formRows{
     window<frmZoomView>("frmZoomView"),
     notInThisBuild("frmZoomViewSupport"),
     notInThisBuild("GetNumberDialog"),
-    notInThisBuild("frmSelectPictureDirectoryForm"),
+    window<frmSelectPictureDirectoryForm>("frmSelectPictureDirectoryForm"),
     window<frmMainViewer>("frmMainViewer"),
 };
 

@@ -5,16 +5,18 @@
 #include <span>
 
 /// One row of the codec table: a decoder behind one name, with the content test that selects it.
-struct Codec {
-    const char *name;           ///< as `lumora-dev formats` prints it: "JPEG", "PNG", "Photo CD"
-    const char *extensions;     ///< lower case, blank-separated, that name this codec when the content says nothing
+struct Codec
+{
+    const char *name; ///< as `lumora-dev formats` prints it: "JPEG", "PNG", "Photo CD"
+    const char *extensions; ///< lower case, blank-separated, that name this codec when the content says nothing
     /// True when the first bytes are surely this codec's. Null for formats without a signature.
     bool (*sniff)(std::span<const uchar> head);
     Result<ImageInfo> (*probe)(const EncodedFile &file, int sizeIndex);
     Result<Picture> (*decode)(const EncodedFile &file, const DecodeHint &hint);
     /// probe() given only the start of a file gives the right numbers or fails; it never guesses.
     bool probesPrefix = false;
-    /// decode() needs nothing of the application object, which does not stand yet when the first picture starts to load.
+    /// decode() needs nothing of the application object, which does not stand yet when the first picture starts to
+    /// load.
     bool worksEarly = false;
 };
 
@@ -29,7 +31,8 @@ std::span<const Codec *const> fullCodecTable();
 QString codecModuleFailure();
 
 /// What the module's one entry, `lumoraCodecModule`, points to. A module of another version is not used.
-struct CodecModule {
+struct CodecModule
+{
     const char *version;
     std::span<const Codec *const> codecs;
 };

@@ -1,6 +1,7 @@
 #include "engine/codec.h"
 
 #include "engine/codecs/jpeg.h"
+#include "engine/codecs/oddones.h"
 #include "engine/codecs/png.h"
 #include "engine/codecs/qtformats.h"
 
@@ -13,7 +14,8 @@
 
 namespace {
 
-const Codec *const builtIn[] = {&jpegCodec, &pngCodec, &bmpCodec, &gifCodec, &icoCodec, &xbmCodec, &xpmCodec};
+const Codec *const builtIn[] = {
+    &jpegCodec, &pngCodec, &bmpCodec, &gifCodec, &icoCodec, &xbmCodec, &xpmCodec, &sfwCodec, &compuServeCodec};
 
 // Published once, when the module is in; the rows live as long as the program.
 std::atomic<const std::vector<const Codec *> *> loadedTable = nullptr;

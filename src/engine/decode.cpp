@@ -3,8 +3,8 @@
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
 #include "engine/limits.h"
-#include "platform/files.h"
 #include "platform/filepath.h"
+#include "platform/files.h"
 
 #include <algorithm>
 #include <exception>
@@ -25,8 +25,8 @@ bool ownsExtension(const Codec &codec, const QString &extension)
     return owned.contains(extension.toLatin1());
 }
 
-/// The codecs that may hold this file, best first: by content before by name alone; of several whose signature fits, the
-/// one that also owns the extension (a camera's raw file is a TIFF by its first bytes).
+/// The codecs that may hold this file, best first: by content before by name alone; of several whose signature fits,
+/// the one that also owns the extension (a camera's raw file is a TIFF by its first bytes).
 std::vector<const Codec *> candidates(const EncodedFile &file, std::span<const Codec *const> table)
 {
     const Bytes head = bytesOf(file.bytes).first(std::min(size_t(file.bytes.size()), sniffedBytes));
@@ -51,8 +51,7 @@ bool sniffs(const Codec *codec, const EncodedFile &file)
 }
 
 // Nothing that a library throws may leave the engine.
-template<class T, class Call>
-Result<T> guarded(const Codec &codec, Call call)
+template <class T, class Call> Result<T> guarded(const Codec &codec, Call call)
 {
     const auto failed = [&](const char *what) {
         return Failure{QLatin1String(codec.name) + QStringLiteral(" decoder: ") + QLatin1String(what)};
@@ -67,8 +66,7 @@ Result<T> guarded(const Codec &codec, Call call)
 }
 
 /// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
-template<class T, class Call>
-Result<T> firstSuccess(const EncodedFile &file, Call call)
+template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, Call call)
 {
     std::vector<const Codec *> tried;
     QString reasons;
@@ -128,7 +126,8 @@ Result<QByteArray> readHead(int descriptor, qsizetype count)
     return head;
 }
 
-struct Descriptor {
+struct Descriptor
+{
     int value;
     ~Descriptor() { close(value); }
 };

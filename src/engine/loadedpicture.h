@@ -5,8 +5,8 @@
 #include <memory>
 #include <mutex>
 
-/// A picture that a control holds: known in size and depth, decoded at least as large as was asked for, and able to give
-/// its full pixels later from the very bytes that were read at load time, whatever happens to the file meanwhile.
+/// A picture that a control holds: known in size and depth, decoded at least as large as was asked for, and able to
+/// give its full pixels later from the very bytes that were read at load time, whatever happens to the file meanwhile.
 ///
 /// Immutable to the outside and safe to use from any thread.
 class LoadedPicture
@@ -35,8 +35,8 @@ public:
 private:
     ImageInfo m_info;
     int m_sizeIndex = -1;
-    mutable std::mutex m_decoding;      ///< held during a decode; taken before m_mutex
-    mutable std::mutex m_mutex;         ///< guards what follows, for moments only
-    mutable EncodedFile m_file;         ///< empty once the pixels are complete
+    mutable std::mutex m_decoding; ///< held during a decode; taken before m_mutex
+    mutable std::mutex m_mutex; ///< guards what follows, for moments only
+    mutable EncodedFile m_file; ///< empty once the pixels are complete
     mutable Picture m_picture;
 };

@@ -12,7 +12,8 @@ namespace {
 constexpr size_t hugePage = 2 * 1024 * 1024;
 constexpr size_t smallBuffer = 2 * hugePage;
 
-struct Mapping {
+struct Mapping
+{
     void *start;
     size_t length;
 };
@@ -52,12 +53,22 @@ Picture Picture::fromImage(const QImage &image)
     picture.pixels = image;
     picture.info.size = image.size();
     switch (image.format()) {
-    case QImage::Format_Mono: picture.info.bitsPerPixel = 1; break;
+    case QImage::Format_Mono:
+        picture.info.bitsPerPixel = 1;
+        break;
     case QImage::Format_Indexed8:
-    case QImage::Format_Grayscale8: picture.info.bitsPerPixel = 8; break;
-    case QImage::Format_ARGB32: picture.info.bitsPerPixel = 32; break;
-    case QImage::Format_RGBA64: picture.info.bitsPerPixel = 64; break;
-    case QImage::Format_RGB32: picture.info.bitsPerPixel = 24; break;
+    case QImage::Format_Grayscale8:
+        picture.info.bitsPerPixel = 8;
+        break;
+    case QImage::Format_ARGB32:
+        picture.info.bitsPerPixel = 32;
+        break;
+    case QImage::Format_RGBA64:
+        picture.info.bitsPerPixel = 64;
+        break;
+    case QImage::Format_RGB32:
+        picture.info.bitsPerPixel = 24;
+        break;
     default:
         picture.pixels = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
         picture.info.bitsPerPixel = image.hasAlphaChannel() ? 32 : 24;
@@ -70,7 +81,8 @@ bool hasTransparency(const Picture &picture)
     const QImage &image = picture.pixels;
     switch (image.format()) {
     case QImage::Format_Mono:
-    case QImage::Format_Indexed8: return indexedPixelShowsGround(image);
+    case QImage::Format_Indexed8:
+        return indexedPixelShowsGround(image);
     case QImage::Format_ARGB32:
         for (int y = 0; y < image.height(); ++y) {
             const QRgb *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
@@ -85,7 +97,8 @@ bool hasTransparency(const Picture &picture)
                 return true;
         }
         return false;
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -101,7 +114,8 @@ QImage allocateImage(QSize size, QImage::Format format)
 
     // A mapping of its own, cut to whole huge pages at its start: what malloc gives begins 16 bytes into a page.
     const size_t asked = (bytes + 2 * hugePage - 1) / hugePage * hugePage;
-    void *const start = mmap(nullptr, asked, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void *const start =
+        mmap(nullptr, asked, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (start == MAP_FAILED)
         return {};
     const size_t skipped = (hugePage - reinterpret_cast<quintptr>(start) % hugePage) % hugePage;

@@ -19,7 +19,8 @@ using Loaded = std::shared_ptr<const LoadedPicture>;
 using Answer = Result<Loaded>;
 
 /// What names a picture: a file in a state, and for a Photo CD which of its sizes.
-struct Key {
+struct Key
+{
     FileStamp file;
     int sizeIndex;
     bool operator==(const Key &) const = default;
@@ -38,21 +39,24 @@ bool answersFor(const Loaded &picture, int loadedWith, int wanted)
     return picture->info().codec != "Photo CD" || loadedWith == wanted;
 }
 
-struct Entry {
+struct Entry
+{
     Key key;
     int sizeIndex;
     Loaded picture;
 };
 
 /// A decode under way. An empty answer: given up, do it yourself.
-struct Flight {
+struct Flight
+{
     Key key;
     int sizeIndex;
     std::promise<std::optional<Answer>> promise;
     std::shared_future<std::optional<Answer>> future = promise.get_future().share();
 };
 
-struct Waiting {
+struct Waiting
+{
     QString path;
     int sizeIndex;
     QSize target;
@@ -61,14 +65,15 @@ struct Waiting {
 }
 
 /// Shared with the threads, so that one that is still decoding when the program lets go of the cache ends in peace.
-struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Private> {
+struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Private>
+{
     mutable std::mutex mutex;
     std::condition_variable_any workCame;
-    std::list<Entry> entries;       ///< the last used first
+    std::list<Entry> entries; ///< the last used first
     std::vector<std::shared_ptr<Flight>> flights;
     std::deque<Waiting> queue;
     std::vector<std::jthread> workers;
-    quint64 generation = 0;         ///< counts the calls of shutDown; what began before one is not kept
+    quint64 generation = 0; ///< counts the calls of shutDown; what began before one is not kept
 
     Loaded find(const Key &key, int sizeIndex);
     std::shared_ptr<Flight> flightOf(const Key &key) const;
@@ -76,7 +81,8 @@ struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Privat
     void trim();
     qint64 held() const;
     Answer decodeNow(const std::shared_ptr<Flight> &flight, const QString &path, QSize target);
-    void land(const std::shared_ptr<Flight> &flight, quint64 startedIn, const QString &path, std::optional<Answer> answer);
+    void land(
+        const std::shared_ptr<Flight> &flight, quint64 startedIn, const QString &path, std::optional<Answer> answer);
     std::shared_ptr<Flight> takeOff(const Key &key, int sizeIndex);
     void work(const std::stop_token &stop);
     void decodeAhead(const Waiting &next);
@@ -85,9 +91,8 @@ struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Privat
 
 Loaded PictureCache::Private::find(const Key &key, int sizeIndex)
 {
-    const auto hit = std::find_if(entries.begin(), entries.end(), [&](const Entry &entry) {
-        return entry.key == key && answersFor(entry.picture, entry.sizeIndex, sizeIndex);
-    });
+    const auto hit = std::find_if(entries.begin(), entries.end(),
+        [&](const Entry &entry) { return entry.key == key && answersFor(entry.picture, entry.sizeIndex, sizeIndex); });
     if (hit == entries.end())
         return {};
     entries.splice(entries.begin(), entries, hit);
@@ -138,8 +143,8 @@ std::shared_ptr<Flight> PictureCache::Private::takeOff(const Key &key, int sizeI
     return flight;
 }
 
-void PictureCache::Private::land(const std::shared_ptr<Flight> &flight, quint64 startedIn, const QString &path,
-                                 std::optional<Answer> answer)
+void PictureCache::Private::land(
+    const std::shared_ptr<Flight> &flight, quint64 startedIn, const QString &path, std::optional<Answer> answer)
 {
     // A file that changed while it was read is answered for, but not remembered.
     const bool unchanged = answer && *answer && fileStamp(path) == flight->key.file;

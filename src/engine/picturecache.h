@@ -6,8 +6,8 @@
 
 /// Decoded pictures by file, kept within limits::cacheBudget(), and a few threads that decode ahead.
 ///
-/// An entry belongs to a file as it was: device, inode, size and time of change take part in the key, so a changed file is
-/// decoded anew. What a caller sees is as if each picture had been decoded at the moment of the call.
+/// An entry belongs to a file as it was: device, inode, size and time of change take part in the key, so a changed file
+/// is decoded anew. What a caller sees is as if each picture had been decoded at the moment of the call.
 class PictureCache
 {
 public:

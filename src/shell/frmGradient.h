@@ -14,10 +14,10 @@ class frmGradient : public FormDialog
 public:
     explicit frmGradient(QWidget *parent = nullptr);
 
-    CONTROL(sldRed1, QScrollBar);       ///< start colour
+    CONTROL(sldRed1, QScrollBar); ///< start colour
     CONTROL(sldGreen1, QScrollBar);
     CONTROL(sldBlue1, QScrollBar);
-    CONTROL(sldRed2, QScrollBar);       ///< end colour
+    CONTROL(sldRed2, QScrollBar); ///< end colour
     CONTROL(sldGreen2, QScrollBar);
     CONTROL(sldBlue2, QScrollBar);
     CONTROL(Picture1, QLabel);

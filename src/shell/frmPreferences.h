@@ -12,8 +12,10 @@
 #include <QSpinBox>
 #include <QTabWidget>
 
-/// The window of options. It stays loaded for the life of the program: a control's state is the live value of its option,
-/// and each change is written at once by the control's own handler.
+#include <initializer_list>
+
+/// The window of options. It stays loaded for the life of the program: a control's state is the live value of its
+/// option, and each change is written at once by the control's own handler.
 class frmPreferences : public FormDialog
 {
     Q_OBJECT
@@ -76,6 +78,8 @@ public:
     CONTROL(cmdOK, QPushButton);
 
     bool AssociationsChanged = false;
+    /// Up while the settings are moved into the controls: handlers show what changed and write nothing.
+    bool LoadingSettings = false;
 
     /// The back colour of lblThumbnailBackgroundColor.
     QColor thumbnailBackColor() const;
@@ -86,8 +90,46 @@ public:
     void Form_QueryUnload(bool &cancel) override;
 
     void cmdOK_Click();
+    void cmdBrowse_Click();
+    void lblThumbnailBackgroundColor_Click();
+    /// Shows the size and builds the sample from the picture that `Picture1` of the support window holds.
+    void sldThumbNailSize_Change();
+    void cmdClearAllTypes_Click();
+    void optDefaultOpenFolder_Click();
+    /// Puts a quality field that was left with no number of its range back into it.
+    void txtJPGQuality_LostFocus();
+    void txtJPG2000Quality_LostFocus();
+
+    /// Escape behaves as cmdOK.
+    void reject() override { cmdOK_Click(); }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void makeTabs();
+    QWidget *makeThumbnailPage();
+    QWidget *makeQualityPage();
+    QWidget *makeFileTypesPage();
+    QWidget *makeSummaryPage();
+    QWidget *makeFolderPage();
+    QWidget *makeTypeButtons();
+    void connectHandlers();
+    void connectTypeButtons();
+    void connectQuality(QLineEdit *text, QSpinBox *spin);
+    void writeBox(QCheckBox *box, const char *key);
+    void writeOption(const char *key, const QString &value);
+    void setTypes(std::initializer_list<int> fileTypes, std::initializer_list<int> polyFileTypes);
+    void showStoredFolder();
     QColor m_thumbnailBackColor = Qt::black;
 };
+
+/// A sample thumbnail: the source within a square of `size` pixels, on the back colour, in a raised frame when `style`.
+QImage sampleThumbnail(const QImage &source, int size, bool style, const QColor &back);
+
+/// The number at the beginning of a text, as a field is read: 0 when there is none.
+double leadingNumber(const QString &text);
+
+/// A colour as the settings keep it: one number with red in the low byte.
+int colorNumber(const QColor &color);
+QColor colorFromNumber(int number);

@@ -21,6 +21,9 @@ public:
     /// The window goes.
     virtual void Form_Unload() {}
 
+    /// It has gone and waits only for the event loop to take it away: another instance stands for its class by then.
+    bool isUnloaded() const { return m_unloaded; }
+
 protected:
     /// Turns Qt's events into the four; called by the windows' event().
     void formEvent(QWidget *window, QEvent *event);
@@ -73,7 +76,7 @@ template<class T>
 T &form()
 {
     QPointer<T> &slot = forms::slot<T>();
-    if (!slot) {
+    if (!slot || slot->isUnloaded()) {
         slot = new T;
         slot->setObjectName(QString::fromLatin1(T::staticMetaObject.className()));
         slot->Form_Load();
@@ -84,7 +87,7 @@ T &form()
 template<class T>
 bool isLoaded()
 {
-    return !forms::slot<T>().isNull();
+    return forms::slot<T>() && !forms::slot<T>()->isUnloaded();
 }
 
 /// Unloads a window when it is there; a window that never was is not made for it. False when it wants to stay.

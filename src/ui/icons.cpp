@@ -11,12 +11,15 @@
 
 #include <mutex>
 
-// Outside any namespace, as the macro asks: the drawings stand in a static library, whose resources nobody else pulls
-// in.
-static void registerDrawings()
+// Outside any namespace, as the macro asks: the resources (drawings, tips, help) stand in a static library, where
+// nothing else pulls them in.
+static void registerResources()
 {
     static std::once_flag once;
-    std::call_once(once, [] { Q_INIT_RESOURCE(icons); });
+    std::call_once(once, [] {
+        Q_INIT_RESOURCE(icons);
+        Q_INIT_RESOURCE(lumora);
+    });
 }
 
 namespace {
@@ -26,7 +29,7 @@ constexpr char ownPrefix[] = "lumora";
 
 QByteArray drawingBytes(const QString &file)
 {
-    registerDrawings();
+    registerResources();
     QFile drawing(file);
     return drawing.open(QIODevice::ReadOnly) ? drawing.readAll() : QByteArray();
 }
@@ -55,7 +58,7 @@ QByteArray fallbackThemeDrawing(const QString &name)
     for (const QString &folder : folders) {
         for (const char *group : groups) {
             for (const int size : {22, 24, 32, 16}) {
-                const QByteArray bytes = drawingBytes(
+                QByteArray bytes = drawingBytes(
                     QStringLiteral("%1/%2/%3/%4.svg").arg(folder, QLatin1String(group)).arg(size).arg(name));
                 if (!bytes.isEmpty())
                     return bytes;
@@ -72,7 +75,7 @@ QByteArray shortenedOwnDrawing(QString name)
         name.truncate(dash);
         if (name == QLatin1String(ownPrefix))
             break;
-        const QByteArray bytes = ownDrawing(name);
+        QByteArray bytes = ownDrawing(name);
         if (!bytes.isEmpty())
             return bytes;
     }
@@ -206,7 +209,7 @@ QIcon themedIcon(const QString &name)
 
 QIcon fileTypeIcon(const QString &code)
 {
-    registerDrawings();
+    registerResources();
     const QString file = QStringLiteral(":/lumora/icons/types/%1.svg").arg(code);
     return !code.contains(QLatin1Char('/')) && QFile::exists(file)
         ? QIcon(new LazyIconEngine(QStringLiteral("type/") + code, file))
@@ -215,6 +218,6 @@ QIcon fileTypeIcon(const QString &code)
 
 void installIconThemes()
 {
-    registerDrawings();
+    registerResources();
     QGuiApplication::setWindowIcon(themedIcon(QLatin1String(ownPrefix)));
 }

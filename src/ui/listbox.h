@@ -56,6 +56,11 @@ public:
     void selectOnly(int index);
     QList<int> selectedIndices() const; ///< ascending
 
+    /// While many entries come in portions with events in between, the rows are laid out again only each time the list
+    /// has doubled, not for each portion. Undone by holdLayout(false).
+    void holdLayout(bool hold);
+    void doItemsLayout() override;
+
     /// Width of the widest entry in pixels decides how far the list scrolls sideways.
     void setHorizontalExtent(int pixels);
     int horizontalExtent() const;

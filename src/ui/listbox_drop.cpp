@@ -1,4 +1,4 @@
-#include "ui/listbox_model.h"
+#include "ui/listbox_private.h"
 
 #include "platform/filepath.h"
 

@@ -41,9 +41,11 @@ bool FolderTree::setPath(const QString &folder)
         index = m_folders->indexOf(folder);
         if (!index.isValid())
             return false;
+        // Where the user pointed the view stays; a jump shows what lies around.
+        const bool isJump = index != currentIndex();
         setCurrentIndex(index);
         expand(index);
-        scrollTo(index);
+        scrollTo(index, isJump ? PositionAtCenter : EnsureVisible);
     }
     const QString before = std::exchange(m_path, m_folders->path(index));
     if (before != m_path)

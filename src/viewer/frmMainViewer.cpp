@@ -14,9 +14,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDateTime>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
+#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -60,10 +64,21 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         prefetchNeighbours();
     });
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
+    // The clock of the status bar; a second's look keeps the minute right.
+    connect(&m_clock, &QTimer::timeout, this, &frmMainViewer::showDateAndTime);
+    m_clock.start(1000);
+    showDateAndTime();
     restorePlace();
 }
 
 frmMainViewer::~frmMainViewer() = default;
+
+void frmMainViewer::showDateAndTime()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    StatusBar1->setPanelText(5, locale().toString(now.date(), QLocale::ShortFormat));
+    StatusBar1->setPanelText(6, locale().toString(now.time(), QLocale::ShortFormat));
+}
 
 void frmMainViewer::makeListPane()
 {
@@ -168,6 +183,34 @@ bool frmMainViewer::eventFilter(QObject *watched, QEvent *event)
     if (watched == Picture1 && event->type() == QEvent::Resize)
         Picture1_Resize();
     return FormMainWindow::eventFilter(watched, event);
+}
+
+void frmMainViewer::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void frmMainViewer::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        const QString path = pathFromFileUri(QString::fromLatin1(url.toEncoded()));
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    event->acceptProposedAction();
+    addDroppedFiles(paths);
+}
+
+void frmMainViewer::mnuPictureNext_Click()
+{
+    NextListItem();
+}
+
+void frmMainViewer::mnuPicturePrevious_Click()
+{
+    PreviousListItem();
 }
 
 void frmMainViewer::mnuFileExit_Click()

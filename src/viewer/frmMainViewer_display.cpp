@@ -15,11 +15,38 @@
 #include "viewer/statustext.h"
 
 #include <cmath>
+#include <utility>
 
 void frmMainViewer::ShowSelectedDisplayItem()
 {
-    if (globals.ItemSelectionBusy)
+    if (!globals.ItemSelectionBusy)
+        showSelected(Show::DisplayItem);
+}
+
+void frmMainViewer::ShowSelectedSelectionItem()
+{
+    if (!globals.ItemSelectionBusy)
+        showSelected(Show::SelectionItem);
+}
+
+void frmMainViewer::showSelected(Show what)
+{
+    m_showNext = what;
+    ++m_displayTicket;
+    if (m_displaying)
         return;
+    const ScopedFlag displaying(m_displaying);
+    while (m_showNext != Show::Nothing && !globals.ProgramExiting) {
+        const Show now = std::exchange(m_showNext, Show::Nothing);
+        if (now == Show::DisplayItem)
+            showDisplayItemNow();
+        else
+            showSelectionItemNow();
+    }
+}
+
+void frmMainViewer::showDisplayItemNow()
+{
     if (!lstDisplay->isSelected(lstDisplay->listIndex())) {
         UpdateListScrollWidth(lstDisplay);
         return;
@@ -28,7 +55,6 @@ void frmMainViewer::ShowSelectedDisplayItem()
     CurrentPicture->setText(QString::number(globals.CurrentListIndex));
     const QString path = lstDisplay->text();
     const bool motion = GetMediaKind(path) == kindMotion;
-    const int ticket = ++m_displayTicket;
     const bool exists = FileExists(path);
     if (exists && !motion) {
         tmrShowPlayTime.stop();
@@ -46,8 +72,8 @@ void frmMainViewer::ShowSelectedDisplayItem()
         Image1->setPicture(nullptr);
         PlayMotionItem(path, 0);
     }
-    // A click inside one of the yields has put another item on show: it has said all there is to say.
-    if (m_displayTicket != ticket && lstDisplay->text() != path)
+    // A click inside one of the yields wants another item on show.
+    if (m_showNext != Show::Nothing || globals.ProgramExiting || lstDisplay->text() != path)
         return;
     CurrentPicture->setText(QString::number(globals.CurrentListIndex));
     if (exists)
@@ -57,10 +83,8 @@ void frmMainViewer::ShowSelectedDisplayItem()
     UpdateMenuAndToolbarState();
 }
 
-void frmMainViewer::ShowSelectedSelectionItem()
+void frmMainViewer::showSelectionItemNow()
 {
-    if (globals.ItemSelectionBusy)
-        return;
     if (!lstSelect->isSelected(lstSelect->listIndex())) {
         UpdateListScrollWidth(lstSelect);
         return;
@@ -73,7 +97,6 @@ void frmMainViewer::ShowSelectedSelectionItem()
     const QString path = lstSelect->text();
     const bool motion = GetMediaKind(path) == kindMotion;
     const bool exists = FileExists(path);
-    const int ticket = ++m_displayTicket;
     if (exists && !motion) {
         tmrShowPlayTime.stop();
         if (globals.MediaPlayerVersion == 9.0f && (wmp9->isVisible() || !wmp9->url().isEmpty())) {
@@ -88,7 +111,7 @@ void frmMainViewer::ShowSelectedSelectionItem()
         Image1->setPicture(nullptr);
         PlayMotionItem(path, 0);
     }
-    if (m_displayTicket != ticket && lstSelect->text() != path)
+    if (m_showNext != Show::Nothing || globals.ProgramExiting || lstSelect->text() != path)
         return;
     if (exists)
         ShowStatusBarText(path, !motion);
@@ -104,7 +127,8 @@ void frmMainViewer::ShowPictureItem(const QString &path)
         lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
         const double zoom = GetZoomFactor();
         ShowPictureInViewer(path, false, zoom);
-        ShowStatusBarText(path, true);
+        if (m_showNext == Show::Nothing && !globals.ProgramExiting)
+            ShowStatusBarText(path, true);
     } else {
         ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
     }
@@ -197,7 +221,25 @@ void frmMainViewer::zoomdec_Click()
 
 void frmMainViewer::ShowPictureInViewer(const QString &path, bool alreadyDecoded, double zoom)
 {
-    const int ticket = ++m_displayTicket;
+    // A new size or zoom belongs to the picture that is on its way, and must not leave its decode out.
+    if (m_showing && alreadyDecoded)
+        m_pictureNext.zoom = zoom;
+    else
+        m_pictureNext = {path, alreadyDecoded, zoom};
+    m_pictureWaits = true;
+    ++m_displayTicket;
+    if (m_showing)
+        return;
+    const ScopedFlag showing(m_showing);
+    while (std::exchange(m_pictureWaits, false) && !globals.ProgramExiting) {
+        const auto wanted = m_pictureNext;
+        showPictureNow(wanted.path, wanted.alreadyDecoded, wanted.zoom);
+    }
+}
+
+void frmMainViewer::showPictureNow(const QString &path, bool alreadyDecoded, double zoom)
+{
+    const int ticket = m_displayTicket;
     if (m_itemBeforeWheel != 0) {
         leaveFreeZoom();
         zoom = GetZoomFactor();

@@ -15,6 +15,8 @@
 #include <QScreen>
 #include <QTabBar>
 
+#include <utility>
+
 namespace {
 
 constexpr int margin = 4;
@@ -25,9 +27,18 @@ constexpr QSize smallestSize(pixelsFromTwips(9500), pixelsFromTwips(6400));
 
 void frmMainViewer::Form_Resize()
 {
-    if (isMinimized() || m_layingOut)
+    m_layOutAgain = true;
+    if (m_layingOut)
         return;
     const ScopedFlag layingOut(m_layingOut);
+    while (std::exchange(m_layOutAgain, false) && !globals.ProgramExiting)
+        layOutNow();
+}
+
+void frmMainViewer::layOutNow()
+{
+    if (isMinimized())
+        return;
     // A maximised window below the minimum is made normal, sized, and maximised again.
     if (width() < smallestSize.width() || height() < smallestSize.height()) {
         const bool maximised = isMaximized();

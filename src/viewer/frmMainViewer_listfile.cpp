@@ -92,6 +92,7 @@ bool frmMainViewer::addListEntries(const QStringList &entries, bool standard)
     const bool tells = standard && globals.ListFileCount >= entriesPerYield;
     if (tells)
         form<frmMessage>().showOver(this, tr("Loading Media File List\nthis may take a few seconds"));
+    lstDisplay->holdLayout(true);
     bool mine = true;
     for (qsizetype at = 0; at < entries.size() && mine; at += entriesPerYield) {
         const QStringList some = entries.mid(at, entriesPerYield);
@@ -104,6 +105,7 @@ bool frmMainViewer::addListEntries(const QStringList &entries, bool standard)
         Yield();
         mine = ticket == m_listTicket && lstDisplay->count() == at + some.size() && !globals.ProgramExiting;
     }
+    lstDisplay->holdLayout(false);
     if (tells)
         unload<frmMessage>();
     return mine;

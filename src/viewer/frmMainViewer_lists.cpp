@@ -7,6 +7,8 @@
 #include "ui/yield.h"
 #include "viewer/foldersearch.h"
 
+#include <utility>
+
 // Every yield may deliver a click or a command. Bulk work holds ItemSelectionBusy: clicks display nothing then, and the
 // commands that move entries do not start a second time. Emptying the DisplayList is always possible; what goes on
 // after a yield therefore looks at the lists afresh.
@@ -281,41 +283,49 @@ void frmMainViewer::UpdateListScrollWidth(ListBox *list)
 
 void frmMainViewer::NextListItem()
 {
-    if (lstDisplay->isEmpty())
-        return;
-    int previous = globals.CurrentListIndex - 1;
-    if (++globals.CurrentListIndex > counter(lblCount)) {
-        if (!mnuSlideShowLoopAround->isChecked()) {
-            stopRunningShow(*this);
-            globals.ShowStopRequested = true;
-            return;
-        }
-        globals.CurrentListIndex = 1;
-        previous = lstDisplay->count() - 1;
-    }
-    lstDisplay->setSelected(previous, false);
-    Yield();
-    lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
-    Yield();
+    step(+1);
 }
 
 void frmMainViewer::PreviousListItem()
 {
+    step(-1);
+}
+
+/// A held key brings steps faster than pictures decode: one step waits at the most, and none runs inside another.
+void frmMainViewer::step(int direction)
+{
+    m_stepWaits = direction;
+    if (m_stepping)
+        return;
+    const ScopedFlag stepping(m_stepping);
+    while (m_stepWaits != 0 && !globals.ProgramExiting)
+        stepOnce(std::exchange(m_stepWaits, 0));
+}
+
+void frmMainViewer::stepOnce(int direction)
+{
     if (lstDisplay->isEmpty())
         return;
+    const int count = counter(lblCount);
     int previous = globals.CurrentListIndex - 1;
-    if (--globals.CurrentListIndex < 1) {
+    globals.CurrentListIndex += direction;
+    if (globals.CurrentListIndex > count || globals.CurrentListIndex < 1) {
         if (!mnuSlideShowLoopAround->isChecked()) {
+            // One past the end, however often it is asked for: one step back is the last entry again.
+            globals.CurrentListIndex = qBound(0, globals.CurrentListIndex, count + 1);
             stopRunningShow(*this);
             globals.ShowStopRequested = true;
             return;
         }
-        globals.CurrentListIndex = counter(lblCount);
-        previous = 0;
+        globals.CurrentListIndex = direction > 0 ? 1 : count;
+        previous = direction > 0 ? lstDisplay->count() - 1 : 0;
     }
+    const int wanted = globals.CurrentListIndex;
     lstDisplay->setSelected(previous, false);
     Yield();
-    lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
+    if (globals.CurrentListIndex != wanted)
+        return;
+    lstDisplay->setSelected(wanted - 1, true);
     Yield();
 }
 

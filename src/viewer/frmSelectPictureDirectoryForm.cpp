@@ -56,17 +56,21 @@ void frmSelectPictureDirectoryForm::Form_Activate()
     if (!m_started) {
         m_started = true;
         openStartFolder();
+        if (!self)
+            return;
     }
     Dir1->refresh();
     BuildFilePatterns();
     Yield();
 }
 
-void frmSelectPictureDirectoryForm::Form_QueryUnload(bool &)
+void frmSelectPictureDirectoryForm::Form_QueryUnload(bool &cancel)
 {
-    // Closed while it waits for an answer, the dialog answers like Cancel; released after OK it keeps the answer.
-    if (isVisible())
-        globals.ChosenFolder.clear();
+    // Closed while it waits for an answer it answers like Cancel; whoever asked releases it.
+    if (!isVisible())
+        return;
+    cmdCancel_Click();
+    cancel = !globals.ProgramExiting;
 }
 
 void frmSelectPictureDirectoryForm::fillDrives()
@@ -115,11 +119,20 @@ void frmSelectPictureDirectoryForm::openStartFolder()
     }
     const WindowsSystemFolders folders;
     for (const QString &folder : {start, folders.desktop(), QStringLiteral("/")}) {
-        if (!folder.isEmpty() && Dir1->setPath(folder)) {
-            setDriveOf(folder);
+        if (!folder.isEmpty() && openFolder(folder))
             return;
-        }
     }
+}
+
+/// A change of the folder lets events in, and with them the end of the program: the window may be gone behind it.
+bool frmSelectPictureDirectoryForm::openFolder(const QString &folder)
+{
+    const QPointer<frmSelectPictureDirectoryForm> self(this);
+    if (!Dir1->setPath(folder))
+        return false;
+    if (self)
+        setDriveOf(folder);
+    return true;
 }
 
 QString frmSelectPictureDirectoryForm::jumpFolder(int index)
@@ -140,10 +153,10 @@ QString frmSelectPictureDirectoryForm::jumpFolder(int index)
 void frmSelectPictureDirectoryForm::Drive1_Change()
 {
     const QString volume = Drive1->currentData().toString();
-    if (!volume.isEmpty() && Dir1->setPath(volume)) {
-        m_drive = Drive1->currentIndex();
+    const int before = std::exchange(m_drive, Drive1->currentIndex());
+    if (!volume.isEmpty() && Dir1->setPath(volume))
         return;
-    }
+    m_drive = before;
     // Not ready: the drive before stays.
     const QSignalBlocker quiet(Drive1);
     Drive1->setCurrentIndex(m_drive);
@@ -158,9 +171,7 @@ void frmSelectPictureDirectoryForm::Dir1_Change()
 
 void frmSelectPictureDirectoryForm::cmdFolder_Click(int index)
 {
-    const QString folder = jumpFolder(index);
-    if (Dir1->setPath(folder))
-        setDriveOf(folder);
+    ignore(openFolder(jumpFolder(index)));
 }
 
 void frmSelectPictureDirectoryForm::lblSearchSubFolders_Click()
@@ -183,7 +194,10 @@ void frmSelectPictureDirectoryForm::cmdSelectFileTypes_Click()
 
 void frmSelectPictureDirectoryForm::cmdOK_Click()
 {
+    const QPointer<frmSelectPictureDirectoryForm> self(this);
     Dir1->takeHighlighted();
+    if (!self)
+        return;
     globals.ChosenFolder = folderWithSeparator(Dir1->path());
     saveOption("LastVisitedFolder", globals.ChosenFolder);
     hide();

@@ -72,6 +72,7 @@ private:
     void fillDrives();
     void setDriveOf(const QString &folder);
     void openStartFolder();
+    bool openFolder(const QString &folder);
     void clearPreview();
     void showPreview(const FilePreview &preview);
 

@@ -134,6 +134,7 @@ QWidget *frmSelectPictureDirectoryForm::makePreview()
     imgThumbnail->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     lblFileName->setWordWrap(true);
     lblFileName->setTextFormat(Qt::PlainText);
+    lblFileName->setAccessibleName(tr("Name of the file"));
     lblFileName->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     const std::pair<QString, QLabel *> rows[] = {

@@ -196,14 +196,19 @@ void tst_commands::commandsWaitWhileAModalWindowIsOpen()
 {
     auto &viewer = shownViewer();
     give({picture("a.png")});
-    QDialog box;
     int before = -1;
-    QTimer::singleShot(0, &box, [&] {
-        viewer.Timer1_Timer();
-        before = viewer.lstDisplay->count();
-        box.reject();
+    // Inside exec(), as in the program: a modal window of its own would not run after the end of the test before.
+    QTimer::singleShot(0, &viewer, [&] {
+        QDialog box;
+        QTimer::singleShot(0, &box, [&] {
+            viewer.Timer1_Timer();
+            before = viewer.lstDisplay->count();
+            box.reject();
+        });
+        box.exec();
+        QCoreApplication::exit();
     });
-    box.exec();
+    QCoreApplication::exec();
     QCOMPARE(before, 0);
     QTRY_COMPARE(viewer.lstDisplay->count(), 1);
 }

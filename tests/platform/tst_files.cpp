@@ -107,6 +107,7 @@ void tst_files::foreignByteNamesAreFilesLikeAnyOther()
     const Result<FolderListing> listing = listFolder(m_folder->path());
     QVERIFY(listing);
     QCOMPARE(listing->files, QStringList(FileNameOfPath(name)));
+    QCOMPARE(::unlink(pathToBytes(name).constData()), 0); // the temporary folder cannot remove such a name itself
 }
 
 void tst_files::aPipeIsRefusedAtOnceAndNotTouched()

@@ -23,7 +23,8 @@ constexpr int patience = 20'000; ///< milliseconds
 class Run
 {
 public:
-    explicit Run(const QStringList &arguments, const QMap<QString, QString> &environment = {})
+    explicit Run(const QStringList &arguments, const QMap<QString, QString> &environment = {},
+        const QString &command = program)
     {
         QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
         own.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
@@ -32,7 +33,7 @@ public:
         for (auto row = environment.begin(); row != environment.end(); ++row)
             own.insert(row.key(), row.value());
         m_process.setProcessEnvironment(own);
-        m_process.start(program, arguments);
+        m_process.start(command, arguments);
     }
     ~Run()
     {
@@ -280,17 +281,10 @@ void tst_start_and_end::nameOfForeignBytesArrives()
     const QString folder = m_home->path() + QStringLiteral("foreign/");
     QVERIFY(QDir().mkpath(folder));
     const QString list = userList({QStringLiteral("/a.jpg")});
-    QProcess shell;
-    shell.setWorkingDirectory(folder);
-    shell.start(QStringLiteral("sh"),
-        {QStringLiteral("-c"), QStringLiteral("name=$(printf 'caf\\351.lsl'); cp \"$1\" \"$name\"; exec \"$2\" \"$name\""),
-            QStringLiteral("sh"), list, program});
-    QVERIFY(shell.waitForStarted());
-    Run second({});
-    QCOMPARE(second.status(), 0);
-    ::kill(pid_t(shell.processId()), SIGTERM);
-    QVERIFY(shell.waitForFinished(patience));
-    QCOMPARE(shell.exitCode(), 0);
+    const QString script = QStringLiteral("cd \"$1\"; name=$(printf 'caf\\351.lsl'); cp \"$2\" \"$name\"; exec \"$3\" \"$name\"");
+    Run run({QStringLiteral("-c"), script, QStringLiteral("sh"), folder, list, program}, {}, QStringLiteral("/bin/sh"));
+    QVERIFY2(run.saw(QStringLiteral("command taken")) && run.stands(), qPrintable(run.log()));
+    QCOMPARE(run.endedBy(SIGTERM), 0);
     QCOMPARE(listed(), QStringList{QStringLiteral("/a.jpg")});
 }
 

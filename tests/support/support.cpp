@@ -76,7 +76,8 @@ QImage rampImage(QSize size, QImage::Format format)
     for (int y = 0; y < size.height(); ++y) {
         QRgb *row = reinterpret_cast<QRgb *>(image.scanLine(y));
         for (int x = 0; x < size.width(); ++x)
-            row[x] = qRgb(x * 255 / qMax(1, size.width() - 1), y * 255 / qMax(1, size.height() - 1), (x * 7 + y * 13) & 255);
+            row[x] =
+                qRgb(x * 255 / qMax(1, size.width() - 1), y * 255 / qMax(1, size.height() - 1), (x * 7 + y * 13) & 255);
     }
     return image.convertToFormat(format);
 }

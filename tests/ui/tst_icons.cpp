@@ -127,6 +127,14 @@ private Q_SLOTS:
         }
     }
 
+    void tipsAndHelpAreInTheProgram()
+    {
+        for (const char *file : {":/lumora/TIPOFDAY.TXT", ":/lumora/help/index.html"}) {
+            QFile resource(QString::fromLatin1(file));
+            QVERIFY2(resource.open(QIODevice::ReadOnly) && resource.size() > 500, file);
+        }
+    }
+
     void aTypeWithoutADrawingHasNoIcon()
     {
         for (const char *code : {"", "rgb", "jpeg", "../lumora", "JPG"})

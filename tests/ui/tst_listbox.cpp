@@ -531,6 +531,16 @@ void TestListBox::aFullListStaysFluid()
         for (const QString &text : all)
             list.addItem(text);
     });
+    timed("clear again", [&] { list.clear(); });
+    timed("fill in portions with paints", [&] {
+        list.holdLayout(true);
+        for (int at = 0; at < all.size(); at += 100) {
+            list.addItems(all.mid(at, 100));
+            QCoreApplication::processEvents();
+        }
+        list.holdLayout(false);
+    });
+    QCOMPARE(list.verticalScrollBar()->maximum() + list.verticalScrollBar()->pageStep(), 32767);
     timed("type ahead without a hit", [&] { list.keyboardSearch(QStringLiteral("zzz")); });
     for (const auto &[what, time] : times) {
         qInfo("%-28s %6.1f ms", qPrintable(what), double(time) / 10);

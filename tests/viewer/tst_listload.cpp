@@ -294,6 +294,9 @@ void tst_listload::longStandardListsTellTheirProgress()
             if (!isLoaded<frmMessage>())
                 return;
             const auto &message = form<frmMessage>();
+            QVERIFY2(message.testAttribute(Qt::WA_ShowWithoutActivating)
+                    && message.windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus),
+                "it never takes the focus");
             told = message.isVisible() && message.parentWidget() == &window()
                 && message.lblMessage->text() == QLatin1String("Loading Media File List\nthis may take a few seconds");
         });
@@ -301,7 +304,6 @@ void tst_listload::longStandardListsTellTheirProgress()
         setYieldHook({});
         QCOMPARE(told, count >= 100);
         QVERIFY(!isLoaded<frmMessage>());
-        QVERIFY(window().isActiveWindow());
         window().ClearDisplayList();
     }
 }
@@ -369,6 +371,7 @@ void tst_listload::aFullListLoadsAndSavesQuickly()
 {
     const QStringList paths = names(ListBox::maximumCount);
     fill(paths);
+    window().tabFileList->setCurrentIndex(1); // the list in sight follows its growing
     QElapsedTimer timer;
     timer.start();
     window().saveStandardList();

@@ -436,6 +436,9 @@ void tst_lists::whatIsUsableFollowsTheListsAndTheKind()
         const ScopedFlag busy(globals.ItemSelectionBusy);
         this->display().selectOnly(0);
     }
+    // A command this build does not show carries its state all the same; it can be read when it is shown.
+    for (const MenuRow &row : mainMenuRows())
+        (w.*row.item)->setVisible(true);
     w.UpdateMenuAndToolbarState();
     const auto button = [&](const char *key) { return w.toolbarButton(QString::fromLatin1(key))->isEnabled(); };
     QString found;

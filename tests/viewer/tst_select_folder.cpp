@@ -67,6 +67,12 @@ private:
             qFatal("the dialog has not opened a folder");
         return dialog;
     }
+    void release()
+    {
+        if (isLoaded<Dialog>())
+            form<Dialog>().hide();
+        QVERIFY(unload<Dialog>());
+    }
     /// Runs the whole command; `act` gets the dialog once it stands open at its start folder.
     void selectFolder(const QString &start, const std::function<void(Dialog &)> &act)
     {
@@ -111,7 +117,7 @@ void tst_select_folder::init()
 
 void tst_select_folder::cleanup()
 {
-    unload<Dialog>();
+    release();
     setDialogs(nullptr);
 }
 
@@ -318,7 +324,7 @@ void tst_select_folder::quickClicksEndWithTheLastFile()
         QTRY_COMPARE(dialog.lblWidth->text(), QStringLiteral("139 Pixels"));
     }
     dialog.File1->selectOnly(7);
-    unload<Dialog>();
+    release();
 }
 
 void tst_select_folder::aFolderThatVanishesUnderTheDialogDoesNoHarm()

@@ -18,8 +18,14 @@ inline Bytes bytesOf(const QByteArray &array)
 class ByteReader
 {
 public:
-    explicit ByteReader(Bytes bytes) : m_bytes(bytes) {}
-    explicit ByteReader(const QByteArray &bytes) : m_bytes(bytesOf(bytes)) {}
+    explicit ByteReader(Bytes bytes)
+        : m_bytes(bytes)
+    {
+    }
+    explicit ByteReader(const QByteArray &bytes)
+        : m_bytes(bytesOf(bytes))
+    {
+    }
 
     size_t size() const { return m_bytes.size(); }
     bool has(size_t offset, size_t count) const { return offset <= m_bytes.size() && count <= m_bytes.size() - offset; }
@@ -38,8 +44,7 @@ public:
         return bigEndian ? first << 32 | second : second << 32 | first;
     }
     /// Whether these characters stand at `offset`; a string literal's closing zero does not take part.
-    template<size_t N>
-    bool is(size_t offset, const char (&text)[N]) const
+    template <size_t N> bool is(size_t offset, const char (&text)[N]) const
     {
         return has(offset, N - 1) && std::memcmp(m_bytes.data() + offset, text, N - 1) == 0;
     }

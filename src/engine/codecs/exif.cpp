@@ -36,22 +36,22 @@ QSize uprightSize(QSize stored, int orientation)
 
 namespace {
 
-struct Turn {
-    bool transposed;    ///< rows become columns, first
-    bool mirrored;      ///< then left and right change places
-    bool flipped;       ///< then top and bottom
+struct Turn
+{
+    bool transposed; ///< rows become columns, first
+    bool mirrored; ///< then left and right change places
+    bool flipped; ///< then top and bottom
 };
 
 Turn turnOf(int orientation)
 {
     constexpr Turn turns[] = {{false, true, false}, {false, true, true}, {false, false, true}, {true, false, false},
-                              {true, true, false}, {true, true, true}, {true, false, true}};
+        {true, true, false}, {true, true, true}, {true, false, true}};
     return turns[orientation - 2];
 }
 
 // Small squares, so that reading down a column stays within the processor's cache.
-template<class Pixel>
-void turnPixels(const QImage &from, QImage &to, Turn turn)
+template <class Pixel> void turnPixels(const QImage &from, QImage &to, Turn turn)
 {
     constexpr int tile = 32;
     const uchar *source = from.constBits();
@@ -104,10 +104,18 @@ QImage uprighted(const QImage &stored, int orientation)
     if (upright.isNull())
         return upright;
     switch (stored.depth()) {
-    case 1: turnBits(stored, upright, turn); break;
-    case 8: turnPixels<quint8>(stored, upright, turn); break;
-    case 64: turnPixels<quint64>(stored, upright, turn); break;
-    default: turnPixels<quint32>(stored, upright, turn); break;
+    case 1:
+        turnBits(stored, upright, turn);
+        break;
+    case 8:
+        turnPixels<quint8>(stored, upright, turn);
+        break;
+    case 64:
+        turnPixels<quint64>(stored, upright, turn);
+        break;
+    default:
+        turnPixels<quint32>(stored, upright, turn);
+        break;
     }
     upright.setColorTable(stored.colorTable());
     upright.setDotsPerMeterX(turn.transposed ? stored.dotsPerMeterY() : stored.dotsPerMeterX());

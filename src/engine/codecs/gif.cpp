@@ -8,7 +8,8 @@
 namespace {
 
 /// What a walk over the blocks finds, without unpacking a pixel. Layout: the published GIF89a format.
-struct Walk {
+struct Walk
+{
     QSize canvas;
     int bits = 0;
     int frames = 0;

@@ -11,8 +11,9 @@
 
 namespace {
 
-struct Entry {
-    int number;     ///< place in the file's directory
+struct Entry
+{
+    int number; ///< place in the file's directory
     QSize size;
     int bits;
 };
@@ -37,8 +38,8 @@ Result<std::vector<Entry>> readDirectory(const QByteArray &file)
 {
     const ByteReader bytes(file);
     const int count = bytes.u16le(4);
-    if (bytes.u16le(0) != 0 || (bytes.u16le(2) != 1 && bytes.u16le(2) != 2) || count == 0 || count > limits::maximumPages
-        || !bytes.has(0, 6 + 16 * size_t(count)))
+    if (bytes.u16le(0) != 0 || (bytes.u16le(2) != 1 && bytes.u16le(2) != 2) || count == 0
+        || count > limits::maximumPages || !bytes.has(0, 6 + 16 * size_t(count)))
         return Failure{QStringLiteral("not an icon or cursor")};
     std::vector<Entry> entries;
     for (int i = 0; i < count; ++i) {

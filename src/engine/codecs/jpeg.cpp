@@ -14,8 +14,9 @@
 
 namespace {
 
-struct ErrorState {
-    jpeg_error_mgr base;        // first, so that the library's pointer is a pointer to this
+struct ErrorState
+{
+    jpeg_error_mgr base; // first, so that the library's pointer is a pointer to this
     std::jmp_buf jump;
     char text[JMSG_LENGTH_MAX];
     bool damaged;
@@ -43,8 +44,11 @@ void noteWarning(j_common_ptr info, int level)
     case JWRN_HUFF_BAD_CODE:
     case JWRN_JPEG_EOF:
     case JWRN_MUST_RESYNC:
-    case JWRN_NOT_SEQUENTIAL: errorStateOf(info).damaged = true; break;
-    default: break;
+    case JWRN_NOT_SEQUENTIAL:
+        errorStateOf(info).damaged = true;
+        break;
+    default:
+        break;
     }
 }
 
@@ -55,7 +59,8 @@ void sayNothing(j_common_ptr)
 // A few kilobytes can hold thousands of progressive scans of a large picture, each of which costs a pass over it.
 void boundScans(j_common_ptr info)
 {
-    if (info->is_decompressor && reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > limits::maximumJpegScans) {
+    if (info->is_decompressor
+        && reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > limits::maximumJpegScans) {
         std::snprintf(errorStateOf(info).text, JMSG_LENGTH_MAX, "more than %d scans", limits::maximumJpegScans);
         std::longjmp(errorStateOf(info).jump, 1);
     }
@@ -71,7 +76,7 @@ public:
     Reader &operator=(const Reader &) = delete;
 
     bool readHeader();
-    bool prepare();             ///< output colours and size; after `scaleTo`
+    bool prepare(); ///< output colours and size; after `scaleTo`
     void scaleTo(QSize target);
     int readRows(QImage &image, uchar *cmykRow);
     bool readProfile();
@@ -117,7 +122,8 @@ bool Reader::readHeader()
     jpeg_create_decompress(&m_info);
     m_info.progress = &m_progress;
     m_info.mem->max_memory_to_use = long(limits::decodeBudget());
-    jpeg_mem_src(&m_info, reinterpret_cast<const uchar *>(m_bytes.constData()), static_cast<unsigned long>(m_bytes.size()));
+    jpeg_mem_src(
+        &m_info, reinterpret_cast<const uchar *>(m_bytes.constData()), static_cast<unsigned long>(m_bytes.size()));
     jpeg_save_markers(&m_info, JPEG_APP0 + 1, 0xffff);
     jpeg_save_markers(&m_info, JPEG_APP0 + 2, 0xffff);
     return jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
@@ -129,7 +135,8 @@ void Reader::scaleTo(QSize target)
     m_info.scale_denom = 8;
     for (const unsigned int eighths : {1U, 2U, 4U, 8U}) {
         m_info.scale_num = eighths;
-        const QSize reduced((storedSize().width() * int(eighths) + 7) / 8, (storedSize().height() * int(eighths) + 7) / 8);
+        const QSize reduced(
+            (storedSize().width() * int(eighths) + 7) / 8, (storedSize().height() * int(eighths) + 7) / 8);
         if (isLargeEnough(reduced, storedSize(), target))
             return;
     }
@@ -194,9 +201,12 @@ int Reader::orientation() const
 int Reader::dotsPerMeter(int density) const
 {
     switch (m_info.saw_JFIF_marker ? m_info.density_unit : 0) {
-    case 1: return qRound(density * 100 / 2.54);
-    case 2: return density * 100;
-    default: return 0;
+    case 1:
+        return qRound(density * 100 / 2.54);
+    case 2:
+        return density * 100;
+    default:
+        return 0;
     }
 }
 
@@ -252,7 +262,8 @@ Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStore
     reader.scaleTo(uprightSize(target, orientation));
     if (!reader.prepare())
         return Failure{reader.reason()};
-    QImage image = allocateImage(reader.outputSize(), reader.isGrey() ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
+    QImage image =
+        allocateImage(reader.outputSize(), reader.isGrey() ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
     if (image.isNull())
         return Failure{outOfMemory(reader.outputSize())};
     QByteArray cmykRow;

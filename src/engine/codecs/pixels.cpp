@@ -13,7 +13,9 @@ bool isLargeEnough(QSize reduced, QSize full, QSize target)
 
 QString tooLarge(QSize size)
 {
-    return QStringLiteral("the file claims %1 x %2 pixels, more than can be decoded here").arg(size.width()).arg(size.height());
+    return QStringLiteral("the file claims %1 x %2 pixels, more than can be decoded here")
+        .arg(size.width())
+        .arg(size.height());
 }
 
 QString outOfMemory(QSize size)
@@ -51,16 +53,22 @@ QImage normalized(const QImage &image)
     case QImage::Format_Grayscale8:
     case QImage::Format_RGB32:
     case QImage::Format_ARGB32:
-    case QImage::Format_RGBA64: return image;
-    case QImage::Format_MonoLSB: result = image.convertToFormat(QImage::Format_Mono); break;
+    case QImage::Format_RGBA64:
+        return image;
+    case QImage::Format_MonoLSB:
+        result = image.convertToFormat(QImage::Format_Mono);
+        break;
     case QImage::Format_Mono:
-    case QImage::Format_Indexed8: break;
+    case QImage::Format_Indexed8:
+        break;
     case QImage::Format_Grayscale16:
     case QImage::Format_RGBX64:
     case QImage::Format_RGBA64_Premultiplied:
     case QImage::Format_RGB30:
-    case QImage::Format_BGR30: return image.convertToFormat(QImage::Format_RGBA64);
-    default: return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    case QImage::Format_BGR30:
+        return image.convertToFormat(QImage::Format_RGBA64);
+    default:
+        return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     }
     completeColorTable(result);
     return result;

@@ -12,20 +12,36 @@
 
 namespace {
 
+/// Whether the file is cut off within a chunk.
+bool endsEarly(const QByteArray &file)
+{
+    const ByteReader bytes(file);
+    size_t at = 8;
+    while (bytes.has(at, 8) && !bytes.is(at + 4, "IEND"))
+        at += 12 + size_t(bytes.u32be(at));
+    return !bytes.has(at, 8);
+}
+
 /// The library's state; as for JPEG, all that a long jump may cross lives here.
 class Reader
 {
 public:
-    explicit Reader(const QByteArray &bytes) : m_bytes(bytes) {}
+    explicit Reader(const QByteArray &bytes)
+        : m_bytes(bytes)
+    {
+    }
     ~Reader() { png_destroy_read_struct(&m_png, &m_info, nullptr); }
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
     bool readHeader();
-    bool prepare();         ///< sets up how pixels are handed out; `format` is known before
+    bool prepare(); ///< sets up how pixels are handed out; `format` is known before
     int readRows(QImage &image);
 
-    QSize storedSize() const { return {int(png_get_image_width(m_png, m_info)), int(png_get_image_height(m_png, m_info))}; }
+    QSize storedSize() const
+    {
+        return {int(png_get_image_width(m_png, m_info)), int(png_get_image_height(m_png, m_info))};
+    }
     int bits() const { return png_get_bit_depth(m_png, m_info); }
     int colorType() const { return png_get_color_type(m_png, m_info); }
     int bitsPerPixel() const { return bits() * png_get_channels(m_png, m_info); }
@@ -42,7 +58,7 @@ public:
 
 private:
     static void stopOnError(png_structp png, png_const_charp text);
-    static void sayNothing(png_structp, png_const_charp) {}
+    static void sayNothing(png_structp, png_const_charp) { }
     static void give(png_structp png, png_bytep to, size_t count);
     QList<QRgb> paletteTable() const;
     QList<QRgb> greyTable() const;
@@ -87,6 +103,9 @@ bool Reader::readHeader()
     png_set_chunk_malloc_max(m_png, limits::maximumMetadataBytes);
     png_set_chunk_cache_max(m_png, 1000);
     png_set_read_fn(m_png, this, give);
+    // The library unpacks nothing of a piece that is not whole; small pieces show nearly all that a cut file holds.
+    if (endsEarly(m_bytes))
+        png_set_compression_buffer_size(m_png, 32);
     png_read_info(m_png, m_info);
     return true;
 }
@@ -96,13 +115,16 @@ QImage::Format Reader::format() const
     if (bits() == 16)
         return QImage::Format_RGBA64;
     switch (colorType()) {
-    case PNG_COLOR_TYPE_PALETTE: return bits() == 1 ? QImage::Format_Mono : QImage::Format_Indexed8;
+    case PNG_COLOR_TYPE_PALETTE:
+        return bits() == 1 ? QImage::Format_Mono : QImage::Format_Indexed8;
     case PNG_COLOR_TYPE_GRAY:
         if (bits() == 1)
             return QImage::Format_Mono;
         return hasTransparentColor() ? QImage::Format_Indexed8 : QImage::Format_Grayscale8;
-    case PNG_COLOR_TYPE_RGB: return hasTransparentColor() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
-    default: return QImage::Format_ARGB32;
+    case PNG_COLOR_TYPE_RGB:
+        return hasTransparentColor() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+    default:
+        return QImage::Format_ARGB32;
     }
 }
 
@@ -176,7 +198,8 @@ QList<QRgb> Reader::greyTable() const
     for (int i = 0; i <= largest; ++i)
         table[i] = qRgb(i * 255 / largest, i * 255 / largest, i * 255 / largest);
     png_color_16p clear = nullptr;
-    if (hasTransparentColor() && png_get_tRNS(m_png, m_info, nullptr, nullptr, &clear) && clear && clear->gray <= largest)
+    if (hasTransparentColor() && png_get_tRNS(m_png, m_info, nullptr, nullptr, &clear) && clear
+        && clear->gray <= largest)
         table[clear->gray] &= 0x00ffffff;
     return table;
 }
@@ -186,7 +209,8 @@ QList<QRgb> Reader::colorTable() const
     return colorType() == PNG_COLOR_TYPE_PALETTE ? paletteTable() : greyTable();
 }
 
-// Only an orientation that stands before the pixels counts: a reader that shows the picture while it loads knows no other.
+// Only an orientation that stands before the pixels counts: a reader that shows the picture while it loads knows no
+// other.
 int Reader::orientation() const
 {
     png_uint_32 length = 0;

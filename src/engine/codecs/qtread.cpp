@@ -28,7 +28,8 @@ Result<QImage> readByQt(const QByteArray &bytes, const char *format, QtPicture w
     QImageReader reader(&buffer, format);
     reader.setAutoTransform(false);
     if (wanted.number > 0 && !reader.jumpToImage(wanted.number))
-        return Failure{QStringLiteral("%1: picture %2 cannot be reached").arg(QLatin1String(format)).arg(wanted.number)};
+        return Failure{
+            QStringLiteral("%1: picture %2 cannot be reached").arg(QLatin1String(format)).arg(wanted.number)};
     QImage image = reader.read();
     for (int i = 0; i < wanted.skippedFrames && !image.isNull(); ++i)
         image = reader.read();

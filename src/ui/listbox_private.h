@@ -3,9 +3,11 @@
 #include "ui/listbox.h"
 
 #include <QAbstractListModel>
+#include <QElapsedTimer>
 #include <QFont>
 #include <QStyledItemDelegate>
 
+#include <optional>
 #include <vector>
 
 // The insides of ListBox.
@@ -60,3 +62,31 @@ private:
 
 /// The drag format: the entries' bytes, each closed by a NUL.
 inline constexpr char listDragFormat[] = "application/x-lumora-list-entries";
+
+struct ListBox::Private
+{
+    Model *model = nullptr;
+    RowDelegate *delegate = nullptr;
+    std::vector<bool> selected; ///< one per entry
+    int listIndex = -1;
+
+    bool stale = false; ///< the view's selection differs from `selected` and `listIndex`
+    bool scrollToMark = false;
+    std::optional<int> scrollBack; ///< the place to show again after the rows were replaced
+    bool syncing = false;
+    bool inUserEvent = false;
+    bool userChange = false;
+    bool clickQueued = false;
+    bool anchorAtMark = true; ///< Shift selects from the mark on, not from where it did before
+    bool priming = false;
+
+    QString typed; ///< what keyboardSearch looks for, letter by letter
+    QElapsedTimer typing;
+
+    bool layoutHeld = false;
+    int laidOut = 0; ///< entries at the last layout
+
+    mutable EntryWidths widths;
+    QRgb backColor = 0;
+    bool applyingColor = false;
+};

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "engine/codec.h"
+
+/// The formats that GraphicsMagick reads, one row each: PCX, DCX, SGI, XWD, WBMP, PNM, TGA, MacPaint, HRZ, ART, Photo
+/// CD, WPG, Utah RLE, PICT, and what XBM and XPM the first reader does not take.
+std::span<const Codec *const> longTailCodecs();

@@ -1,0 +1,203 @@
+#include "engine/codecs/magickheaders.h"
+
+#include <algorithm>
+
+int photoCdSize(int sizeIndex)
+{
+    constexpr int base = 2;
+    return sizeIndex < 0 || sizeIndex > 4 ? base : sizeIndex;
+}
+
+std::optional<MagickHeader> artHeader(const ByteReader &bytes, int)
+{
+    if (bytes.u16le(0) != 0 || bytes.u16le(4) != 0)
+        return {};
+    return MagickHeader{{bytes.u16le(2), bytes.u16le(6)}, 1};
+}
+
+namespace {
+
+std::optional<MagickHeader> pcxAt(const ByteReader &bytes, size_t at)
+{
+    if (bytes.u8(at) != 0x0a || bytes.u8(at + 1) > 5 || bytes.u8(at + 2) > 1)
+        return {};
+    const int width = bytes.u16le(at + 8) - bytes.u16le(at + 4) + 1;
+    const int height = bytes.u16le(at + 10) - bytes.u16le(at + 6) + 1;
+    return MagickHeader{{width, height}, bytes.u8(at + 3) * bytes.u8(at + 65)};
+}
+
+}
+
+std::optional<MagickHeader> pcxHeader(const ByteReader &bytes, int)
+{
+    return pcxAt(bytes, 0);
+}
+
+std::optional<MagickHeader> dcxHeader(const ByteReader &bytes, int)
+{
+    if (!bytes.is(0, "\xb1\x68\xde\x3a"))
+        return {};
+    constexpr int maximumPictures = 1023;
+    int pages = 0;
+    while (pages < maximumPictures && bytes.u32le(4 + 4 * size_t(pages)) != 0)
+        ++pages;
+    std::optional<MagickHeader> header = pcxAt(bytes, bytes.u32le(4));
+    if (header)
+        header->pages = std::max(pages, 1);
+    return header;
+}
+
+std::optional<MagickHeader> hrzHeader(const ByteReader &bytes, int)
+{
+    constexpr size_t onlySize = 256 * 240 * 3;
+    if (bytes.size() != onlySize)
+        return {};
+    return MagickHeader{{256, 240}, 24};
+}
+
+std::optional<MagickHeader> macHeader(const ByteReader &bytes, int)
+{
+    if (!bytes.has(0, 512) || (!bytes.is(65, "PNTG") && bytes.u32be(0) > 3))
+        return {};
+    return MagickHeader{{576, 720}, 1};
+}
+
+std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex)
+{
+    if (!bytes.is(2048, "PCD_IPI"))
+        return {};
+    const int factor = 1 << photoCdSize(sizeIndex);
+    const QSize size(192 * factor, 128 * factor);
+    const bool onItsSide = (bytes.u8(0xe02) & 1) != 0;
+    return MagickHeader{onItsSide ? size.transposed() : size, 24};
+}
+
+std::optional<MagickHeader> pictHeader(const ByteReader &bytes, int)
+{
+    // With and without the 512 bytes that a file has in front of what the clipboard holds.
+    for (const size_t at : {size_t(512 + 10), size_t(10)}) {
+        if (bytes.is(at, "\x11\x01") || bytes.is(at, "\0\x11\x02\xff"))
+            return MagickHeader{};
+    }
+    return {};
+}
+
+namespace {
+
+/// The next number of a text header; what stands behind "#" up to the line's end is a comment. -1 at the end.
+int nextNumber(const ByteReader &bytes, size_t &at)
+{
+    while (bytes.has(at, 1) && (bytes.u8(at) < '0' || bytes.u8(at) > '9')) {
+        if (bytes.u8(at) == '#') {
+            while (bytes.has(at, 1) && bytes.u8(at) != '\n')
+                ++at;
+        } else {
+            ++at;
+        }
+    }
+    if (!bytes.has(at, 1))
+        return -1;
+    int number = 0;
+    while (bytes.u8(at) >= '0' && bytes.u8(at) <= '9')
+        number = std::min(number * 10 + bytes.u8(at++) - '0', 1'000'000);
+    return number;
+}
+
+}
+
+std::optional<MagickHeader> pnmHeader(const ByteReader &bytes, int)
+{
+    const int kind = bytes.u8(1) - '0';
+    if (bytes.u8(0) != 'P' || kind < 1 || kind > 6)
+        return {};
+    size_t at = 2;
+    const int width = nextNumber(bytes, at);
+    const int height = nextNumber(bytes, at);
+    if (width < 1 || height < 1)
+        return {};
+    constexpr int bits[] = {1, 8, 24};
+    return MagickHeader{{width, height}, bits[(kind - 1) % 3]};
+}
+
+std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
+{
+    if (bytes.u16be(0) != 0x01da)
+        return {};
+    const int dimensions = bytes.u16be(4);
+    const int height = dimensions >= 2 ? bytes.u16be(8) : 1;
+    const int channels = dimensions >= 3 ? bytes.u16be(10) : 1;
+    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels};
+}
+
+std::optional<MagickHeader> tgaHeader(const ByteReader &bytes, int)
+{
+    const int kind = bytes.u8(2) & ~8;
+    if (!bytes.has(0, 18) || bytes.u8(1) > 1 || kind < 1 || kind > 3)
+        return {};
+    return MagickHeader{{bytes.u16le(12), bytes.u16le(14)}, bytes.u8(16)};
+}
+
+std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int)
+{
+    if (bytes.u16le(0) != 0xcc52)
+        return {};
+    constexpr int alphaFlag = 4;
+    const int channels = bytes.u8(11) + (bytes.u8(10) & alphaFlag ? 1 : 0);
+    return MagickHeader{{bytes.u16le(6), bytes.u16le(8)}, channels * 8};
+}
+
+namespace {
+
+/// A number in groups of seven bits, the highest bit telling that more follow.
+int groupedNumber(const ByteReader &bytes, size_t &at)
+{
+    int number = 0;
+    for (int i = 0; i < 4; ++i) {
+        const quint8 byte = bytes.u8(at++);
+        number = number << 7 | (byte & 0x7f);
+        if (!(byte & 0x80))
+            break;
+    }
+    return number;
+}
+
+}
+
+std::optional<MagickHeader> wbmpHeader(const ByteReader &bytes, int)
+{
+    if (bytes.u16le(0) != 0)
+        return {};
+    size_t at = 2;
+    const int width = groupedNumber(bytes, at);
+    const int height = groupedNumber(bytes, at);
+    return MagickHeader{{width, height}, 1};
+}
+
+std::optional<MagickHeader> wpgHeader(const ByteReader &bytes, int)
+{
+    if (!bytes.is(0,
+            "\xff"
+            "WPC"))
+        return {};
+    return MagickHeader{};
+}
+
+std::optional<MagickHeader> xbmHeader(const ByteReader &, int)
+{
+    return MagickHeader{{}, 1};
+}
+
+std::optional<MagickHeader> xpmHeader(const ByteReader &, int)
+{
+    return MagickHeader{{}, 8};
+}
+
+std::optional<MagickHeader> xwdHeader(const ByteReader &bytes, int)
+{
+    constexpr quint32 version = 7;
+    const bool bigEndian = bytes.u32be(4) == version;
+    if (!bigEndian && bytes.u32le(4) != version)
+        return {};
+    const auto number = [&](size_t at) { return int(std::min(bytes.u32(at, bigEndian), 1'000'000U)); };
+    return MagickHeader{{number(16), number(20)}, number(44)};
+}

@@ -1,0 +1,178 @@
+#include "platform/filepath.h"
+#include "platform/files.h"
+#include "platform/registrystore.h"
+#include "support/support.h"
+#include "viewer/listfile.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+
+struct Outcome
+{
+    int status = -1;
+    QByteArray errors;
+    QList<QByteArrayList> rows; ///< the cells of each line
+};
+
+Outcome run(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(LUMORA_BIN "/lumora-dev"), arguments);
+    Outcome outcome;
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        return outcome;
+    outcome.status = process.exitCode();
+    outcome.errors = process.readAllStandardError();
+    for (const QByteArray &line : process.readAllStandardOutput().split('\n')) {
+        if (!line.isEmpty())
+            outcome.rows << line.split('\t');
+    }
+    return outcome;
+}
+
+}
+
+class tst_lumora_dev : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void aWrongCallGivesTwoAndOneLine_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("no command") << QStringList();
+        QTest::newRow("a command that is not there") << QStringList{QStringLiteral("paint")};
+        QTest::newRow("decode without a file") << QStringList{QStringLiteral("decode")};
+        QTest::newRow("an option that is not there")
+            << QStringList{QStringLiteral("probe"), QStringLiteral("--deep"), QStringLiteral("a")};
+        QTest::newRow("a target that is no size")
+            << QStringList{QStringLiteral("decode"), QStringLiteral("--target=8"), QStringLiteral("a")};
+        QTest::newRow("two list files") << QStringList{
+            QStringLiteral("list"), QStringLiteral("a"), QStringLiteral("b")};
+        QTest::newRow("a window that is not there")
+            << QStringList{QStringLiteral("controls"), QStringLiteral("frmNothing")};
+        QTest::newRow("shot without a file to write")
+            << QStringList{QStringLiteral("shot"), QStringLiteral("frmMainViewer")};
+    }
+
+    void aWrongCallGivesTwoAndOneLine()
+    {
+        QFETCH(QStringList, arguments);
+        const Outcome outcome = run(arguments);
+        QCOMPARE(outcome.status, 2);
+        QVERIFY(outcome.rows.isEmpty());
+        QVERIFY(outcome.errors.startsWith("lumora-dev: "));
+        QCOMPARE(outcome.errors.count('\n'), 1);
+    }
+
+    void decodeAndProbeTellTheSameSize()
+    {
+        const QString picture = m_home.writePicture(QStringLiteral("a b.png"), QSize(37, 21));
+        const Outcome decoded = run({QStringLiteral("decode"), picture});
+        QCOMPARE(decoded.status, 0);
+        QCOMPARE(decoded.rows.size(), 1);
+        QCOMPARE(decoded.rows[0].size(), 8);
+        QCOMPARE(decoded.rows[0].mid(0, 5), QByteArrayList({"PNG", "37", "21", "24", "1"}));
+        QCOMPARE(decoded.rows[0].mid(6), QByteArrayList({"whole", picture.toUtf8()}));
+        const Outcome probed = run({QStringLiteral("probe"), picture});
+        QCOMPARE(probed.rows.value(0).mid(0, 5), decoded.rows[0].mid(0, 5));
+    }
+
+    void aFileThatCannotBeReadDoesNotStopTheOthers()
+    {
+        const QString broken = m_home.write(QStringLiteral("broken.png"), "no picture");
+        const QString picture = m_home.writePicture(QStringLiteral("whole.png"), QSize(3, 4));
+        const Outcome outcome = run({QStringLiteral("decode"), broken, picture});
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.rows.size(), 1);
+        QVERIFY(outcome.errors.contains("broken.png: "));
+    }
+
+    void decodedPixelsCanBeWritten()
+    {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        const QImage ramp = rampImage(QSize(40, 30));
+        QVERIFY(ramp.save(&buffer, "PNG"));
+        const QString source = m_home.write(QStringLiteral("ramp.png"), bytes);
+        const QString target = m_home.path() + QStringLiteral("out.png");
+        QCOMPARE(run({QStringLiteral("decode"), source, QStringLiteral("--png"), target}).status, 0);
+        QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), ramp);
+    }
+
+    void cellsKeepTabsAndLineBreaksApart()
+    {
+        const QString picture = m_home.writePicture(QStringLiteral("tab\there\nand there.png"), QSize(2, 2));
+        const Outcome outcome = run({QStringLiteral("probe"), picture});
+        QCOMPARE(outcome.rows.size(), 1);
+        QVERIFY(outcome.rows[0].last().endsWith("tab\\there\\nand there.png"));
+    }
+
+    void listShowsHeaderAndEntries()
+    {
+        const QStringList paths{QStringLiteral("/pictures/a.jpg"), QStringLiteral("/music/b.mp3")};
+        const QString file = m_home.write(QStringLiteral("two.Lsl"), writeListFile(paths, QStringLiteral("2")));
+        const Outcome outcome = run({QStringLiteral("list"), file});
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.rows.value(0), QByteArrayList({"count", "2"}));
+        QVERIFY(outcome.rows.contains(QByteArrayList({"entry", "0", "/pictures/a.jpg"})));
+        QVERIFY(outcome.rows.contains(QByteArrayList({"entry", "1", "/music/b.mp3"})));
+        QCOMPARE(run({QStringLiteral("list"), m_home.write(QStringLiteral("no.Lsl"), "x")}).status, 1);
+    }
+
+    void settingsShowsWhatIsStored()
+    {
+        const QString key = QStringLiteral("Software\\Test\\Options");
+        QVERIFY(registryStore().setValue(
+            RegistryStore::Root::CurrentUser, key, QStringLiteral("Size"), QStringLiteral("80")));
+        const Outcome outcome = run({QStringLiteral("settings")});
+        QCOMPARE(outcome.status, 0);
+        QVERIFY(outcome.rows.contains(QByteArrayList({"user", "Software\\\\Test\\\\Options", "Size", "80"})));
+    }
+
+    void formatsNameTheCodecs()
+    {
+        const Outcome outcome = run({QStringLiteral("formats")});
+        QCOMPARE(outcome.status, 0);
+        QByteArrayList names;
+        for (const QByteArrayList &row : outcome.rows) {
+            QCOMPARE(row.size(), 3);
+            QVERIFY2(!names.contains(row[0]), row[0].constData());
+            names << row[0];
+        }
+        QVERIFY(names.contains("JPEG") && names.contains("PNG"));
+    }
+
+    void aWindowCanBeListedAndDrawn()
+    {
+        const Outcome controls = run({QStringLiteral("controls"), QStringLiteral("frmMainViewer")});
+        QCOMPARE(controls.status, 0);
+        QByteArrayList names;
+        for (const QByteArrayList &row : controls.rows)
+            names << row.value(0);
+        for (const char *name : {"lstDisplay", "lstSelect", "Toolbar1", "mnuFileExit"})
+            QVERIFY2(names.contains(name), name);
+        const QString picture = m_home.writePicture(QStringLiteral("red.png"), QSize(400, 300), qRgb(250, 20, 30));
+        const QString target = m_home.path() + QStringLiteral("window.png");
+        const Outcome shot = run({QStringLiteral("shot"), QStringLiteral("frmMainViewer"), target,
+            QStringLiteral("--size"), QStringLiteral("1000x700"), picture});
+        QVERIFY2(shot.status == 0, shot.errors.constData());
+        const QImage image(target);
+        QCOMPARE(image.size(), QSize(1000, 700));
+        int red = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                red += image.pixel(x, y) == qRgb(250, 20, 30);
+        QVERIFY2(red > 50000, "the picture must stand on the window that was drawn");
+    }
+
+private:
+    TemporaryHome m_home;
+};
+
+QTEST_GUILESS_MAIN(tst_lumora_dev)
+#include "tst_lumora_dev.moc"
