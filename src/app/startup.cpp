@@ -153,8 +153,12 @@ void showStartWindows()
     if (startedBySwitch() || globals.ProgramExiting)
         return;
     auto &viewer = form<frmMainViewer>();
-    if (isLoaded<frmTip>())
-        showInFront(form<frmTip>(), viewer);
+    if (isLoaded<frmTip>()) {
+        auto &tip = form<frmTip>();
+        showInFront(tip, viewer);
+        // The choice of viewers takes the middle; where windows place themselves, both can be read.
+        tip.move(viewer.geometry().bottomRight() - QPoint(tip.width() + 24, tip.height() + 48));
+    }
     if (frmIntroSelect::isWanted())
         showInFront(form<frmIntroSelect>(), viewer);
 }
@@ -171,7 +175,6 @@ void whenMainViewerStands(const std::function<void()> &act)
 void setUpApplication(QApplication &application)
 {
     QApplication::setApplicationName(QStringLiteral("lumora"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Lumora V3"));
     QApplication::setApplicationVersion(QStringLiteral(LUMORA_VERSION));
     QApplication::setOrganizationName(QStringLiteral("Tessaly"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.lumora.Lumora"));
