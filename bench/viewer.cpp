@@ -1,4 +1,5 @@
-// Times the Main Viewer from the inside: the next picture with and without its neighbour decoded ahead, and a full list.
+// Times the Main Viewer from the inside: the next picture with and without its neighbour decoded ahead, and a full
+// list.
 //
 //     viewer_bench FOLDER      a folder of large JPEGs, see bench/README.md
 //
@@ -98,7 +99,8 @@ void timeList(frmMainViewer &window, const QString &folder)
 {
     QStringList paths;
     for (int i = 0; i < ListBox::maximumCount; ++i)
-        paths.append(QStringLiteral("/home/somebody/Pictures/Journey %1/picture with a usual name %2.jpg").arg(i / 300).arg(i));
+        paths.append(
+            QStringLiteral("/home/somebody/Pictures/Journey %1/picture with a usual name %2.jpg").arg(i / 300).arg(i));
     const QString file = folder + QStringLiteral("/full.Lsl");
     ignore(writeFileAtomically(file, writeListFile(paths, QStringLiteral("1"))));
     QVector<double> load;

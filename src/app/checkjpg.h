@@ -10,7 +10,10 @@ class checkjpg : public FormWindow
 {
     Q_OBJECT
 public:
-    explicit checkjpg(QWidget *parent = nullptr) : FormWindow(parent) {}
+    explicit checkjpg(QWidget *parent = nullptr)
+        : FormWindow(parent)
+    {
+    }
 
     PolyImage polImageBox1;
     Gvbox Gvbox2;

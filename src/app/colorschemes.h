@@ -5,7 +5,8 @@
 #include <QVector>
 
 /// Gradient backgrounds of windows: a scheme's name chooses the colours.
-struct SchemeColors {
+struct SchemeColors
+{
     int startRed = 0, startGreen = 0, startBlue = 0;
     int endRed = 0, endGreen = 0, endBlue = 0;
 };

@@ -128,7 +128,8 @@ private:
         } else if (argument.startsWith(screenshot + QLatin1Char('='))) {
             takeScreenshot(argument.mid(screenshot.size() + 1));
         } else if (argument == QLatin1String("-session")) {
-            // A session manager that starts the program again names the session it belonged to; there is nothing to restore.
+            // A session manager that starts the program again names the session it belonged to; there is nothing to
+            // restore.
             ++m_next;
         } else {
             m_result.error = tr("lumora: unknown option '%1', see lumora --help").arg(displayPath(argument));

@@ -6,23 +6,26 @@
 #include <optional>
 
 /// What one start was asked. `commands` are the texts for the queue of the first instance, in order.
-struct CommandLine {
-    QStringList commands;           ///< "/editor", "/folder", or one text with all paths quoted; a single empty one when nothing was given
-    QString screenshot;             ///< --screenshot FILE
+struct CommandLine
+{
+    QStringList commands; ///< "/editor", "/folder", or one text with all paths quoted; a single empty one when nothing
+                          ///< was given
+    QString screenshot; ///< --screenshot FILE
     bool help = false;
     bool version = false;
-    QString error;                  ///< unknown option or missing argument: one line for stderr, exit status 2
+    QString error; ///< unknown option or missing argument: one line for stderr, exit status 2
 };
 
-/// Arguments to commands: file arguments become absolute against `currentFolder` and are quoted; file:// URIs are taken too.
+/// Arguments to commands: file arguments become absolute against `currentFolder` and are quoted; file:// URIs are taken
+/// too.
 CommandLine parseCommandLine(const QStringList &arguments, const QString &currentFolder);
 
-/// The text of a command that carries paths: each in double quotes with a blank between; a path with a double quote, a line
-/// break or foreign bytes goes as a file:// URI.
+/// The text of a command that carries paths: each in double quotes with a blank between; a path with a double quote, a
+/// line break or foreign bytes goes as a file:// URI.
 QString fileCommand(const QStringList &paths);
 
-/// The paths of a command's text. A text of several quoted parts gives each; otherwise the first and the last character are
-/// cut, whatever they are.
+/// The paths of a command's text. A text of several quoted parts gives each; otherwise the first and the last character
+/// are cut, whatever they are.
 QStringList pathsOfCommand(const QString &command);
 
 /// Text of --help and --version.

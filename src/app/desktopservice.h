@@ -4,9 +4,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
-/// org.freedesktop.Application: the way in which a desktop asks the running program to open files. Its calls feed the same
-/// queue as later starts.
-/// https://specifications.freedesktop.org/desktop-entry-spec/latest/dbus.html
+/// org.freedesktop.Application: the way in which a desktop asks the running program to open files. Its calls feed the
+/// same queue as later starts. https://specifications.freedesktop.org/desktop-entry-spec/latest/dbus.html
 class DesktopService : public QObject
 {
     Q_OBJECT

@@ -3,8 +3,8 @@
 #include <functional>
 #include <memory>
 
-/// SIGTERM, SIGINT and SIGHUP as a call on the thread that made this, from its event loop: at the end of a session nothing
-/// is lost. A signal that comes before there is an event loop waits for it.
+/// SIGTERM, SIGINT and SIGHUP as a call on the thread that made this, from its event loop: at the end of a session
+/// nothing is lost. A signal that comes before there is an event loop waits for it.
 class EndSignals
 {
 public:

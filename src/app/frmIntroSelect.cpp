@@ -47,7 +47,8 @@ void reserveBoldWidth(QPushButton *button)
 {
     QFont bold = button->font();
     bold.setBold(true);
-    const int more = QFontMetrics(bold).horizontalAdvance(button->text()) - button->fontMetrics().horizontalAdvance(button->text());
+    const int more =
+        QFontMetrics(bold).horizontalAdvance(button->text()) - button->fontMetrics().horizontalAdvance(button->text());
     button->setMinimumWidth(button->sizeHint().width() + qMax(0, more));
 }
 
@@ -133,8 +134,8 @@ void frmIntroSelect::layOut()
     all->addLayout(buttons);
     setMinimumWidth(420);
     QWidget *before = nullptr;
-    for (QWidget *control : std::initializer_list<QWidget *>{
-             optSelect[0], optSelect[1], optSelect[2], optSelect[3], optSelect[4], chkShowAtStartUp, cmdOK, cmdCancel}) {
+    for (QWidget *control : std::initializer_list<QWidget *>{optSelect[0], optSelect[1], optSelect[2], optSelect[3],
+             optSelect[4], chkShowAtStartUp, cmdOK, cmdCancel}) {
         if (before)
             setTabOrder(before, control);
         before = control;

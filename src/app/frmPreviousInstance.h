@@ -14,9 +14,9 @@ class frmPreviousInstance : public FormWindow
 public:
     explicit frmPreviousInstance(QWidget *parent = nullptr);
 
-    CONTROL(List1, ListBox);            ///< the queue, oldest first
+    CONTROL(List1, ListBox); ///< the queue, oldest first
     CONTROL(Text1, QLineEdit);
-    CONTROL(cmdDummy, QPushButton);     ///< "Ready for command" while the mailbox is free
+    CONTROL(cmdDummy, QPushButton); ///< "Ready for command" while the mailbox is free
 
     /// What this start was asked. Form_Load takes it in as the first entries of the queue.
     static inline QStringList StartCommands;

@@ -15,9 +15,9 @@ inline constexpr QLatin1String kindMotion("Motion");
 QLatin1String GetMediaKind(QStringView path);
 
 /// Captions of the three arrays of type boxes, in the order of their indices.
-inline constexpr int fileTypeCount = 29;        ///< chkFileType(1..29)
-inline constexpr int avFileTypeCount = 10;      ///< chkAVFileType(0..9)
-inline constexpr int polyFileTypeCount = 21;    ///< chkPolyFileType(1..21)
+inline constexpr int fileTypeCount = 29; ///< chkFileType(1..29)
+inline constexpr int avFileTypeCount = 10; ///< chkAVFileType(0..9)
+inline constexpr int polyFileTypeCount = 21; ///< chkPolyFileType(1..21)
 extern const std::array<const char *, 29> fileTypeCaptions;
 extern const std::array<const char *, 10> avFileTypeCaptions;
 extern const std::array<const char *, 21> polyFileTypeCaptions;
@@ -25,21 +25,23 @@ extern const std::array<const char *, 21> polyFileTypeCaptions;
 extern const std::array<const char *, 5> photoCDSizeCaptions;
 
 /// The state of the type boxes; element 0 is box 1 (box 0 of the audio and video array).
-struct EnabledFileTypes {
+struct EnabledFileTypes
+{
     std::bitset<29> fileTypes;
     std::bitset<10> avFileTypes;
     std::bitset<21> polyFileTypes;
 };
 
-struct FilePatterns {
-    QString picture;    ///< "*.ART;*.BMP;*.JPG;*.JPE;*.JPEG"
+struct FilePatterns
+{
+    QString picture; ///< "*.ART;*.BMP;*.JPG;*.JPE;*.JPEG"
     QString motion;
     QString poly;
 };
 FilePatterns filePatterns(const EnabledFileTypes &enabled);
 
-/// Whether a file name matches one of the patterns of a ";"-joined list, without regard to case. Patterns are "*" and an
-/// extension; a name must end in it.
+/// Whether a file name matches one of the patterns of a ";"-joined list, without regard to case. Patterns are "*" and
+/// an extension; a name must end in it.
 bool matchesPattern(QStringView fileName, QStringView patterns);
 
 /// Code of a type's icon for an extension with its dot; empty when there is no row for it.

@@ -42,15 +42,18 @@ CRegSettings &regSettings();
 
 /// What all other code calls. The application argument is ignored: the application is always "Lumora V3".
 void SaveSetting(const QString &application, const QString &section, const QString &key, const QString &value);
-QString GetSetting(const QString &application, const QString &section, const QString &key, const QString &fallback = {});
+QString GetSetting(
+    const QString &application, const QString &section, const QString &key, const QString &fallback = {});
 void SaveMachineSetting(const QString &application, const QString &section, const QString &key, const QString &value);
-QString GetMachineSetting(const QString &application, const QString &section, const QString &key, const QString &fallback = {});
+QString GetMachineSetting(
+    const QString &application, const QString &section, const QString &key, const QString &fallback = {});
 
 /// Short forms for the two sections used everywhere.
 QString option(const char *key, const char *fallback);
 void saveOption(const char *key, const QString &value);
 
-/// A stored truth: "True" in any case and every number but 0 are true, "False" and 0 false; anything else gives `fallback`.
+/// A stored truth: "True" in any case and every number but 0 are true, "False" and 0 false; anything else gives
+/// `fallback`.
 bool truth(const QString &text, bool fallback);
 /// A stored number; none when the text is not one.
 std::optional<int> number(const QString &text);

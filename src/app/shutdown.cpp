@@ -30,22 +30,19 @@ Q_LOGGING_CATEGORY(logShutDown, "lumora.shutdown")
 std::vector<std::function<void()>> firstSteps;
 bool windowsAreWaiting = false;
 
-template<class T>
-QWidget *shown()
+template <class T> QWidget *shown()
 {
     T &window = form<T>();
     window.show();
     return &window;
 }
 
-template<class T>
-constexpr FormRow window(const char *name)
+template <class T> constexpr FormRow window(const char *name)
 {
     return {name, &isLoaded<T>, &unload<T>, &shown<T>};
 }
 
-template<class T>
-constexpr FormRow hiddenWindow(const char *name)
+template <class T> constexpr FormRow hiddenWindow(const char *name)
 {
     return {name, &isLoaded<T>, &unload<T>, nullptr};
 }

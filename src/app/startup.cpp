@@ -53,8 +53,8 @@ public:
             qCCritical(logStart, "event %d of %s: %s", int(event->type()), receiver->metaObject()->className(),
                 exception.what());
         } catch (...) {
-            qCCritical(logStart, "event %d of %s: unknown exception", int(event->type()),
-                receiver->metaObject()->className());
+            qCCritical(
+                logStart, "event %d of %s: unknown exception", int(event->type()), receiver->metaObject()->className());
         }
         return false;
     }
@@ -65,6 +65,12 @@ QString currentFolder()
     std::error_code failed;
     const std::string folder = std::filesystem::current_path(failed).native();
     return failed ? QStringLiteral("/") : pathFromBytes(QByteArray::fromStdString(folder));
+}
+
+bool anyDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || !qEnvironmentVariableIsEmpty("DISPLAY")
+        || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 }
 
 void print(FILE *stream, const QString &text)
@@ -81,14 +87,15 @@ QString activationToken()
 MessageBox missingPlayerBox()
 {
     const QStringList blocks{
-        QCoreApplication::translate(
-            "Main", "Lumora V3.1 requires the presence of Microsoft Windows Media Player 9."),
+        QCoreApplication::translate("Main", "Lumora V3.1 requires the presence of Microsoft Windows Media Player 9."),
         QCoreApplication::translate("Main",
             "On this system its part is played by the player module of Lumora, which stands on the libraries of mpv "
-            "(package libmpv2). Install them with the package manager of the system, or install Lumora again, and start "
+            "(package libmpv2). Install them with the package manager of the system, or install Lumora again, and "
+            "start "
             "it once more."),
         QCoreApplication::translate("Main",
-            "Older versions of the player are no longer supported: they do not tell for every type of file how long it is "
+            "Older versions of the player are no longer supported: they do not tell for every type of file how long it "
+            "is "
             "and when it has ended, and the Media Show waits for that."),
     };
     MessageBox box;
@@ -244,6 +251,11 @@ int Main(const QStringList &arguments)
     if (!line.error.isEmpty()) {
         print(stderr, line.error + QLatin1Char('\n'));
         return 2;
+    }
+    // Without this the platform layer would abort the process.
+    if (!anyDisplay()) {
+        print(stderr, QStringLiteral("lumora: there is no display to show windows on\n"));
+        return 1;
     }
     const bool playerPresent = playerIsPresent();
     Instance instance;

@@ -8,14 +8,16 @@
 
 /// The bytes of a picture file and the extension that its name had: all that a decoder gets to see.
 ///
-/// This and DecodeHint are the whole input of decode(), and Picture or a reason its whole output, so that the work can be
-/// done in another process.
-struct EncodedFile {
+/// This and DecodeHint are the whole input of decode(), and Picture or a reason its whole output, so that the work can
+/// be done in another process.
+struct EncodedFile
+{
     QByteArray bytes;
-    QString extension;      ///< lower case, without the dot
+    QString extension; ///< lower case, without the dot
 };
 
-struct DecodeHint {
+struct DecodeHint
+{
     /// The decoder may return a reduced picture as long as it is at least this large in both directions (after the
     /// aspect is kept). Empty: the full size.
     QSize target;
@@ -31,8 +33,8 @@ Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint = {});
 /// Size, depth and page count from the header, the same numbers as decode() gives. `file.bytes` must be the whole file.
 Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex = -1);
 
-/// Reads a regular file into memory: never a folder, FIFO or device, never more than limits::maximumFileBytes, never by a
-/// mapping (another program may cut the file meanwhile). `path` follows platform/filepath.h.
+/// Reads a regular file into memory: never a folder, FIFO or device, never more than limits::maximumFileBytes, never by
+/// a mapping (another program may cut the file meanwhile). `path` follows platform/filepath.h.
 Result<EncodedFile> readEncodedFile(const QString &path);
 
 /// readEncodedFile and decode in one.

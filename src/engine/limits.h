@@ -5,10 +5,10 @@
 /// Bounds that hold before any memory is taken for a file's claims.
 namespace limits {
 
-inline constexpr int maximumSide = 65535;                       ///< pixels
-inline constexpr qint64 maximumPixels = 512LL * 1024 * 1024;    ///< of one picture on any machine
+inline constexpr int maximumSide = 65535; ///< pixels
+inline constexpr qint64 maximumPixels = 512LL * 1024 * 1024; ///< of one picture on any machine
 inline constexpr qint64 maximumFileBytes = 2040LL * 1024 * 1024; ///< of one picture file held in memory
-inline constexpr int maximumMetadataBytes = 16 * 1024 * 1024;   ///< each of ICC, EXIF, XMP, comments
+inline constexpr int maximumMetadataBytes = 16 * 1024 * 1024; ///< each of ICC, EXIF, XMP, comments
 inline constexpr int maximumJpegScans = 500;
 inline constexpr int maximumPages = 4096;
 

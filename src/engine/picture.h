@@ -5,22 +5,24 @@
 #include <QSize>
 
 /// What a file's header tells of its picture; a full decode gives the same numbers.
-struct ImageInfo {
-    QSize size;             ///< pixels, upright: the file's orientation is already applied
-    int bitsPerPixel = 0;   ///< nominal depth of the file: 1, 2, 4, 8, 16, 24, 32, 48, 64 ...
-    int pageCount = 1;      ///< pictures in the file; at least 1
-    QByteArray codec;       ///< name of the codec's row in the codec table
+struct ImageInfo
+{
+    QSize size; ///< pixels, upright: the file's orientation is already applied
+    int bitsPerPixel = 0; ///< nominal depth of the file: 1, 2, 4, 8, 16, 24, 32, 48, 64 ...
+    int pageCount = 1; ///< pictures in the file; at least 1
+    QByteArray codec; ///< name of the codec's row in the codec table
 };
 
 /// A picture as a value. Copies share the pixels until one of them changes.
 ///
 /// `pixels` is one of Format_Mono, Format_Indexed8, Format_Grayscale8, Format_RGB32, Format_ARGB32 (not premultiplied),
 /// Format_RGBA64. It is upright. Resolution stands in its dotsPerMeter values, its ICC profile in `iccProfile`.
-struct Picture {
+struct Picture
+{
     QImage pixels;
-    ImageInfo info;         ///< of the file; `info.size` is larger than the pixels when the decode was reduced
-    QByteArray iccProfile;  ///< as the file holds it; empty when it has none
-    bool partial = false;   ///< the file was damaged; what could be read is here, the rest is blank
+    ImageInfo info; ///< of the file; `info.size` is larger than the pixels when the decode was reduced
+    QByteArray iccProfile; ///< as the file holds it; empty when it has none
+    bool partial = false; ///< the file was damaged; what could be read is here, the rest is blank
 
     bool isNull() const { return pixels.isNull(); }
     bool isReduced() const { return pixels.size() != info.size; }

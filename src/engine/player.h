@@ -30,11 +30,12 @@ public:
     virtual void setVolume(int volume) = 0;
     virtual bool isMuted() const = 0;
     virtual void setMuted(bool muted) = 0;
-    virtual double duration() const = 0;            ///< seconds; 0 while unknown
-    virtual double currentPosition() const = 0;     ///< seconds
+    virtual double duration() const = 0; ///< seconds; 0 while unknown
+    virtual double currentPosition() const = 0; ///< seconds
     virtual void setCurrentPosition(double seconds) = 0;
 
-    /// The frame of now, scaled with black bars into `size` device pixels; null when there is none (sound, nothing loaded).
+    /// The frame of now, scaled with black bars into `size` device pixels; null when there is none (sound, nothing
+    /// loaded).
     virtual QImage frame(QSize size) = 0;
     /// Tells whether anybody looks: a hidden player decodes on but renders nothing.
     virtual void setVisible(bool visible) = 0;
@@ -49,6 +50,6 @@ Q_SIGNALS:
 /// remembered in the cache folder by the files' times; LUMORA_MODULES names another folder to look for the module in.
 bool playerIsPresent();
 
-/// Loads the module at the first call. Null when it cannot be loaded. `options` are extra player options ("ao" = "null"),
-/// for tests.
+/// Loads the module at the first call. Null when it cannot be loaded. `options` are extra player options ("ao" =
+/// "null"), for tests.
 std::unique_ptr<Player> createPlayer(const QMap<QString, QString> &options = {});

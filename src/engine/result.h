@@ -7,17 +7,23 @@
 #include <variant>
 
 /// Why something failed, as one sentence for a log or a developer. Users see only the program's own boxes.
-struct Failure {
+struct Failure
+{
     QString reason;
 };
 
 /// A value or the reason why there is none. It must be looked at; `ignore()` discards one on purpose.
-template<class T>
-class [[nodiscard]] Result
+template <class T> class [[nodiscard]] Result
 {
 public:
-    Result(T value) : m_state(std::move(value)) {}
-    Result(Failure failure) : m_state(std::move(failure)) {}
+    Result(T value)
+        : m_state(std::move(value))
+    {
+    }
+    Result(Failure failure)
+        : m_state(std::move(failure))
+    {
+    }
 
     explicit operator bool() const { return std::holds_alternative<T>(m_state); }
     const T &operator*() const & { return std::get<T>(m_state); }
@@ -33,12 +39,14 @@ private:
     std::variant<T, Failure> m_state;
 };
 
-template<>
-class [[nodiscard]] Result<void>
+template <> class [[nodiscard]] Result<void>
 {
 public:
     Result() = default;
-    Result(Failure failure) : m_failure(std::move(failure)) {}
+    Result(Failure failure)
+        : m_failure(std::move(failure))
+    {
+    }
 
     explicit operator bool() const { return !m_failure; }
     QString reason() const { return m_failure ? m_failure->reason : QString(); }
@@ -49,7 +57,6 @@ private:
 };
 
 /// Says that an outcome is deliberately not looked at.
-template<class T>
-void ignore(T &&)
+template <class T> void ignore(T &&)
 {
 }

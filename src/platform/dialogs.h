@@ -12,18 +12,20 @@
 class QWidget;
 
 /// What the common file dialog is asked: the fields of `CMDialog1`.
-struct FileQuestion {
+struct FileQuestion
+{
     QString title;
-    QString folder;             ///< start folder
+    QString folder; ///< start folder
     QString fileName;
     /// "Visible text (*.Ext)|*.Ext|Next (*.A;*.B)|*.A;*.B|"
     QString filter;
-    QString defaultExtension;   ///< without its dot; added to a name that has none
+    QString defaultExtension; ///< without its dot; added to a name that has none
     bool promptOverwrite = false;
 };
-struct FileAnswer {
+struct FileAnswer
+{
     QString path;
-    int filterIndex = 1;        ///< 1-based
+    int filterIndex = 1; ///< 1-based
 };
 
 /// Every box, file, colour and font dialog and input box of the program goes through here. Tests put a double in that
@@ -38,7 +40,8 @@ public:
     /// The folder with a separator at its end.
     virtual std::optional<QString> chooseFolder(QWidget *owner, const QString &title, const QString &start) = 0;
     /// None on Cancel.
-    virtual std::optional<QString> inputText(QWidget *owner, const QString &title, const QString &prompt, const QString &value) = 0;
+    virtual std::optional<QString> inputText(
+        QWidget *owner, const QString &title, const QString &prompt, const QString &value) = 0;
     virtual std::optional<QColor> chooseColor(QWidget *owner, const QColor &start) = 0;
 };
 

@@ -6,7 +6,8 @@
 /// The user's and the program's folders. Every one ends in a separator.
 
 /// `WindowsSystemFolders1` of the support window: what the jump buttons lead to.
-struct WindowsSystemFolders {
+struct WindowsSystemFolders
+{
     QString desktop() const;
     QString documents() const;
     /// The first existing bookmark of the desktop's file dialogs, else the home folder.

@@ -3,7 +3,8 @@
 #include <QString>
 
 /// A message box as a value: built in a rule file, shown by platform/dialogs.h, compared word for word in tests.
-struct MessageBox {
+struct MessageBox
+{
     enum class Icon { None, Information, Question, Exclamation };
     enum class Buttons { Ok, YesNo, OkCancel };
     enum class Answer { Ok, Yes, No, Cancel };

@@ -11,14 +11,14 @@
 #include <optional>
 #include <utility>
 
-/// The hierarchical store behind the settings, the file associations and the wallpaper values: roots, key paths separated
-/// by "\\", named text values; the unnamed value of a key has the empty name. Names compare without regard to case and keep
-/// the spelling of their first writer.
+/// The hierarchical store behind the settings, the file associations and the wallpaper values: roots, key paths
+/// separated by "\\", named text values; the unnamed value of a key has the empty name. Names compare without regard to
+/// case and keep the spelling of their first writer.
 ///
-/// One text file per root. Every write takes a lock, reads what other processes wrote, changes only what it was asked to,
-/// and replaces the file atomically. A damaged file gives what can be read of it and is kept aside; a store that cannot be
-/// written says so in the result and changes nothing. Paths are at most 1024, names 16383 and values 2^20 characters
-/// long. For the GUI thread only.
+/// One text file per root. Every write takes a lock, reads what other processes wrote, changes only what it was asked
+/// to, and replaces the file atomically. A damaged file gives what can be read of it and is kept aside; a store that
+/// cannot be written says so in the result and changes nothing. Paths are at most 1024, names 16383 and values 2^20
+/// characters long. For the GUI thread only.
 class RegistryStore
 {
 public:
@@ -46,8 +46,8 @@ public:
     /// What is read inside already shows them; the single results tell nothing yet. One inside another joins it.
     Result<void> transaction(const std::function<void()> &changes);
 
-    /// How long a write waits for other processes. After it was in vain once, later writes wait a tenth of a second until
-    /// the lock is free again, so that a dead lock does not stall every click.
+    /// How long a write waits for other processes. After it was in vain once, later writes wait a tenth of a second
+    /// until the lock is free again, so that a dead lock does not stall every click.
     void setLockPatience(std::chrono::milliseconds patience);
 
 private:

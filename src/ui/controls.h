@@ -10,8 +10,7 @@
 /// class makes `QPushButton *cmdUp` with the objectName "cmdUp", child of the window until a layout moves it.
 #define CONTROL(name, Type) Type *name = ::makeControl<Type>(this, #name)
 
-template<class T>
-T *makeControl(QWidget *owner, const char *name)
+template <class T> T *makeControl(QWidget *owner, const char *name)
 {
     T *control = new T(owner);
     control->setObjectName(QString::fromLatin1(name));
@@ -19,8 +18,7 @@ T *makeControl(QWidget *owner, const char *name)
 }
 
 /// A control array: indices First to Last, objectName "chkFileType(13)".
-template<class T, int First, int Last>
-class ControlArray
+template <class T, int First, int Last> class ControlArray
 {
 public:
     static constexpr int first = First;
@@ -43,4 +41,8 @@ private:
     std::array<T *, static_cast<std::size_t>(Last - First + 1)> m_controls{};
 };
 
-#define CONTROL_ARRAY(name, Type, First, Last) ControlArray<Type, First, Last> name{this, #name}
+#define CONTROL_ARRAY(name, Type, First, Last)                                                                         \
+    ControlArray<Type, First, Last> name                                                                               \
+    {                                                                                                                  \
+        this, #name                                                                                                    \
+    }

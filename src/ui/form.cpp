@@ -4,8 +4,8 @@
 
 void Form::formEvent(QWidget *window, QEvent *event)
 {
-    // Some window systems never tell a first activation (no window manager, focus-stealing prevention), so the first show
-    // counts as one. Later activations are the window system's own.
+    // Some window systems never tell a first activation (no window manager, focus-stealing prevention), so the first
+    // show counts as one. Later activations are the window system's own.
     const bool firstShow = event->type() == QEvent::Show && !m_activatedOnce;
     const bool activation = event->type() == QEvent::WindowActivate && m_activatedOnce;
     if ((!firstShow && !activation) || m_activationQueued)

@@ -13,13 +13,13 @@ public:
     virtual ~Form() = default;
 
     /// Runs once, after construction and after form<T>() can find the instance.
-    virtual void Form_Load() {}
+    virtual void Form_Load() { }
     /// Runs at each activation of the window, and once when it is first shown.
-    virtual void Form_Activate() {}
+    virtual void Form_Activate() { }
     /// Asked before the window goes, by the user or by unload<T>(). Setting `cancel` keeps it.
     virtual void Form_QueryUnload(bool &cancel) { Q_UNUSED(cancel); }
     /// The window goes.
-    virtual void Form_Unload() {}
+    virtual void Form_Unload() { }
 
     /// It has gone and waits only for the event loop to take it away: another instance stands for its class by then.
     bool isUnloaded() const { return m_unloaded; }
@@ -38,8 +38,7 @@ private:
 /// Form_QueryUnload, Form_Unload, hide, deleteLater. False when the window wants to stay.
 bool unloadForm(QWidget *window);
 
-template<class Base>
-class FormOf : public Base, public Form
+template <class Base> class FormOf : public Base, public Form
 {
 public:
     using Base::Base;
@@ -63,8 +62,7 @@ using FormMainWindow = FormOf<QMainWindow>;
 using FormDialog = FormOf<QDialog>;
 
 namespace forms {
-template<class T>
-QPointer<T> &slot()
+template <class T> QPointer<T> &slot()
 {
     static QPointer<T> instance;
     return instance;
@@ -72,8 +70,7 @@ QPointer<T> &slot()
 }
 
 /// The one instance of a window class, made and loaded at first use.
-template<class T>
-T &form()
+template <class T> T &form()
 {
     QPointer<T> &slot = forms::slot<T>();
     if (!slot || slot->isUnloaded()) {
@@ -84,15 +81,13 @@ T &form()
     return *slot;
 }
 
-template<class T>
-bool isLoaded()
+template <class T> bool isLoaded()
 {
     return forms::slot<T>() && !forms::slot<T>()->isUnloaded();
 }
 
 /// Unloads a window when it is there; a window that never was is not made for it. False when it wants to stay.
-template<class T>
-bool unload()
+template <class T> bool unload()
 {
     if (!isLoaded<T>())
         return true;

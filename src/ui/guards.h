@@ -9,7 +9,11 @@
 class ScopedFlag
 {
 public:
-    explicit ScopedFlag(bool &flag) : m_flag(flag), m_before(std::exchange(flag, true)) {}
+    explicit ScopedFlag(bool &flag)
+        : m_flag(flag)
+        , m_before(std::exchange(flag, true))
+    {
+    }
     ~ScopedFlag() { m_flag = m_before; }
     ScopedFlag(const ScopedFlag &) = delete;
     ScopedFlag &operator=(const ScopedFlag &) = delete;
@@ -33,7 +37,12 @@ public:
 class DisabledWhile
 {
 public:
-    explicit DisabledWhile(QWidget *widget) : m_widget(widget), m_before(widget->isEnabled()) { widget->setEnabled(false); }
+    explicit DisabledWhile(QWidget *widget)
+        : m_widget(widget)
+        , m_before(widget->isEnabled())
+    {
+        widget->setEnabled(false);
+    }
     ~DisabledWhile() { m_widget->setEnabled(m_before); }
     DisabledWhile(const DisabledWhile &) = delete;
     DisabledWhile &operator=(const DisabledWhile &) = delete;

@@ -120,7 +120,7 @@ QSize ListBox::RowDelegate::sizeHint(const QStyleOptionViewItem &option, const Q
     Q_UNUSED(index);
     const QStyle *style = option.widget ? option.widget->style() : QApplication::style();
     const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &option, option.widget) + 1;
-    return {extent > 0 ? extent + 2 * margin : 0, option.fontMetrics.height() + 2};
+    return {extent > 0 ? extent + 2 * margin : 0, option.fontMetrics.height() + 4};
 }
 
 float EntryWidths::estimate(const QString &text, const QFontMetricsF &metrics)

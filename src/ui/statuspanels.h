@@ -6,7 +6,8 @@
 
 class QLabel;
 
-/// `StatusBar1`: panels numbered from 1, each with an icon and a text that is shortened in the middle when it is too long.
+/// `StatusBar1`: panels numbered from 1, each with an icon and a text that is shortened in the middle when it is too
+/// long.
 class StatusPanels : public QStatusBar
 {
     Q_OBJECT
@@ -24,7 +25,8 @@ protected:
 
 private:
     void showShortened(int panel);
-    struct Panel {
+    struct Panel
+    {
         QLabel *icon = nullptr;
         QLabel *text = nullptr;
         QString full;

@@ -5,8 +5,8 @@
 
 class FolderModel;
 
-/// `Dir1`: a tree of folders with one that is in use. Its path changes by a click, by Enter, a moment after the highlight
-/// was moved by keys, and by setPath.
+/// `Dir1`: a tree of folders with one that is in use. Its path changes by a click, by Enter, a moment after the
+/// highlight was moved by keys, and by setPath.
 class FolderTree : public QTreeView
 {
     Q_OBJECT
@@ -33,7 +33,6 @@ protected:
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
 
 private:
-
     FolderModel *m_folders;
     QString m_path;
     QTimer m_settle; ///< lets keys run through the entries without listing each folder on the way

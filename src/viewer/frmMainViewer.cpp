@@ -268,7 +268,7 @@ void frmMainViewer::mnuOptionsPreferences_Click()
 void frmMainViewer::mnuHelpHelp_Click()
 {
     // The page travels inside the program; a browser needs it as a file.
-    QFile page(QStringLiteral(":/help/index.html"));
+    QFile page(QStringLiteral(":/lumora/help/index.html"));
     const QString path = cacheFolder() + QStringLiteral("help.html");
     if (!page.open(QIODevice::ReadOnly) || !writeFileAtomically(path, page.readAll()))
         return;

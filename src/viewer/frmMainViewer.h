@@ -252,24 +252,26 @@ private:
     int m_displayTicket = 0; ///< grows with each display; a display that finds a newer one inside a yield ends
     int m_itemBeforeWheel =
         0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules
-    int m_listTicket = 0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
+    int m_listTicket =
+        0; ///< grows with each list load and each emptying; a load that finds a newer one inside a yield ends
     bool m_listTakenOver = false; ///< the load that ran last found a newer one
     bool m_readingList = false; ///< what the DisplayList holds is only the beginning of a list
     bool m_layingOut = false;
-    bool m_layOutAgain = false;     ///< a resize came while the layout was at work
+    bool m_layOutAgain = false; ///< a resize came while the layout was at work
     /// Displays do not nest: one that is asked for inside a yield takes the place of the one at work, which ends early.
     enum class Show { Nothing, DisplayItem, SelectionItem, Picture };
     bool m_displaying = false;
     bool m_showing = false;
     Show m_showNext = Show::Nothing;
-    struct {
+    struct
+    {
         QString path;
         bool alreadyDecoded = false;
         double zoom = 1;
     } m_pictureNext;
     bool m_pictureWaits = false;
     bool m_stepping = false;
-    int m_stepWaits = 0;            ///< +1 or -1: a step asked for while one was under way
+    int m_stepWaits = 0; ///< +1 or -1: a step asked for while one was under way
     void showSelected(Show what);
     void showDisplayItemNow();
     void showSelectionItemNow();

@@ -14,8 +14,8 @@
 
 class QLayout;
 
-/// The folder dialog, modal by exec(). Its result is `ChosenFolder` of the globals: the folder with a separator at its end,
-/// empty after Cancel.
+/// The folder dialog, modal by exec(). Its result is `ChosenFolder` of the globals: the folder with a separator at its
+/// end, empty after Cancel.
 class frmSelectPictureDirectoryForm : public FormDialog
 {
     Q_OBJECT
@@ -25,7 +25,7 @@ public:
     CONTROL(lblInfo, QLabel);
     CONTROL_ARRAY(cmdFolder, QToolButton, 0, 3);
     CONTROL_ARRAY(lblButtons, QLabel, 0, 3);
-    CONTROL(Drive1, QComboBox);     ///< mounted volumes, then the bookmarks of the desktop; the item's data is the folder
+    CONTROL(Drive1, QComboBox); ///< mounted volumes, then the bookmarks of the desktop; the item's data is the folder
     CONTROL(Dir1, FolderTree);
     CONTROL(File1, ListBox);
     CONTROL(imgThumbnail, QLabel);
@@ -76,6 +76,6 @@ private:
     void clearPreview();
     void showPreview(const FilePreview &preview);
 
-    bool m_started = false;     ///< the start folder has been picked
-    int m_drive = 0;            ///< the entry of Drive1 to fall back to
+    bool m_started = false; ///< the start folder has been picked
+    int m_drive = 0; ///< the entry of Drive1 to fall back to
 };

@@ -35,7 +35,7 @@ public:
     CONTROL(lblInfo, QLabel);
     CONTROL(Animation1, SearchAnimation);
     CONTROL(cmdCancel, QPushButton);
-    QTimer Timer1;      ///< keeps the window at the front
+    QTimer Timer1; ///< keeps the window at the front
 
     void Form_Load() override;
     void Form_Activate() override;

@@ -1,6 +1,7 @@
 #include "viewer/playercontrols.h"
 
 #include "engine/player.h"
+#include "ui/icons.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -16,6 +17,8 @@
 namespace {
 
 constexpr double milliseconds = 1000.0;
+constexpr int widthForTime = 240;
+constexpr int widthForVolume = 320;
 
 /// A click leads to the place clicked at; the usual page step is of no use in a film.
 class PlaceSlider final : public QSlider
@@ -37,9 +40,9 @@ protected:
     }
 };
 
-void name(QToolButton *button, const QIcon &icon, const QString &text)
+void name(QToolButton *button, const QString &icon, const QString &text)
 {
-    button->setIcon(icon);
+    button->setIcon(themedIcon(icon));
     button->setToolTip(text);
     button->setAccessibleName(text);
 }
@@ -74,7 +77,7 @@ PlayerControls::PlayerControls(QWidget *parent)
 
     m_play = addButton("playOrPause");
     m_stop = addButton("stop");
-    name(m_stop, style()->standardIcon(QStyle::SP_MediaStop), tr("Stop"));
+    name(m_stop, QStringLiteral("media-playback-stop"), tr("Stop"));
     m_position = addSlider("position", tr("Position"));
     m_position->setSingleStep(5 * int(milliseconds));
     m_position->setPageStep(30 * int(milliseconds));
@@ -130,7 +133,7 @@ QSlider *PlayerControls::addSlider(const char *name, const QString &label)
 void PlayerControls::showState(int state, bool hasFile)
 {
     m_playing = state == Player::Playing || state == Player::Transitioning;
-    name(m_play, style()->standardIcon(m_playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay),
+    name(m_play, m_playing ? QStringLiteral("media-playback-pause") : QStringLiteral("media-playback-start"),
         m_playing ? tr("Pause") : tr("Play"));
     m_play->setEnabled(hasFile);
     m_stop->setEnabled(hasFile && state != Player::Stopped);
@@ -148,11 +151,19 @@ void PlayerControls::showTime(double position, double duration)
     m_position->setValue(int(std::min(position * milliseconds, largest)));
 }
 
+/// A narrow bar leaves out what a person misses least.
+void PlayerControls::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_time->setVisible(width() >= widthForTime);
+    m_volume->setVisible(width() >= widthForVolume);
+}
+
 void PlayerControls::showVolume(int volume, bool muted)
 {
     const QSignalBlocker blocker(m_volume);
     m_volume->setValue(volume);
     m_mute->setChecked(muted);
-    name(m_mute, style()->standardIcon(muted ? QStyle::SP_MediaVolumeMuted : QStyle::SP_MediaVolume),
+    name(m_mute, muted ? QStringLiteral("audio-volume-muted") : QStringLiteral("audio-volume-high"),
         muted ? tr("Sound on") : tr("Sound off"));
 }

@@ -29,6 +29,9 @@ Q_SIGNALS:
     void volumeWanted(int volume);
     void muteWanted(bool muted);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     QToolButton *addButton(const char *name);
     QSlider *addSlider(const char *name, const QString &label);

@@ -9,9 +9,10 @@ QString ProperCase(const QString &text);
 QString dimensionsText(int width, int height, double depth);
 
 /// What ShowStatusBarText writes for a name.
-struct StatusText {
-    QString name;           ///< panel 2
-    QString extension;      ///< for the icon: from the first dot of the text; empty for an empty text
+struct StatusText
+{
+    QString name; ///< panel 2
+    QString extension; ///< for the icon: from the first dot of the text; empty for an empty text
 };
 StatusText statusText(const QString &text, bool withDimensions);
 

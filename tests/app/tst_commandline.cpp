@@ -40,14 +40,17 @@ void tst_commandline::argumentsBecomeCommands_data()
     row("no argument is one empty command", {}, {QString()});
     row("an empty argument is none", {QString()}, {QString()});
     row("a path is quoted", {QStringLiteral("/pics/a.jpg")}, {QStringLiteral("\"/pics/a.jpg\"")});
-    row("a relative path starts in the current folder", {QStringLiteral("a b.jpg")}, {QStringLiteral("\"/home/me/a b.jpg\"")});
+    row("a relative path starts in the current folder", {QStringLiteral("a b.jpg")},
+        {QStringLiteral("\"/home/me/a b.jpg\"")});
     row("dots on the way go", {QStringLiteral("../you/./a.jpg")}, {QStringLiteral("\"/home/you/a.jpg\"")});
     row("several files are one command", {QStringLiteral("a.jpg"), QStringLiteral("/b.mp3")},
         {QStringLiteral("\"/home/me/a.jpg\" \"/b.mp3\"")});
     row("a file URI is a path", {QStringLiteral("file:///pics/a%20b.jpg")}, {QStringLiteral("\"/pics/a b.jpg\"")});
     row("a quote in a name makes it a URI", {QStringLiteral("/a\"b.jpg")}, {QStringLiteral("\"file:///a%22b.jpg\"")});
-    row("a line break in a name makes it a URI", {QStringLiteral("/a\nb.jpg")}, {QStringLiteral("\"file:///a%0Ab.jpg\"")});
-    row("a foreign byte in a name makes it a URI", {pathFromBytes("/a\xe4.jpg")}, {QStringLiteral("\"file:///a%E4.jpg\"")});
+    row("a line break in a name makes it a URI", {QStringLiteral("/a\nb.jpg")},
+        {QStringLiteral("\"file:///a%0Ab.jpg\"")});
+    row("a foreign byte in a name makes it a URI", {pathFromBytes("/a\xe4.jpg")},
+        {QStringLiteral("\"file:///a%E4.jpg\"")});
     row("the editor switch", {editor}, {editor});
     row("the folder switch", {folder}, {folder});
     row("the long form of the editor switch", {QStringLiteral("--editor")}, {editor});
@@ -55,11 +58,13 @@ void tst_commandline::argumentsBecomeCommands_data()
     row("a switch twice acts once", {editor, QStringLiteral("--editor")}, {editor});
     row("only the exact word is the switch", {QStringLiteral("/editor/")}, {QStringLiteral("\"/editor/\"")});
     row("another case is a path", {QStringLiteral("/Editor")}, {QStringLiteral("\"/Editor\"")});
-    row("switches come before files", {QStringLiteral("a.jpg"), editor}, {editor, QStringLiteral("\"/home/me/a.jpg\"")});
+    row("switches come before files", {QStringLiteral("a.jpg"), editor},
+        {editor, QStringLiteral("\"/home/me/a.jpg\"")});
     row("two hyphens end the options", {QStringLiteral("--"), QStringLiteral("--help"), editor},
         {QStringLiteral("\"/home/me/--help\" \"/editor\"")});
     row("one hyphen is a file name", {QStringLiteral("-")}, {QStringLiteral("\"/home/me/-\"")});
-    row("the name of a session is passed over", {QStringLiteral("-session"), QStringLiteral("12_34"), QStringLiteral("/a.jpg")},
+    row("the name of a session is passed over",
+        {QStringLiteral("-session"), QStringLiteral("12_34"), QStringLiteral("/a.jpg")},
         {QStringLiteral("\"/a.jpg\"")});
 }
 
@@ -77,11 +82,15 @@ void tst_commandline::wrongOptionsAreOneLineOfError_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("named");
     QTest::newRow("an unknown option") << QStringList{QStringLiteral("--nonsense")} << QStringLiteral("'--nonsense'");
-    QTest::newRow("a known option with a tail") << QStringList{QStringLiteral("--editors")} << QStringLiteral("'--editors'");
+    QTest::newRow("a known option with a tail")
+        << QStringList{QStringLiteral("--editors")} << QStringLiteral("'--editors'");
     QTest::newRow("an unknown letter") << QStringList{QStringLiteral("-x")} << QStringLiteral("'-x'");
-    QTest::newRow("after a file") << QStringList{QStringLiteral("a.jpg"), QStringLiteral("-x")} << QStringLiteral("'-x'");
-    QTest::newRow("screenshot without a file") << QStringList{QStringLiteral("--screenshot")} << QStringLiteral("'--screenshot'");
-    QTest::newRow("screenshot with an empty file") << QStringList{QStringLiteral("--screenshot=")} << QStringLiteral("'--screenshot'");
+    QTest::newRow("after a file") << QStringList{QStringLiteral("a.jpg"), QStringLiteral("-x")}
+                                  << QStringLiteral("'-x'");
+    QTest::newRow("screenshot without a file")
+        << QStringList{QStringLiteral("--screenshot")} << QStringLiteral("'--screenshot'");
+    QTest::newRow("screenshot with an empty file")
+        << QStringList{QStringLiteral("--screenshot=")} << QStringLiteral("'--screenshot'");
 }
 
 void tst_commandline::wrongOptionsAreOneLineOfError()

@@ -18,8 +18,8 @@
 
 namespace {
 
-/// A start of the program as a process of its own: this test program with other arguments. It says what happens to it in
-/// lines on its standard output.
+/// A start of the program as a process of its own: this test program with other arguments. It says what happens to it
+/// in lines on its standard output.
 class Start
 {
 public:
@@ -319,7 +319,9 @@ void tst_instance::onlyTheUserCanReachTheSocket()
     QCOMPARE(running->line(), QStringLiteral("first"));
     int files = 0;
     for (const QFileInfo &entry : QDir(runtimeFolder()).entryInfoList(QDir::Files | QDir::System)) {
-        struct stat state{};
+        struct stat state
+        {
+        };
         QCOMPARE(::stat(QFile::encodeName(entry.filePath()).constData(), &state), 0);
         QVERIFY2((state.st_mode & 077) == 0, qPrintable(entry.fileName()));
         ++files;
@@ -340,8 +342,9 @@ void tst_instance::worksWithoutARuntimeFolder()
         running->tell("end");
         QVERIFY(running->ended());
     }
-    const QStringList left = QDir(runtimeFolder()).entryList({QStringLiteral("*test-*"), QStringLiteral("*test_*")},
-                                                             QDir::Files | QDir::System);
+    const QStringList left =
+        QDir(runtimeFolder())
+            .entryList({QStringLiteral("*test-*"), QStringLiteral("*test_*")}, QDir::Files | QDir::System);
     for (const QString &name : left)
         QVERIFY(QFile::remove(runtimeFolder() + name));
     qunsetenv("DISPLAY");
@@ -364,7 +367,8 @@ void tst_instance::withoutALockEachStartIsOnItsOwn()
 {
     const auto running = first();
     QCOMPARE(running->line(), QStringLiteral("first"));
-    const QString lock = QDir(runtimeFolder()).entryInfoList({QStringLiteral("*.lock")}, QDir::Files).value(0).filePath();
+    const QString lock =
+        QDir(runtimeFolder()).entryInfoList({QStringLiteral("*.lock")}, QDir::Files).value(0).filePath();
     running->tell("end");
     QVERIFY(running->ended());
     QVERIFY(QFile::remove(lock));

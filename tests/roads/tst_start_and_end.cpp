@@ -23,8 +23,8 @@ constexpr int patience = 20'000; ///< milliseconds
 class Run
 {
 public:
-    explicit Run(const QStringList &arguments, const QMap<QString, QString> &environment = {},
-        const QString &command = program)
+    explicit Run(
+        const QStringList &arguments, const QMap<QString, QString> &environment = {}, const QString &command = program)
     {
         QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
         own.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
@@ -44,12 +44,12 @@ public:
     bool saw(const QString &text, int times = 1)
     {
         QDeadlineTimer end(patience);
-        while (m_log.count(text) < times) {
-            if (end.hasExpired() || (!m_process.waitForReadyRead(100) && m_process.state() == QProcess::NotRunning))
-                return false;
+        bool running = true;
+        while (m_log.count(text) < times && running && !end.hasExpired()) {
+            running = m_process.waitForReadyRead(100) || m_process.state() != QProcess::NotRunning;
             m_log += QString::fromUtf8(m_process.readAllStandardError());
         }
-        return true;
+        return m_log.count(text) >= times;
     }
     bool stands() { return saw(QStringLiteral("lumora.viewer: activated")); }
     void signal(int number) { ::kill(pid_t(m_process.processId()), number); }
@@ -96,12 +96,16 @@ private Q_SLOTS:
     void startWhileTheFirstOneEndsBecomesTheNext();
     void editorStartEndsInItsWait();
     void fileAfterAnEditorStartBringsTheMainViewer();
+    void withoutADisplayItSaysSo();
     void nameOfForeignBytesArrives();
     void withoutThePlayerNothingIsWritten();
     void desktopOpensFilesOverTheBus();
 
 private:
-    QString standardList() const { return m_home->path() + QStringLiteral("app/") + QString::fromLatin1(standardListName); }
+    QString standardList() const
+    {
+        return m_home->path() + QStringLiteral("app/") + QString::fromLatin1(standardListName);
+    }
     QStringList listed() const
     {
         const auto bytes = readFile(standardList(), 1 << 20);
@@ -192,7 +196,8 @@ void tst_start_and_end::signalSavesListAndSettings_data()
 void tst_start_and_end::signalSavesListAndSettings()
 {
     QFETCH(int, number);
-    const QStringList paths{m_home->writePicture(QStringLiteral("a.png"), QSize(30, 20)), QStringLiteral("/gone/b.jpg")};
+    const QStringList paths{
+        m_home->writePicture(QStringLiteral("a.png"), QSize(30, 20)), QStringLiteral("/gone/b.jpg")};
     Run run({userList(paths)});
     QVERIFY2(run.saw(QStringLiteral("command taken")) && run.stands(), qPrintable(run.log()));
     QCOMPARE(run.endedBy(number), 0);
@@ -275,13 +280,23 @@ void tst_start_and_end::fileAfterAnEditorStartBringsTheMainViewer()
     QCOMPARE(listed(), QStringList{QStringLiteral("/a.jpg")});
 }
 
+void tst_start_and_end::withoutADisplayItSaysSo()
+{
+    Run run({},
+        {{QStringLiteral("QT_QPA_PLATFORM"), QString()}, {QStringLiteral("DISPLAY"), QString()},
+            {QStringLiteral("WAYLAND_DISPLAY"), QString()}});
+    QCOMPARE(run.status(), 1);
+    QVERIFY2(run.log().contains(QStringLiteral("no display")), qPrintable(run.log()));
+}
+
 void tst_start_and_end::nameOfForeignBytesArrives()
 {
     // The shell makes the name, since a QProcess argument cannot hold such bytes.
     const QString folder = m_home->path() + QStringLiteral("foreign/");
     QVERIFY(QDir().mkpath(folder));
     const QString list = userList({QStringLiteral("/a.jpg")});
-    const QString script = QStringLiteral("cd \"$1\"; name=$(printf 'caf\\351.lsl'); cp \"$2\" \"$name\"; exec \"$3\" \"$name\"");
+    const QString script =
+        QStringLiteral("cd \"$1\"; name=$(printf 'caf\\351.lsl'); cp \"$2\" \"$name\"; exec \"$3\" \"$name\"");
     Run run({QStringLiteral("-c"), script, QStringLiteral("sh"), folder, list, program}, {}, QStringLiteral("/bin/sh"));
     QVERIFY2(run.saw(QStringLiteral("command taken")) && run.stands(), qPrintable(run.log()));
     QCOMPARE(run.endedBy(SIGTERM), 0);
@@ -312,12 +327,12 @@ void tst_start_and_end::desktopOpensFilesOverTheBus()
         QVERIFY2(run.saw(QStringLiteral("org.lumora.Lumora")), qPrintable(run.log()));
         QDBusConnection connection = QDBusConnection::connectToBus(address, QStringLiteral("test"));
         QVERIFY(connection.isConnected());
-        QDBusMessage open = QDBusMessage::createMethodCall(QStringLiteral("org.lumora.Lumora"),
-            QStringLiteral("/org/lumora/Lumora"), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
+        QDBusMessage open =
+            QDBusMessage::createMethodCall(QStringLiteral("org.lumora.Lumora"), QStringLiteral("/org/lumora/Lumora"),
+                QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
         open << QStringList{QStringLiteral("file://") + list} << QVariantMap();
         QDBusMessage answer;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (answer = connection.call(open)).type() == QDBusMessage::ReplyMessage, patience);
+        QTRY_VERIFY_WITH_TIMEOUT((answer = connection.call(open)).type() == QDBusMessage::ReplyMessage, patience);
         QVERIFY2(run.saw(QStringLiteral("command taken")), qPrintable(run.log()));
         QCOMPARE(run.endedBy(SIGTERM), 0);
         QCOMPARE(listed(), QStringList{QStringLiteral("/a.jpg")});

@@ -24,10 +24,10 @@ private:
 
 /// The folder of the sample files with a separator; empty when it is not there, and then said loudly.
 QString samplesFolder();
-#define SKIP_WITHOUT_SAMPLES() \
-    do { \
-        if (samplesFolder().isEmpty()) \
-            QSKIP("SAMPLES MISSING: this test needs ../shared/samples beside the project"); \
+#define SKIP_WITHOUT_SAMPLES()                                                                                         \
+    do {                                                                                                               \
+        if (samplesFolder().isEmpty())                                                                                 \
+            QSKIP("SAMPLES MISSING: this test needs ../shared/samples beside the project");                            \
     } while (false)
 
 /// Lets the program find its loadable modules in the build tree, also when a test is started by hand.

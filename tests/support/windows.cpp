@@ -19,8 +19,7 @@ ScriptedDialogs &ScriptedDialogs::install()
 }
 
 namespace {
-template<class T>
-T take(QQueue<T> &queue, const QString &what, T fallback)
+template <class T> T take(QQueue<T> &queue, const QString &what, T fallback)
 {
     if (queue.isEmpty()) {
         QTest::qFail(qPrintable(QStringLiteral("nobody expected: ") + what), __FILE__, __LINE__);
@@ -53,7 +52,8 @@ std::optional<QString> ScriptedDialogs::chooseFolder(QWidget *, const QString &t
     return take(m_texts, title, std::optional<QString>());
 }
 
-std::optional<QString> ScriptedDialogs::inputText(QWidget *, const QString &title, const QString &prompt, const QString &)
+std::optional<QString> ScriptedDialogs::inputText(
+    QWidget *, const QString &title, const QString &prompt, const QString &)
 {
     textPrompts.append(prompt);
     return take(m_texts, title, std::optional<QString>());
@@ -65,7 +65,7 @@ std::optional<QColor> ScriptedDialogs::chooseColor(QWidget *, const QColor &)
 }
 
 void forEachYield(const std::function<void()> &prepare, const std::function<void()> &work,
-                  const std::function<void()> &disturb, const std::function<void(int)> &check)
+    const std::function<void()> &disturb, const std::function<void(int)> &check)
 {
     int yields = 0;
     prepare();

@@ -9,8 +9,8 @@
 #include <optional>
 #include <variant>
 
-/// A double of the dialogs: answers in the order they were scripted, keeps what was asked, and makes the test fail for a
-/// box nobody expected and, at its end, for an answer nobody asked for.
+/// A double of the dialogs: answers in the order they were scripted, keeps what was asked, and makes the test fail for
+/// a box nobody expected and, at its end, for an answer nobody asked for.
 class ScriptedDialogs : public Dialogs
 {
 public:
@@ -32,7 +32,8 @@ public:
     std::optional<FileAnswer> openFile(QWidget *owner, const FileQuestion &question) override;
     std::optional<FileAnswer> saveFile(QWidget *owner, const FileQuestion &question) override;
     std::optional<QString> chooseFolder(QWidget *owner, const QString &title, const QString &start) override;
-    std::optional<QString> inputText(QWidget *owner, const QString &title, const QString &prompt, const QString &value) override;
+    std::optional<QString> inputText(
+        QWidget *owner, const QString &title, const QString &prompt, const QString &value) override;
     std::optional<QColor> chooseColor(QWidget *owner, const QColor &start) override;
 
 private:
@@ -42,7 +43,7 @@ private:
     QQueue<std::optional<QColor>> m_colors;
 };
 
-/// Runs `work` undisturbed once to count its yields, then once for each yield with `disturb` called at exactly that yield;
-/// `prepare` runs before and `check` after each run.
+/// Runs `work` undisturbed once to count its yields, then once for each yield with `disturb` called at exactly that
+/// yield; `prepare` runs before and `check` after each run.
 void forEachYield(const std::function<void()> &prepare, const std::function<void()> &work,
-                  const std::function<void()> &disturb, const std::function<void(int yield)> &check);
+    const std::function<void()> &disturb, const std::function<void(int yield)> &check);

@@ -102,8 +102,8 @@ void tst_display::missingFileKeepsThePictureAndSaysSo()
     QCOMPARE(globals.CurrentListIndex, 2);
     QCOMPARE(window().lstDisplay->count(), 2);
     QVERIFY2(window().StatusBar1->panelText(2).endsWith(QLatin1String("Gone.Png"), Qt::CaseInsensitive)
-                 || window().StatusBar1->panelText(2).contains(QLatin1String("Not Available"), Qt::CaseInsensitive),
-             qPrintable(window().StatusBar1->panelText(2)));
+            || window().StatusBar1->panelText(2).contains(QLatin1String("Not Available"), Qt::CaseInsensitive),
+        qPrintable(window().StatusBar1->panelText(2)));
 }
 
 void tst_display::whatIsNoPictureLeavesThePictureBefore_data()
@@ -196,7 +196,9 @@ void tst_display::clickInsideEachYieldEndsWithTheClickedItem()
         const QString what = QStringLiteral("yield %1").arg(yield);
         QVERIFY2(shownSize() == (yield == 0 ? QSize(50, 20) : QSize(30, 70)), qPrintable(what));
         QVERIFY2(globals.CurrentListIndex == (yield == 0 ? 2 : 3), qPrintable(what));
-        QVERIFY2(window().StatusBar1->panelText(2) == (yield == 0 ? QStringLiteral("Yb.Png") : QStringLiteral("Yc.Png")), qPrintable(what));
+        QVERIFY2(
+            window().StatusBar1->panelText(2) == (yield == 0 ? QStringLiteral("Yb.Png") : QStringLiteral("Yc.Png")),
+            qPrintable(what));
         QVERIFY2(!QGuiApplication::overrideCursor(), qPrintable(what));
     };
     forEachYield(prepare, work, disturb, check);
@@ -212,14 +214,16 @@ void tst_display::wheelZoomsAtThePointerAndDraggingPans()
     ImagePane *image = window().Image1;
     const QPoint pointer(fitted.width() / 4, fitted.height() / 4);
     Q_EMIT image->wheelTurned(1, pointer);
-    Q_EMIT image->wheelTurned(1, image->mapFromGlobal(window().Picture1->mapToGlobal(QPoint(window().Picture1->width() / 4, 100))));
+    Q_EMIT image->wheelTurned(
+        1, image->mapFromGlobal(window().Picture1->mapToGlobal(QPoint(window().Picture1->width() / 4, 100))));
     QVERIFY(shownSize().width() > window().Picture1->width());
     const QPoint before = image->pos();
     Q_EMIT image->dragged(QPoint(-40, -30));
     QVERIFY(image->pos() != before);
     // Never past the picture's edge.
     Q_EMIT image->dragged(QPoint(100000, 100000));
-    QVERIFY(image->x() <= qMax(0, (window().Picture1->width() - image->width()) / 2) && image->y() <= qMax(0, (window().Picture1->height() - image->height()) / 2));
+    QVERIFY(image->x() <= qMax(0, (window().Picture1->width() - image->width()) / 2)
+        && image->y() <= qMax(0, (window().Picture1->height() - image->height()) / 2));
     // Turning back ends in the fit, with the zoom item that was chosen before.
     for (int i = 0; i < 12; ++i)
         Q_EMIT image->wheelTurned(-1, QPoint(5, 5));

@@ -58,7 +58,8 @@ void tst_fit::zoomItemsCoverTheSpecifiedSteps()
         QVERIFY(factor > before);
         before = factor;
         // The caption tells the factor.
-        QCOMPARE(QString::fromLatin1(zoomCaptions[i - 1]).remove(QLatin1Char(' ')), QString::number(factor * 100) + QLatin1Char('%'));
+        QCOMPARE(QString::fromLatin1(zoomCaptions[i - 1]).remove(QLatin1Char(' ')),
+            QString::number(factor * 100) + QLatin1Char('%'));
     }
     QCOMPARE(zoomFactor(zoomItemAtStart), 1.0);
 }
@@ -77,7 +78,8 @@ void tst_fit::statusTextIsProperCase_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("extension");
     const auto row = [](const char *title, const char *text, bool with, const char *name, const char *extension) {
-        QTest::newRow(title) << QString::fromUtf8(text) << with << QString::fromUtf8(name) << QString::fromUtf8(extension);
+        QTest::newRow(title) << QString::fromUtf8(text) << with << QString::fromUtf8(name)
+                             << QString::fromUtf8(extension);
     };
     row("with dimensions only the name is told", "/home/me/MY picture.JPG", true, "My Picture.Jpg", ".Jpg");
     row("without them the whole text", "/home/me/x.mp3", false, "/Home/Me/X.Mp3", ".Mp3");

@@ -178,6 +178,10 @@ void TestWmp9::framesFillTheRectangleAboveTheBarInDevicePixels()
     QCOMPARE(shown.pixelColor(QPoint(2, 2)), QColor(Qt::red));
     QCOMPARE(shown.pixelColor(QPointF(398, 299 - bar).toPoint() * ratio), QColor(Qt::red));
 
+    m_control->resize(200, 100);
+    QVERIFY(!m_control->grab().isNull());
+    QVERIFY(part<QSlider>("position")->isVisibleTo(m_control.get())
+        && !part<QSlider>("volume")->isVisibleTo(m_control.get()));
     m_control->resize(100, 10);
     QVERIFY(!m_control->grab().isNull());
 }

@@ -106,6 +106,13 @@ QByteArray standardMidiData(const QByteArray &bytes)
     return {};
 }
 
+bool isMidiName(const QString &path)
+{
+    return path.endsWith(QLatin1String(".mid"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".midi"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".rmi"), Qt::CaseInsensitive);
+}
+
 std::unique_ptr<MidiStream> MidiStream::open(const QString &path)
 {
     for (const int level : {FLUID_PANIC, FLUID_ERR, FLUID_WARN, FLUID_INFO, FLUID_DBG})

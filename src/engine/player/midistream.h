@@ -41,5 +41,8 @@ private:
     std::unique_ptr<Synthesizer> m_synthesizer;
 };
 
+/// Whether the name says MIDI; what the file holds is another matter.
+bool isMidiName(const QString &path);
+
 /// The sound of an RMID file's data chunk, a Standard MIDI File as it is, empty for anything else.
 QByteArray standardMidiData(const QByteArray &bytes);

@@ -45,6 +45,9 @@ public:
 
 private:
     enum State { Stopped = 1, Paused = 2, Playing = 3, Transitioning = 9 };
+    /// User data of requests and of observed values; the tickets of files start above them.
+    enum : quint64 { noReply = 0, durationTold = 1, positionTold = 2, firstTicket = 100 };
+
     /// What the library has of the current file: nothing (none set, ended, stopped, failed), not yet all, or all.
     enum class Phase { Nothing, ReadingList, Loading, Loaded };
 
@@ -54,6 +57,9 @@ private:
         std::mutex mutex;
         MpvPlayer *owner = nullptr;
     };
+
+    /// Damaged files tell lengths and positions that are no numbers or lie before the start.
+    static double saneSeconds(double seconds);
 
     bool start(const QMap<QString, QString> &options);
     void command(std::initializer_list<const char *> words);

@@ -40,7 +40,8 @@ constexpr std::size_t maximumClients = 64;
 /// A sender is one write of a process of this program; whoever is slower than this is something else.
 constexpr auto clientPatience = 5s;
 
-struct Message {
+struct Message
+{
     QString command;
     QString token;
 };
@@ -114,8 +115,7 @@ std::optional<sockaddr_un> socketAddress(const Descriptor &folder, const QString
     return address;
 }
 
-template<class Call>
-bool withAddress(sockaddr_un &address, Call call)
+template <class Call> bool withAddress(sockaddr_un &address, Call call)
 {
     return call(static_cast<sockaddr *>(static_cast<void *>(&address)), socklen_t(sizeof address)) == 0;
 }
@@ -153,7 +153,8 @@ bool sendAll(int socket, const QByteArray &bytes, Clock::time_point deadline)
 bool deliver(sockaddr_un address, const QByteArray &message, Clock::time_point deadline)
 {
     const Descriptor socket = streamSocket();
-    if (!socket || !withAddress(address, [&](auto *to, socklen_t size) { return ::connect(socket.number(), to, size); }))
+    if (!socket
+        || !withAddress(address, [&](auto *to, socklen_t size) { return ::connect(socket.number(), to, size); }))
         return false;
     if (!isOwnUser(socket.number()) || !sendAll(socket.number(), message, deadline))
         return false;
@@ -164,7 +165,8 @@ bool deliver(sockaddr_un address, const QByteArray &message, Clock::time_point d
         && std::memcmp(reply, answer, sizeof reply) == 0;
 }
 
-struct Client {
+struct Client
+{
     Descriptor socket;
     QByteArray received;
     Clock::time_point deadline;
@@ -189,7 +191,8 @@ bool readFrom(Client &client, std::optional<Message> &message)
 
 } // namespace
 
-struct Instance::Private {
+struct Instance::Private
+{
     enum class Lock { Taken, Busy, Impossible };
 
     QString folderPath = runtimeFolder();
@@ -303,7 +306,8 @@ void Instance::Private::takeIn(const Client &client, Message message)
     }
     // From here on the command is ours, so the sender may go, however busy the owner's thread is.
     ::send(client.socket.number(), answer, sizeof answer - 1, MSG_NOSIGNAL);
-    QMetaObject::invokeMethod(receiver.get(), [this] { handToOwner(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        receiver.get(), [this] { handToOwner(); }, Qt::QueuedConnection);
 }
 
 void Instance::Private::handToOwner()
@@ -351,7 +355,8 @@ void Instance::listen(std::function<void(const QString &, const QString &)> rece
 {
     d->received = std::move(received);
     if (d->receiver)
-        QMetaObject::invokeMethod(d->receiver.get(), [this] { d->handToOwner(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            d->receiver.get(), [this] { d->handToOwner(); }, Qt::QueuedConnection);
 }
 
 bool Instance::handOver(const QString &command, const QString &activationToken, int milliseconds)

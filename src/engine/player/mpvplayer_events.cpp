@@ -1,0 +1,183 @@
+#include "engine/player/midistream.h"
+#include "engine/player/mpvplayer.h"
+
+#include <mpv/client.h>
+#include <mpv/render.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+constexpr int patienceSeconds = 10;
+}
+
+double MpvPlayer::saneSeconds(double seconds)
+{
+    return std::isfinite(seconds) ? std::max(0.0, seconds) : 0.0;
+}
+
+/// Files with broken time stamps and mounts that died give neither an end nor an error.
+void MpvPlayer::giveUpWhenStuck()
+{
+    m_stillSeconds = m_position == m_watchedPosition ? m_stillSeconds + 1 : 0;
+    m_watchedPosition = m_position;
+    if (m_stillSeconds >= patienceSeconds)
+        stop();
+}
+
+void MpvPlayer::drain()
+{
+    m_drainPosted = false;
+    const std::weak_ptr<int> alive = m_alive;
+    while (!alive.expired()) {
+        const mpv_event *event = mpv_wait_event(m_mpv, 0);
+        if (event->event_id == MPV_EVENT_NONE)
+            return;
+        handle(*event);
+    }
+}
+
+void MpvPlayer::handle(const mpv_event &event)
+{
+    switch (event.event_id) {
+    case MPV_EVENT_COMMAND_REPLY:
+        loadReplied(event);
+        break;
+    case MPV_EVENT_START_FILE:
+        m_startedId = static_cast<const mpv_event_start_file *>(event.data)->playlist_entry_id;
+        break;
+    case MPV_EVENT_FILE_LOADED:
+        if (m_phase == Phase::Loading && m_entryId == m_startedId)
+            fileLoaded();
+        break;
+    case MPV_EVENT_END_FILE: {
+        const auto *end = static_cast<const mpv_event_end_file *>(event.data);
+        // A stop is always our own doing, and the state was changed when it was asked for.
+        if (end->playlist_entry_id == m_entryId && end->reason != MPV_END_FILE_REASON_STOP)
+            fileEnded(end->reason != MPV_END_FILE_REASON_EOF, end->error);
+        break;
+    }
+    case MPV_EVENT_PROPERTY_CHANGE:
+    case MPV_EVENT_GET_PROPERTY_REPLY:
+        valueTold(event);
+        break;
+    default:
+        break;
+    }
+}
+
+/// The answer to a request tells the library's number for the file; from then on its events can be told from older
+/// ones.
+void MpvPlayer::loadReplied(const mpv_event &event)
+{
+    if (event.reply_userdata != m_ticket || m_phase != Phase::Loading)
+        return;
+    const mpv_node &result = static_cast<const mpv_event_command *>(event.data)->result;
+    if (event.error < 0 || result.format != MPV_FORMAT_NODE_MAP) {
+        fileEnded(true, event.error);
+        return;
+    }
+    for (int i = 0; i < result.u.list->num; ++i) {
+        if (std::strcmp(result.u.list->keys[i], "playlist_entry_id") == 0)
+            m_entryId = result.u.list->values[i].u.int64;
+    }
+}
+
+void MpvPlayer::fileLoaded()
+{
+    m_phase = Phase::Loaded;
+    m_position = 0;
+    m_stillSeconds = 0;
+    // Asked for and not only observed: what was observed last may still be the file's before.
+    mpv_get_property_async(m_mpv, m_ticket, "current-tracks/video/id", MPV_FORMAT_INT64);
+    mpv_get_property_async(m_mpv, m_ticket, "duration", MPV_FORMAT_DOUBLE);
+    const std::weak_ptr<int> alive = m_alive;
+    m_events.frameReady();
+    if (!alive.expired() && m_playWanted)
+        setState(m_pauseWanted ? Paused : Playing);
+}
+
+void MpvPlayer::fileEnded(bool failed, int error)
+{
+    const bool wasLoaded = m_phase == Phase::Loaded;
+    const bool otherIsWorthIt = isMidiName(m_entries.at(m_entry)) || error == MPV_ERROR_UNKNOWN_FORMAT;
+    if (failed && !wasLoaded && !m_otherWay && otherIsWorthIt) {
+        m_otherWay = true;
+        loadFile();
+    } else if (m_playWanted && m_entry + 1 < m_entries.size()) {
+        loadEntry(m_entry + 1);
+    } else {
+        finish();
+    }
+}
+
+void MpvPlayer::valueTold(const mpv_event &event)
+{
+    const auto *property = static_cast<const mpv_event_property *>(event.data);
+    const bool observed = event.event_id == MPV_EVENT_PROPERTY_CHANGE;
+    if (m_phase != Phase::Loaded || event.error < 0 || (!observed && event.reply_userdata != m_ticket))
+        return;
+    if (property->format == MPV_FORMAT_INT64) {
+        m_hasPicture = true;
+        m_events.frameReady();
+    } else if (property->format == MPV_FORMAT_DOUBLE && observed && event.reply_userdata == positionTold) {
+        m_position = saneSeconds(*static_cast<const double *>(property->data));
+    } else if (property->format == MPV_FORMAT_DOUBLE) {
+        const double duration = saneSeconds(*static_cast<const double *>(property->data));
+        if (duration > 0 && duration != m_duration) {
+            m_duration = duration;
+            m_events.durationChanged();
+        }
+    }
+}
+
+void MpvPlayer::pictureUpdated()
+{
+    m_picturePosted = false;
+    if (!(mpv_render_context_update(m_render) & MPV_RENDER_UPDATE_FRAME))
+        return;
+    m_imageIsCurrent = false;
+    if (m_visible)
+        m_events.frameReady();
+    else
+        skipFrame();
+}
+
+/// A frame nobody takes would hold the library up for a fifth of a second.
+void MpvPlayer::skipFrame()
+{
+    int skip = 1;
+    int block = 0;
+    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SKIP_RENDERING, &skip},
+        {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &block}, {MPV_RENDER_PARAM_INVALID, nullptr}};
+    mpv_render_context_render(m_render, parameters);
+}
+
+void MpvPlayer::setVisible(bool visible)
+{
+    if (m_visible && !visible)
+        skipFrame();
+    m_visible = visible;
+}
+
+QImage MpvPlayer::frame(QSize size)
+{
+    if (m_phase != Phase::Loaded || !m_hasPicture || size.isEmpty())
+        return QImage();
+    if (m_imageIsCurrent && m_image.size() == size)
+        return m_image;
+    if (m_image.size() != size || !m_image.isDetached())
+        m_image = QImage(size, QImage::Format_RGB32);
+    if (m_image.isNull())
+        return m_image;
+    int extent[] = {size.width(), size.height()};
+    char format[] = "bgr0";
+    std::size_t stride = std::size_t(m_image.bytesPerLine());
+    int block = 0;
+    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SW_SIZE, extent}, {MPV_RENDER_PARAM_SW_FORMAT, format},
+        {MPV_RENDER_PARAM_SW_STRIDE, &stride}, {MPV_RENDER_PARAM_SW_POINTER, m_image.bits()},
+        {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &block}, {MPV_RENDER_PARAM_INVALID, nullptr}};
+    m_imageIsCurrent = mpv_render_context_render(m_render, parameters) >= 0;
+    return m_imageIsCurrent ? m_image : QImage();
+}
