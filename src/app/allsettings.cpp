@@ -120,10 +120,12 @@ void loadColorMenu(int, const QString &text)
     ApplyColorMenu(globals.ColorMNU);
 }
 
+// 0 stands for the usual interval wherever it is used, so it is kept.
 void loadInterval(int, const QString &text)
 {
-    if (const std::optional<int> seconds = number(text))
-        globals.SlideShowInterval = std::clamp(*seconds, 1, 30);
+    const std::optional<int> seconds = number(text);
+    if (seconds && *seconds >= 0 && *seconds <= 30)
+        globals.SlideShowInterval = *seconds;
 }
 
 void loadBackColor(int, const QString &text)
