@@ -23,8 +23,8 @@ struct Setting
 {
     const char *key;
     const char *fallback; ///< null: what the control holds
-    void (*load)(int index, const QString &text);
-    QString (*save)(int index);
+    void (*read)(int index, const QString &text);
+    QString (*write)(int index);
     int first = 0;
     int last = 0;
     bool numbered = false; ///< the index stands behind the key
@@ -220,16 +220,16 @@ void load(const Setting &setting)
     for (int index = setting.first; index <= setting.last; ++index) {
         const QByteArray key = keyOf(setting, index);
         if (setting.fallback)
-            setting.load(index, option(key.constData(), setting.fallback));
+            setting.read(index, option(key.constData(), setting.fallback));
         else
-            setting.load(index, option(key.constData(), qUtf8Printable(setting.save(index))));
+            setting.read(index, option(key.constData(), qUtf8Printable(setting.write(index))));
     }
 }
 
 void save(const Setting &setting)
 {
     for (int index = setting.first; index <= setting.last; ++index) {
-        if (const QString value = setting.save(index); !value.isNull())
+        if (const QString value = setting.write(index); !value.isNull())
             saveOption(keyOf(setting, index).constData(), value);
     }
 }
