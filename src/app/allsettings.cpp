@@ -15,10 +15,10 @@
 #include <string_view>
 
 namespace {
-Q_LOGGING_CATEGORY(settingsLog, "lumora.settings")
+Q_LOGGING_CATEGORY(settingsLog, "lumora.settings", QtWarningMsg)
 
-/// A setting and the control that is its live value. `load` leaves the control as it is when the text cannot be read as
-/// what it should be; without a `save` the control's own handler writes the key.
+/// A setting and the control that is its live value. `read` leaves the control as it is when the text cannot be read as
+/// what it should be; without a `write` the control's own handler writes the key.
 struct Setting
 {
     const char *key;
@@ -59,7 +59,7 @@ template <auto Member> constexpr Setting boxes(const char *key, const char *fall
 template <auto Member> constexpr Setting handledBox(const char *key, const char *fallback)
 {
     Setting setting = box<Member>(key, fallback);
-    setting.save = nullptr;
+    setting.write = nullptr;
     return setting;
 }
 
@@ -163,15 +163,15 @@ constexpr Setting settings[] = {
     boxes<&Pref::chkAVFileType>("IncludeAVFileType", "1"),
     boxes<&Pref::chkPolyFileType>("IncludePolyFileType", "1"),
     global<&Globals::ViewMode>("ViewMode", "0"),
-    {"ColorMNU", "0", loadColorMenu, global<&Globals::ColorMNU>("", "").save},
+    {"ColorMNU", "0", loadColorMenu, global<&Globals::ColorMNU>("", "").write},
     {"ThumbnailBackGroundColor", "0", loadBackColor, nullptr},
-    {"ThumbnailCompressionLevel", "1", choice<&Pref::optThumbnailCompression>("", "").load, nullptr},
+    {"ThumbnailCompressionLevel", "1", choice<&Pref::optThumbnailCompression>("", "").read, nullptr},
     {"ThumbnailSize", "100", loadThumbnailSize, nullptr},
     handledBox<&Pref::chkThumbNailStyle>("ThumbnailStyle", "1"),
     box<&Pref::chkCountFileTypes>("CountFileType", "1"),
     box<&Pref::chkCountFileSize>("CountFileSize", "1"),
     box<&Pref::chkCountFileColorDepth>("CountFileColorDepth", "1"),
-    {"SlideShowInterval", "5", loadInterval, global<&Globals::SlideShowInterval>("", "").save},
+    {"SlideShowInterval", "5", loadInterval, global<&Globals::SlideShowInterval>("", "").write},
     mark<&View::mnuOptionsMinimizeSystemTray>("SystemTrayIcon", "0"),
     mark<&View::mnuSlideShowLoopAround>("MediaShowLoop", "0"),
     toolbarMarks("MediaToolBar", "-1", 0),
