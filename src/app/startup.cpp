@@ -25,6 +25,7 @@
 
 #include <QApplication>
 #include <QLoggingCategory>
+#include <QProcess>
 #include <QSessionManager>
 #include <QTimer>
 
@@ -33,7 +34,7 @@
 #include <filesystem>
 
 namespace {
-Q_LOGGING_CATEGORY(logStart, "lumora.start")
+Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
 
 constexpr int handOverPatience = 5000; ///< milliseconds
 constexpr int handOverAttempts = 3;
@@ -202,6 +203,26 @@ void bringUpWindows(const CommandLine &line)
         viewer.show();
 }
 
+/// Commands of later starts that the end of the program came before. To their senders they are taken.
+QStringList commandsLeftOver(const Instance &instance)
+{
+    QStringList commands;
+    // What the queue holds before the first activation came with this start, which the user has ended himself.
+    if (globals.MainViewerActivated && !form<frmMainViewer>().TakingCommands)
+        commands = form<frmPreviousInstance>().List1->items();
+    commands.removeAll(QString());
+    return commands + instance.untaken();
+}
+
+/// A fresh start carries the last of them out; it waits for the end of this one.
+void startAgainFor(const QStringList &commands)
+{
+    if (commands.isEmpty())
+        return;
+    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), argumentsOfCommand(commands.last())))
+        qCWarning(logStart, "a command came too late: %s", qPrintable(displayPath(commands.last())));
+}
+
 int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool playerPresent)
 {
     char name[] = "lumora";
@@ -219,9 +240,11 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     }
     int status = 0;
     DesktopService desktop;
+    QStringList leftOver;
     atShutDown([&] {
         instance.retire();
         desktop.leaveBus();
+        leftOver = commandsLeftOver(instance);
     });
     bringUpWindows(line);
     if (!line.screenshot.isEmpty()) {
@@ -239,6 +262,9 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     ShutDownProgram();
     finishShutDown();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // A signal ends the session or the program for good: nothing may come after it.
+    if (!signals.haveArrived())
+        startAgainFor(leftOver);
     return status;
 }
 
@@ -296,8 +322,13 @@ void commandArrived(const QString &command, const QString &activationToken)
         return;
     form<frmPreviousInstance>().takeIn(command);
     showMainViewerForCommands();
-    if (!globals.ProgramExiting)
-        BringToFront(frontWindow(), activationToken);
+    if (globals.ProgramExiting)
+        return;
+    // A modal window keeps the keyboard: the one behind it could do nothing with it.
+    QWidget *modal = QApplication::activeModalWidget();
+    BringToFront(frontWindow(), modal ? QString() : activationToken);
+    if (modal)
+        BringToFront(modal, activationToken);
 }
 
 void showMainViewerForCommands()

@@ -21,7 +21,7 @@
 #include <QLoggingCategory>
 
 namespace {
-Q_LOGGING_CATEGORY(logViewer, "lumora.viewer")
+Q_LOGGING_CATEGORY(logViewer, "lumora.viewer", QtWarningMsg)
 
 constexpr int queueTick = 100; ///< milliseconds between two looks into the command queue
 constexpr qint64 longestList = 256 << 20; ///< bytes of a list file among several named files

@@ -179,6 +179,9 @@ void tst_commandline::everyPathSurvivesTheWayThroughACommand()
         QCOMPARE(line.commands.size(), 1);
         QCOMPARE(pathsOfCommand(line.commands.first()), paths);
         QCOMPARE(pathToBytes(pathsOfCommand(line.commands.first()).at(paths.indexOf(path))), bytes);
+        const QStringList again = argumentsOfCommand(line.commands.first());
+        QCOMPARE(QString::fromLatin1(again.join(QLatin1Char(' ')).toLatin1()), again.join(QLatin1Char(' ')));
+        QCOMPARE(parsed(again).commands, line.commands);
     }
 }
 
