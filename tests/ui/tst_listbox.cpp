@@ -20,7 +20,7 @@ private:
         QStringList result;
         result.reserve(count);
         for (int i = 0; i < count; ++i)
-            result.append(QStringLiteral("/home/someone/Pictures/holiday %1/IMG_%2.jpg").arg(i % 97).arg(i));
+            result.append(QStringLiteral("/srv/someone/Pictures/holiday %1/IMG_%2.jpg").arg(i % 97).arg(i));
         return result;
     }
     static QPoint middleOf(const ListBox &list, int row)
