@@ -1,5 +1,4 @@
 #include "app/globals.h"
-#include "app/settings.h"
 #include "platform/filepath.h"
 #include "support/support.h"
 #include "support/windows.h"
@@ -84,13 +83,7 @@ void select(ListBox &list, const QList<int> &indices)
 void tst_lists::initTestCase()
 {
     m_home = std::make_unique<TemporaryHome>();
-    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
-    saveOption("Show Tips at Startup", QStringLiteral("0"));
-    globals.MediaPlayerVersion = 0;
-    window().resize(1000, 700);
-    window().show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window()));
-    QTRY_VERIFY(globals.MainViewerActivated);
+    QVERIFY(showMainViewer());
 }
 
 void tst_lists::init()
