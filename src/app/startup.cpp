@@ -17,6 +17,8 @@
 #include "engine/player.h"
 #include "platform/dialogs.h"
 #include "platform/filepath.h"
+#include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/instance.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "ui/icons.h"
@@ -29,6 +31,7 @@
 #include <QSessionManager>
 #include <QTimer>
 
+#include <clocale>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -181,6 +184,8 @@ void setUpApplication(QApplication &application)
     QGuiApplication::setDesktopFileName(QStringLiteral("org.lumora.Lumora"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     installIconThemes();
+    // QApplication takes the user's locale; the player reads and writes numbers with a dot.
+    std::setlocale(LC_NUMERIC, "C");
     // The end of a session: the settings are on disk before the desktop is told that it may go on.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &application, [](QSessionManager &) {
         if (!globals.ProgramExiting && isLoaded<frmMainViewer>())
@@ -254,6 +259,11 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
         });
     } else if (!globals.ProgramExiting) {
         whenMainViewerStands(&showStartWindows);
+        // What a power cut left of a replaced file is taken away when nobody waits for anything.
+        QTimer::singleShot(5000, &application, [] {
+            for (const QString &folder : {configFolder(), AppFolder()})
+                removeOldTemporaries(folder);
+        });
         instance.listen(&commandArrived);
         desktop.registerOnBus();
     }

@@ -58,8 +58,7 @@ void tst_commandline::argumentsBecomeCommands_data()
     row("a switch twice acts once", {editor, QStringLiteral("--editor")}, {editor});
     row("only the exact word is the switch", {QStringLiteral("/editor/")}, {QStringLiteral("\"/editor/\"")});
     row("another case is a path", {QStringLiteral("/Editor")}, {QStringLiteral("\"/Editor\"")});
-    row("switches come before files", {QStringLiteral("a.jpg"), editor},
-        {editor, QStringLiteral("\"/srv/me/a.jpg\"")});
+    row("switches come before files", {QStringLiteral("a.jpg"), editor}, {editor, QStringLiteral("\"/srv/me/a.jpg\"")});
     row("two hyphens end the options", {QStringLiteral("--"), QStringLiteral("--help"), editor},
         {QStringLiteral("\"/srv/me/--help\" \"/editor\"")});
     row("one hyphen is a file name", {QStringLiteral("-")}, {QStringLiteral("\"/srv/me/-\"")});
