@@ -246,10 +246,14 @@ void tst_lists::removingTheOnlyEntryEmptiesAndStops()
 
 void tst_lists::removingAllOfSeveralLeavesNothingBehind()
 {
-    fill({}, names(QStringLiteral("abc")));
+    fill(names(QStringLiteral("z")), pictures(3));
+    display().selectOnly(0);
+    QVERIFY(!window().Image1->isEmpty());
     select(display(), {0, 1, 2});
     window().mnuSlideShowRunSlideShow->setChecked(true);
     window().RemoveSelectedFromDisplayList();
+    QVERIFY2(window().Image1->isEmpty(), "the picture of an entry that has gone is not shown");
+    QCOMPARE(window().StatusBar1->panelText(2), QString());
     QVERIFY(display().isEmpty());
     QCOMPARE(display().listIndex(), -1);
     QCOMPARE(globals.CurrentListIndex, 0);
