@@ -33,6 +33,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 
@@ -80,6 +81,16 @@ bool anyDisplay()
 void print(FILE *stream, const QString &text)
 {
     std::fputs(text.toLocal8Bit().constData(), stream);
+}
+
+/// While the application object is made: a display that cannot be reached is an error of the call, no crash.
+void endOnFatalMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    print(stderr, qFormatLogMessage(type, context, message) + QLatin1Char('\n'));
+    if (type != QtFatalMsg)
+        return;
+    std::fflush(stderr);
+    std::_Exit(1);
 }
 
 QString activationToken()
@@ -233,7 +244,9 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     char name[] = "lumora";
     char *arguments[] = {name, nullptr};
     int count = 1;
+    const QtMessageHandler usual = qInstallMessageHandler(&endOnFatalMessage);
     LumoraApplication application(count, arguments);
+    qInstallMessageHandler(usual);
     setUpApplication(application);
     signals.watch();
     form<checkjpg>();
@@ -275,6 +288,8 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     // A signal ends the session or the program for good: nothing may come after it.
     if (!signals.haveArrived())
         startAgainFor(leftOver);
+    else if (!leftOver.isEmpty())
+        qCWarning(logStart, "ended before a command: %s", qPrintable(displayPath(leftOver.last())));
     return status;
 }
 
