@@ -74,7 +74,8 @@ QLayout *frmSelectPictureDirectoryForm::makeJumpButtons()
         const QString caption = tr(rows[index].caption);
         button->setIcon(themedIcon(QLatin1String(rows[index].icon)));
         button->setIconSize(QSize(jumpIconPixels, jumpIconPixels));
-        button->setAutoRaise(true);
+        // With a ground of its own: the icons are drawn for the palette's, which may be darker than the gradient.
+        button->setAutoRaise(false);
         button->setFocusPolicy(Qt::StrongFocus);
         button->setAccessibleName(QString(caption).remove(QLatin1Char('&')));
         button->setToolTip(button->accessibleName());
