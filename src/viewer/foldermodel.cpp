@@ -107,8 +107,9 @@ QModelIndex FolderModel::indexOfNode(Node *node) const
 
 bool FolderModel::list(Node *node)
 {
-    if (node->listed)
-        return node->readable;
+    // One that could not be read is tried again each time: it may have been mounted or opened since.
+    if (node->listed && node->readable)
+        return true;
     node->listed = true;
     const std::optional<QStringList> names = folderNames(node->path);
     node->readable = names.has_value();

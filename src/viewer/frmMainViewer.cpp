@@ -141,13 +141,14 @@ void frmMainViewer::makeListPane()
     tabFileList->addTab(lstDisplay, tr("Display"));
     lstSelect->setAccessibleName(tr("Selection list"));
     lstDisplay->setAccessibleName(tr("Display list"));
+    tabFileList->setAccessibleName(tr("Lists"));
     for (QLabel *label : {lblCountLabel, lblCount, lblItemUseLabel, CurrentPicture, txtPrgTitle})
         label->setParent(picFileListBox);
     lblCountLabel->setText(tr("Files in List:"));
     lblItemUseLabel->setText(tr("Item In Use:"));
     lblCount->setText(QStringLiteral("0"));
-    lblCount->setAccessibleName(tr("Files in list"));
-    CurrentPicture->setAccessibleName(tr("Item in use"));
+    lblCount->setAccessibleDescription(tr("Files in list"));
+    CurrentPicture->setAccessibleDescription(tr("Item in use"));
     txtPrgTitle->setAlignment(Qt::AlignCenter);
     lblTextSize->hide();
 

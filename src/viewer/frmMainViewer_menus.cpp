@@ -8,6 +8,7 @@
 
 #include <QMenu>
 #include <QMenuBar>
+#include <QToolButton>
 
 #include <array>
 
@@ -247,6 +248,11 @@ void frmMainViewer::makeToolbar()
     Toolbar1->setWindowTitle(tr("Main Toolbar"));
     Toolbar1->setIconSize(QSize(24, 24));
     addToolBar(Toolbar1);
+    // Qt's own button for what has no room tells nothing of itself.
+    if (auto *more = Toolbar1->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button"))) {
+        more->setAccessibleName(tr("More commands"));
+        more->setToolTip(more->accessibleName());
+    }
     for (const ToolbarRow &row : toolbarRows) {
         if (row.group)
             Toolbar1->addSeparator();

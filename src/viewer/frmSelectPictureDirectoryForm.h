@@ -68,6 +68,7 @@ private:
     QLayout *makeFileColumn();
     QWidget *makePreview();
     QLayout *makeButtonRow();
+    void placeFocus();
     void connectControls();
     void fillDrives();
     void setDriveOf(const QString &folder);

@@ -52,6 +52,7 @@ frmSelectPictureDirectoryForm::frmSelectPictureDirectoryForm(QWidget *parent)
     all->addWidget(columns, 1);
     all->addWidget(lblInfo);
     all->addLayout(makeButtonRow());
+    placeFocus();
     connectControls();
     resize(900, 560);
 }
@@ -73,7 +74,8 @@ QLayout *frmSelectPictureDirectoryForm::makeJumpButtons()
         const QString caption = tr(rows[index].caption);
         button->setIcon(themedIcon(QLatin1String(rows[index].icon)));
         button->setIconSize(QSize(jumpIconPixels, jumpIconPixels));
-        button->setAutoRaise(true);
+        // With a ground of its own: the icons are drawn for the palette's, which may be darker than the gradient.
+        button->setAutoRaise(false);
         button->setFocusPolicy(Qt::StrongFocus);
         button->setAccessibleName(QString(caption).remove(QLatin1Char('&')));
         button->setToolTip(button->accessibleName());
@@ -134,7 +136,7 @@ QWidget *frmSelectPictureDirectoryForm::makePreview()
     imgThumbnail->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     lblFileName->setWordWrap(true);
     lblFileName->setTextFormat(Qt::PlainText);
-    lblFileName->setAccessibleName(tr("Name of the file"));
+    lblFileName->setAccessibleDescription(tr("Name of the file"));
     lblFileName->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     const std::pair<QString, QLabel *> rows[] = {
@@ -148,7 +150,7 @@ QWidget *frmSelectPictureDirectoryForm::makePreview()
         const auto &[caption, value] = rows[index];
         lblFileInfo[index]->setText(caption);
         value->setTextFormat(Qt::PlainText);
-        value->setAccessibleName(caption);
+        value->setAccessibleDescription(caption); // its name is what it says
         values->addWidget(lblFileInfo[index], index, 0);
         values->addWidget(value, index, 1);
     }
@@ -181,6 +183,18 @@ QLayout *frmSelectPictureDirectoryForm::makeButtonRow()
     row->addWidget(cmdOK);
     row->addWidget(cmdCancel);
     return row;
+}
+
+/// The Tab key goes as the eye does; the columns were put together apart from the window and would come last.
+void frmSelectPictureDirectoryForm::placeFocus()
+{
+    QWidget *before = cmdFolder[cmdFolder.last];
+    for (QWidget *control :
+        std::initializer_list<QWidget *>{Drive1, Dir1, File1, chkSearchSubs, cmdSelectFileTypes, cmdOK, cmdCancel}) {
+        setTabOrder(before, control);
+        before = control;
+    }
+    Dir1->setFocus();
 }
 
 void frmSelectPictureDirectoryForm::connectControls()

@@ -24,7 +24,7 @@ void paintSheet(QPainter &painter, const QRectF &sheet, const QPalette &palette)
     painter.setBrush(palette.color(QPalette::Base));
     painter.drawRoundedRect(sheet, 3, 3);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(palette.color(QPalette::Mid));
+    painter.setBrush(palette.color(QPalette::PlaceholderText));
     const qreal line = sheet.height() / 8;
     for (int row = 2; row < 7; row += 2)
         painter.drawRect(

@@ -1,6 +1,7 @@
 #include "app/globals.h"
 #include "app/settings.h"
 #include "platform/filepath.h"
+#include "platform/files.h"
 #include "platform/folders.h"
 #include "shell/frmPreferences.h"
 #include "support/support.h"
@@ -14,6 +15,7 @@
 
 #include <QtTest>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 /// The folder dialog and the search into the selection list: real windows, scripted boxes.
@@ -27,7 +29,6 @@ private Q_SLOTS:
     void cleanup();
     void theStartFolderFollowsThePreference_data();
     void theStartFolderFollowsThePreference();
-    void everyControlHasANameForReaders();
     void aFolderShowsItsFilesInTheOrderOfCollection();
     void aFolderWithoutFilesShowsNone();
     void keysHighlightAndEnterTakes();
@@ -38,6 +39,8 @@ private Q_SLOTS:
     void thePreviewTellsWhatTheFileIs();
     void quickClicksEndWithTheLastFile();
     void aFolderThatVanishesUnderTheDialogDoesNoHarm();
+    void aFolderThatOpensLaterCanBeEntered();
+    void namesOfEveryKindAreFoundAndPreviewed();
     void cancelInEachFormGivesNoFolderAndAnEmptyList_data();
     void cancelInEachFormGivesNoFolderAndAnEmptyList();
     void okSearchesTheFolderAlone();
@@ -166,30 +169,6 @@ void tst_select_folder::theStartFolderFollowsThePreference()
     saveOption("UserChoiceOpenFolder", inHome(chosen));
     Dialog &dialog = openAt(inHome(last));
     QCOMPARE(dialog.Dir1->path(), inHome(start));
-}
-
-void tst_select_folder::everyControlHasANameForReaders()
-{
-    Dialog &dialog = openAt(base());
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Lumora - Select File Directory"));
-    const QList<QWidget *> all = dialog.findChildren<QWidget *>();
-    QSet<QChar> mnemonics;
-    for (QWidget *widget : all) {
-        const auto *button = qobject_cast<QAbstractButton *>(widget);
-        const bool takesInput = widget->focusPolicy() != Qt::NoFocus && !widget->objectName().isEmpty();
-        if (takesInput && !widget->objectName().startsWith(QLatin1String("qt_")))
-            QVERIFY2(!widget->accessibleName().isEmpty() || (button && !button->text().isEmpty()),
-                qPrintable(widget->objectName()));
-        const auto *label = qobject_cast<QLabel *>(widget);
-        const QString text = label && label->buddy() ? label->text() : button ? button->text() : QString();
-        const qsizetype mark = text.indexOf(QLatin1Char('&'));
-        if (mark < 0)
-            continue;
-        const QChar key = text[mark + 1].toUpper();
-        QVERIFY2(!mnemonics.contains(key), qPrintable(text));
-        mnemonics.insert(key);
-    }
-    QVERIFY(mnemonics.size() >= 10);
 }
 
 void tst_select_folder::aFolderShowsItsFilesInTheOrderOfCollection()
@@ -342,6 +321,57 @@ void tst_select_folder::aFolderThatVanishesUnderTheDialogDoesNoHarm()
     dialog.Form_Activate();
     QVERIFY(dialog.Dir1->setPath(base()));
     QCOMPARE(dialog.File1->count(), 0);
+}
+
+void tst_select_folder::aFolderThatOpensLaterCanBeEntered()
+{
+    write("late/1.jpg");
+    const QString late = base() + QStringLiteral("late");
+    QVERIFY(QFile::setPermissions(late, {}));
+    if (folderExists(late) && listFolder(late)) {
+        // Whoever may read everything gets the same by a folder that goes and comes back.
+        QVERIFY(QFile::setPermissions(late, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QVERIFY(QDir(late).removeRecursively());
+        write("late");
+    }
+    Dialog &dialog = openAt(base());
+    QVERIFY(!dialog.Dir1->setPath(late));
+    QCOMPARE(dialog.Dir1->path(), base().chopped(1));
+    ignore(QFile::remove(late));
+    ignore(QFile::setPermissions(late, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    write("late/1.jpg");
+    QVERIFY(dialog.Dir1->setPath(late));
+    QCOMPARE(dialog.File1->items(), QStringList(QStringLiteral("1.jpg")));
+}
+
+void tst_select_folder::namesOfEveryKindAreFoundAndPreviewed()
+{
+    const QString picture = m_home->writePicture(QStringLiteral("plain.png"), QSize(64, 32));
+    const QVector<QByteArray> names = {"#1 50%.png", "%20.png", "<b>&amp;.png", "a\"b'c.png", "line\nbreak.png",
+        "semi;colon?.png", "back\\slash*.png", "foreign\xE9\xFF.png", " blank .png"};
+    const QString folder = base() + pathFromBytes("#\"\xFF\n%41/");
+    QCOMPARE(::mkdir(pathToBytes(folder).constData(), 0700), 0);
+    for (const QByteArray &name : names)
+        QCOMPARE(::link(pathToBytes(picture).constData(), pathToBytes(folder + pathFromBytes(name)).constData()), 0);
+    Dialog &dialog = openAt(folder);
+    QTRY_COMPARE(dialog.File1->count(), static_cast<int>(names.size()));
+    for (int row = 0; row < dialog.File1->count(); ++row) {
+        dialog.File1->selectOnly(row);
+        QTRY_COMPARE(dialog.lblWidth->text(), QStringLiteral("64 Pixels"));
+        QCOMPARE(dialog.lblFileName->text(), displayPath(dialog.File1->itemText(row)));
+    }
+    release();
+    for (const bool tree : {false, true}) {
+        searchFolderInto(tree ? base() : folder, tree);
+        QStringList found = viewer().lstSelect->items();
+        QCOMPARE(found.size(), names.size());
+        for (const QByteArray &name : names)
+            QVERIFY2(found.contains(folder + pathFromBytes(name)), name.constData());
+    }
+    viewer().cmdClearSelectionList_Click();
+    for (const QByteArray &name : names)
+        QCOMPARE(::unlink(pathToBytes(folder + pathFromBytes(name)).constData()), 0);
+    QCOMPARE(::rmdir(pathToBytes(folder).constData()), 0);
 }
 
 void tst_select_folder::cancelInEachFormGivesNoFolderAndAnEmptyList_data()
