@@ -63,6 +63,9 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         Q_EMIT itemPainted();
         prefetchNeighbours();
     });
+    connect(wmp9, &MediaPlayerControl::PlayStateChange, this, &frmMainViewer::wmp9_PlayStateChange);
+    connect(&tmrShowPlayTime, &QTimer::timeout, this, &frmMainViewer::tmrShowPlayTime_Timer);
+    tmrShowPlayTime.setInterval(500);
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
     // The clock of the status bar; a second's look keeps the minute right.
     connect(&m_clock, &QTimer::timeout, this, &frmMainViewer::showDateAndTime);
