@@ -30,7 +30,7 @@
 frmMainViewer::frmMainViewer(QWidget *parent)
     : FormMainWindow(parent)
     , Image1(new ImagePane(Picture1))
-    , StatusBar1(new StatusPanels({0, 4, 2, 0, 0, 0}, this))
+    , StatusBar1(new StatusPanels({0, 1, 1, 0, 0, 0}, this))
 {
     setWindowTitle(tr("Tessaly Lumora V3"));
     setWindowIcon(themedIcon(QStringLiteral("lumora")));
