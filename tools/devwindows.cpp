@@ -123,6 +123,8 @@ void makeDark()
     QPalette palette(QColor(53, 56, 60));
     palette.setColor(QPalette::Base, QColor(35, 38, 41));
     palette.setColor(QPalette::Highlight, QColor(61, 122, 184));
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        palette.setColor(QPalette::Disabled, role, QColor(140, 143, 148));
     QApplication::setPalette(palette);
 }
 

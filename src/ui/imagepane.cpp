@@ -74,9 +74,13 @@ void ImagePane::paintEvent(QPaintEvent *event)
     if (!d->picture || width() < 1 || height() < 1)
         return;
     const double ratio = devicePixelRatioF();
-    const QSize target(std::max(1, int(std::lround(width() * ratio))), std::max(1, int(std::lround(height() * ratio))));
+    QSize target(std::max(1, int(std::lround(width() * ratio))), std::max(1, int(std::lround(height() * ratio))));
     QPainter painter(this);
 
+    // A widget holds whole units of a scaled desktop. A picture that misses them by less than one is not resampled.
+    const QSize rest = target - d->picture->current().pixels.size();
+    if (std::abs(rest.width()) < ratio && std::abs(rest.height()) < ratio)
+        target = d->picture->current().pixels.size();
     const bool keepScaled = qint64(target.width()) * target.height() <= maximumScaledPixels;
     if (d->source.isNull()
         || (d->source.isReduced()
@@ -103,7 +107,10 @@ void ImagePane::paintEvent(QPaintEvent *event)
     const QRectF visible = event->rect();
     if (keepScaled) {
         const QRectF part(visible.x() * ratio, visible.y() * ratio, visible.width() * ratio, visible.height() * ratio);
-        painter.drawImage(visible, d->scaled, part);
+        const QRect pixelsOfPart = part.toAlignedRect().intersected(d->scaled.rect());
+        // In device pixels the copy needs no scaling, which would repeat or drop a row on a scaled desktop.
+        painter.scale(1 / ratio, 1 / ratio);
+        painter.drawImage(pixelsOfPart.topLeft(), d->scaled, pixelsOfPart);
     } else {
         const double sx = double(pixels.width()) / width();
         const double sy = double(pixels.height()) / height();

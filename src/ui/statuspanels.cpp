@@ -24,6 +24,7 @@ StatusPanels::StatusPanels(const QVector<int> &stretches, QWidget *parent)
         row->addWidget(panel.text, 1);
         if (stretches[i] > 0)
             panel.text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        panel.text->installEventFilter(this);
         addWidget(frame, stretches[i]);
         m_panels.append(panel);
     }
@@ -58,11 +59,16 @@ QIcon StatusPanels::panelIcon(int panel) const
     return m_panels[panel - 1].image;
 }
 
-void StatusPanels::resizeEvent(QResizeEvent *event)
+/// A panel changes its room without a new size of the bar too: an icon comes, a neighbour gets a longer text.
+bool StatusPanels::eventFilter(QObject *watched, QEvent *event)
 {
-    QStatusBar::resizeEvent(event);
-    for (int i = 1; i <= m_panels.size(); ++i)
-        showShortened(i);
+    if (event->type() == QEvent::Resize) {
+        for (int i = 1; i <= m_panels.size(); ++i) {
+            if (m_panels[i - 1].text == watched)
+                showShortened(i);
+        }
+    }
+    return QStatusBar::eventFilter(watched, event);
 }
 
 void StatusPanels::showShortened(int panel)

@@ -21,7 +21,7 @@ public:
     QIcon panelIcon(int panel) const;
 
 protected:
-    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void showShortened(int panel);

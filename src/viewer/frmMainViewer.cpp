@@ -31,7 +31,7 @@
 frmMainViewer::frmMainViewer(QWidget *parent)
     : FormMainWindow(parent)
     , Image1(new ImagePane(Picture1))
-    , StatusBar1(new StatusPanels({0, 4, 2, 0, 0, 0}, this))
+    , StatusBar1(new StatusPanels({0, 1, 1, 0, 0, 0}, this))
 {
     setWindowTitle(tr("Tessaly Lumora V3"));
     setWindowIcon(themedIcon(QStringLiteral("lumora")));
@@ -64,6 +64,9 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         Q_EMIT itemPainted();
         prefetchNeighbours();
     });
+    connect(wmp9, &MediaPlayerControl::PlayStateChange, this, &frmMainViewer::wmp9_PlayStateChange);
+    connect(&tmrShowPlayTime, &QTimer::timeout, this, &frmMainViewer::tmrShowPlayTime_Timer);
+    tmrShowPlayTime.setInterval(500);
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
     // The clock of the status bar; a second's look keeps the minute right.
     connect(&m_clock, &QTimer::timeout, this, &frmMainViewer::showDateAndTime);

@@ -202,6 +202,16 @@ public:
     void ShowStatusBarText(const QString &text, bool withDimensions);
     void ShowFileTypeIcon(const QString &extension);
     void OpenDisplayItem();
+
+    // --- playback: frmMainViewer_playback.cpp
+    void wmp9_PlayStateChange(int newState);
+    void tmrShowPlayTime_Timer();
+    /// Gives the player the volume of the store.
+    void ApplyStoredVolume();
+    /// Writes position and duration into panel 3.
+    void ShowPlayTime();
+
+    // --- decoding: frmMainViewer_display.cpp
     void ReadImageInfo(const QString &path, int &width, int &height, float &depth);
     void LoadImageIntoViewer(const QString &path);
 
@@ -241,6 +251,9 @@ private:
     void applyToolbarStyle();
     int photoCDSizeIndex() const;
     QSize displayTarget() const;
+    QSize paneSize() const;
+    QSize sizeOnScreen(QSize pixels) const;
+    void updatePlayTimePanel();
     void placeImage(QSize size, QSize pane);
     void wheelZoom(int steps, QPoint position);
     void zoomFreely(int item, QPoint position);

@@ -5,6 +5,7 @@
 #include "app/mediatypes.h"
 #include "app/settings.h"
 #include "engine/picturecache.h"
+#include "engine/rounding.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "shell/frmPreferences.h"
@@ -143,6 +144,7 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
     if (!FileExists(path)) {
         tmrShowPlayTime.stop();
         ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
+        updatePlayTimePanel();
         Yield();
         return;
     }
@@ -150,8 +152,8 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
     if (present) {
         wmp9->stop();
         wmp9->setGeometry(Picture1->geometry());
-        wmp9->setVolume(qBound(0, number(option("MMVolume", "100")).value_or(100), 100));
     }
+    ApplyStoredVolume();
     Picture1->hide();
     if (present && !mnuViewFullWidthList->isChecked()) {
         wmp9->show();
@@ -183,6 +185,7 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
     if (setPosition == 1)
         lstDisplay->setSelected(globals.CurrentListIndex - 1, true);
     ShowStatusBarText(FileNameOfPath(path), false);
+    updatePlayTimePanel();
     Yield();
 }
 
@@ -244,7 +247,6 @@ void frmMainViewer::showPictureNow(const QString &path, bool alreadyDecoded, dou
         leaveFreeZoom();
         zoom = GetZoomFactor();
     }
-    QSize pane = Picture1->size();
     UpdateMenuAndToolbarState();
     Yield();
     if (m_displayTicket != ticket || globals.ProgramExiting)
@@ -257,7 +259,7 @@ void frmMainViewer::showPictureNow(const QString &path, bool alreadyDecoded, dou
     Yield();
     if (m_displayTicket != ticket || globals.ProgramExiting)
         return;
-    pane = Picture1->size();
+    const QSize pane = paneSize();
     globals.OriginalImageWidth = globals.ImageWidth;
     globals.OriginalImageHeight = globals.ImageHeight;
     StatusBar1->setPanelText(4, QString::number(zoom * 100) + QLatin1Char('%'));
@@ -275,8 +277,30 @@ void frmMainViewer::showPictureNow(const QString &path, bool alreadyDecoded, dou
 void frmMainViewer::placeImage(QSize size, QSize pane)
 {
     const bool stretched = form<frmPreferences>().chkStretch->isChecked();
-    Image1->setGeometry(placeInPane(size, pane, stretched));
+    if (stretched) {
+        Image1->setGeometry(Picture1->rect());
+    } else {
+        const QRect place = placeInPane(size, pane, false);
+        const double ratio = devicePixelRatioF();
+        const QPoint corner(roundToInt(place.x() / ratio), roundToInt(place.y() / ratio));
+        Image1->setGeometry(QRect(corner, sizeOnScreen(size)));
+    }
     Image1->show();
+}
+
+/// The pane in the pixels of the screen: at a zoom of 100 % one pixel of the picture is one of the screen, at any scale
+/// of the desktop.
+QSize frmMainViewer::paneSize() const
+{
+    const double ratio = devicePixelRatioF();
+    return {int(Picture1->width() * ratio), int(Picture1->height() * ratio)};
+}
+
+/// Room on the desktop for a picture of that many pixels of the screen.
+QSize frmMainViewer::sizeOnScreen(QSize pixels) const
+{
+    const double ratio = devicePixelRatioF();
+    return {qMax(1, int(std::ceil(pixels.width() / ratio))), qMax(1, int(std::ceil(pixels.height() / ratio)))};
 }
 
 void frmMainViewer::ShowStatusBarText(const QString &text, bool withDimensions)
@@ -328,7 +352,7 @@ int frmMainViewer::photoCDSizeIndex() const
 
 QSize frmMainViewer::displayTarget() const
 {
-    return (QSizeF(Picture1->size()) * devicePixelRatioF()).toSize().expandedTo(QSize(64, 64));
+    return paneSize().expandedTo(QSize(64, 64));
 }
 
 void frmMainViewer::ReadImageInfo(const QString &path, int &width, int &height, float &depth)
@@ -399,7 +423,7 @@ void frmMainViewer::wheelZoom(int steps, QPoint position)
 {
     if (Image1->isEmpty() || globals.OriginalImageWidth < 1 || form<frmPreferences>().chkStretch->isChecked())
         return;
-    const double shown = double(Image1->width()) / globals.OriginalImageWidth;
+    const double shown = Image1->width() * devicePixelRatioF() / globals.OriginalImageWidth;
     int item = 0;
     if (steps > 0) {
         for (int i = zoomItemLast; i >= zoomItemFirst && zoomFactor(i) > shown * 1.001; --i)
@@ -408,8 +432,9 @@ void frmMainViewer::wheelZoom(int steps, QPoint position)
         for (int i = zoomItemFirst; i <= zoomItemLast && zoomFactor(i) < shown * 0.999; ++i)
             item = i;
         // Below the size at which the whole picture fits there is nothing more to see: back to the fit rules.
-        const double fits = std::min(double(Picture1->width()) / globals.OriginalImageWidth,
-            double(Picture1->height()) / globals.OriginalImageHeight);
+        const QSize pane = paneSize();
+        const double fits = std::min(
+            double(pane.width()) / globals.OriginalImageWidth, double(pane.height()) / globals.OriginalImageHeight);
         if (fits < 1 && m_itemBeforeWheel != 0 && (item == 0 || zoomFactor(item) < fits)) {
             ShowPictureInViewer(globals.CurrentMediaFile, true, GetZoomFactor());
             return;
@@ -429,8 +454,9 @@ void frmMainViewer::zoomFreely(int item, QPoint position)
         mnuEditZoomLevel[size_t(i)]->setChecked(i == item);
     const double zoom = zoomFactor(item);
     StatusBar1->setPanelText(4, QString::number(zoom * 100) + QLatin1Char('%'));
-    const QSize size(qMax(1, int(std::lround(globals.OriginalImageWidth * zoom))),
+    const QSize pixels(qMax(1, int(std::lround(globals.OriginalImageWidth * zoom))),
         qMax(1, int(std::lround(globals.OriginalImageHeight * zoom))));
+    const QSize size = sizeOnScreen(pixels);
     // The point of the picture under the pointer stays under the pointer.
     const QPoint pointer = Image1->pos() + position;
     const double fx = double(position.x()) / qMax(1, Image1->width());
@@ -441,7 +467,7 @@ void frmMainViewer::zoomFreely(int item, QPoint position)
     if (enlarges && Image1->picture()->current().isReduced()) {
         const Hourglass hourglass;
         ignore(Image1->picture()->atLeast(
-            QSize(qMin(size.width(), globals.OriginalImageWidth), qMin(size.height(), globals.OriginalImageHeight))));
+            pixels.boundedTo(QSize(globals.OriginalImageWidth, globals.OriginalImageHeight))));
     }
     Image1->setGeometry(QRect(corner, size));
     panBy(QPoint(0, 0));

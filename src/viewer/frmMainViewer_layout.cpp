@@ -139,6 +139,9 @@ void frmMainViewer::mnuViewFullPlayerImage_Click()
         cmdLeftOne, cmdLeftAll, cmdUp, cmdDown, lblCountLabel, lblCount, lblItemUseLabel, CurrentPicture, txtPrgTitle};
     for (QWidget *control : listControls)
         control->setVisible(!on);
+    // The hidden list lost the keyboard; the arrows shall step again once it is back.
+    if (!on && (!focusWidget() || picFileListBox->isAncestorOf(focusWidget())))
+        tabFileList->currentWidget()->setFocus();
     cmdWideList->setEnabled(!on);
     mnuViewFullWidthList->setEnabled(!on);
     const bool playerShown = globals.MediaPlayerVersion == 9.0f && wmp9->isVisible();
@@ -155,7 +158,8 @@ void frmMainViewer::mnuViewFullWidthList_Click()
     cmdWideList->setText(on ? QStringLiteral("<") : QStringLiteral(">"));
     cmdWideMediaPlayer->setEnabled(!on);
     mnuViewFullPlayerImage->setEnabled(!on);
-    const bool motion = GetMediaKind(lstDisplay->text()) == kindMotion && !lstDisplay->text().isEmpty();
+    // What is on show may come from either list; a picture takes the player's file away.
+    const bool motion = globals.MediaPlayerVersion == 9.0f && !wmp9->url().isEmpty();
     Picture1->setVisible(!on && !motion);
     wmp9->setVisible(!on && motion);
     Form_Resize();

@@ -211,6 +211,8 @@ void TestPlayer::framesShowTheColourOfTheirSecond()
         }
         QCOMPARE(m_player->frame(QSize(33, 77)).size(), QSize(33, 77));
         QCOMPARE(m_player->frame(QSize(33, 77)).format(), QImage::Format_RGB32);
+        const QImage small = m_player->frame(QSize(33, 77));
+        QCOMPARE(qAlpha(reinterpret_cast<const QRgb *>(small.constScanLine(38))[16]), 255);
         QVERIFY(m_player->frame(QSize()).isNull());
     }
     m_player->setUrl(QString());

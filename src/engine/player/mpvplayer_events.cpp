@@ -161,6 +161,17 @@ void MpvPlayer::setVisible(bool visible)
     m_visible = visible;
 }
 
+/// The library leaves the fourth byte of a pixel open. A window whose surface has transparency would let what is behind
+/// it shine through the video.
+static void makeOpaque(QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x)
+            line[x] |= 0xff000000U;
+    }
+}
+
 QImage MpvPlayer::frame(QSize size)
 {
     if (m_phase != Phase::Loaded || !m_hasPicture || size.isEmpty())
@@ -179,5 +190,6 @@ QImage MpvPlayer::frame(QSize size)
         {MPV_RENDER_PARAM_SW_STRIDE, &stride}, {MPV_RENDER_PARAM_SW_POINTER, m_image.bits()},
         {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &block}, {MPV_RENDER_PARAM_INVALID, nullptr}};
     m_imageIsCurrent = mpv_render_context_render(m_render, parameters) >= 0;
+    makeOpaque(m_image);
     return m_imageIsCurrent ? m_image : QImage();
 }

@@ -1,0 +1,194 @@
+#include "app/globals.h"
+#include "app/settings.h"
+#include "support/support.h"
+#include "support/windows.h"
+#include "viewer/frmMainViewer.h"
+
+#include <QtTest>
+
+namespace {
+
+/// A player that is in the state it is put into, and plays at once when told to.
+class SetPlayer final : public Player
+{
+public:
+    PlayState state = Stopped;
+    QString file;
+    int loudness = 100;
+
+    void change(PlayState now)
+    {
+        state = now;
+        Q_EMIT playStateChanged(now);
+    }
+    void setUrl(const QString &path) override
+    {
+        file = path;
+        change(Stopped);
+    }
+    QString url() const override { return file; }
+    void play() override { change(Playing); }
+    void pause() override { change(Paused); }
+    void stop() override { change(Stopped); }
+    PlayState playState() const override { return state; }
+    int volume() const override { return loudness; }
+    void setVolume(int volume) override { loudness = volume; }
+    bool isMuted() const override { return false; }
+    void setMuted(bool) override { }
+    double duration() const override { return 3725.4; }
+    double currentPosition() const override { return 61.9; }
+    void setCurrentPosition(double) override { }
+    QImage frame(QSize) override { return {}; }
+    void setVisible(bool) override { }
+};
+
+}
+
+/// Sounds and videos on the Main Viewer, with a player that a test puts into any state.
+class tst_playback : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void aClickLoadsSilentlyAndEnterPlays();
+    void theTimeStandsInThePanelOnlyWhilePlaying();
+    void aPictureTakesThePlayersPlaceWithItsDimensions();
+    void theVolumeIsStoredAndComesBack();
+    void theFlagsOfADoubleClickPlayOneItem();
+    void theWideListGivesBackWhatWasOnShow();
+
+private:
+    frmMainViewer &window() { return form<frmMainViewer>(); }
+    QString panel(int number) { return window().StatusBar1->panelText(number); }
+    std::unique_ptr<TemporaryHome> m_home;
+    SetPlayer *m_player = nullptr;
+    QString m_sound;
+    QString m_video;
+    QString m_picture;
+};
+
+void tst_playback::initTestCase()
+{
+    m_home = std::make_unique<TemporaryHome>();
+    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
+    saveOption("Show Tips at Startup", QStringLiteral("0"));
+    window().resize(1000, 700);
+    window().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window()));
+    QTRY_VERIFY(globals.MainViewerActivated);
+    // The double plays anything: only names and the existence of the files count.
+    m_picture = m_home->writePicture(QStringLiteral("still.png"), {120, 80});
+    m_sound = m_home->path() + QStringLiteral("sound.mp3");
+    m_video = m_home->path() + QStringLiteral("video.mpg");
+    QVERIFY(QFile::copy(m_picture, m_sound));
+    QVERIFY(QFile::copy(m_picture, m_video));
+}
+
+void tst_playback::init()
+{
+    ScriptedDialogs::install();
+    globals.MediaPlayerVersion = 9.0f;
+    globals.AutoPlayMotion = false;
+    globals.AutoPlayOnce = false;
+    auto player = std::make_unique<SetPlayer>();
+    m_player = player.get();
+    window().wmp9->setPlayer(std::move(player));
+    saveOption("MMVolume", QStringLiteral("100"));
+    window().ClearDisplayList();
+    window().tabFileList->setCurrentIndex(1);
+    for (const QString &path : {m_sound, m_video, m_picture})
+        window().lstDisplay->addItem(path);
+    window().lblCount->setText(QStringLiteral("3"));
+}
+
+void tst_playback::cleanup()
+{
+    window().wmp9->shutDown();
+    window().tmrShowPlayTime.stop();
+    setDialogs(nullptr);
+}
+
+void tst_playback::aClickLoadsSilentlyAndEnterPlays()
+{
+    window().lstDisplay->selectOnly(2);
+    window().lstDisplay->selectOnly(0);
+    QCOMPARE(m_player->file, m_sound);
+    QCOMPARE(m_player->state, Player::Stopped);
+    QVERIFY(window().wmp9->isVisible() && !window().Picture1->isVisible());
+    QVERIFY2(panel(3).isEmpty(), "the dimensions of the picture before are none of a sound's");
+    window().lstDisplay_KeyPress(13);
+    QCOMPARE(m_player->state, Player::Playing);
+    QVERIFY(window().tmrShowPlayTime.isActive());
+}
+
+void tst_playback::theTimeStandsInThePanelOnlyWhilePlaying()
+{
+    window().lstDisplay->selectOnly(1);
+    m_player->play();
+    window().tmrShowPlayTime_Timer();
+    QCOMPARE(panel(3), QStringLiteral("00 : 01 : 01 | 01 : 02 : 05"));
+    m_player->pause();
+    window().tmrShowPlayTime_Timer();
+    QVERIFY2(window().tmrShowPlayTime.isActive() && !panel(3).isEmpty(), "a pause is not the end");
+    m_player->stop();
+    QVERIFY(panel(3).isEmpty());
+    QVERIFY(!window().tmrShowPlayTime.isActive());
+}
+
+void tst_playback::aPictureTakesThePlayersPlaceWithItsDimensions()
+{
+    window().lstDisplay->selectOnly(1);
+    m_player->play();
+    window().lstDisplay->selectOnly(2);
+    QVERIFY(m_player->file.isEmpty());
+    QVERIFY(!window().wmp9->isVisible() && window().Picture1->isVisible());
+    QCOMPARE(panel(3), QStringLiteral("120 X 80 X 24"));
+    // A tick that was on its way and the player's late word leave the panel to the picture.
+    window().tmrShowPlayTime_Timer();
+    m_player->change(Player::Stopped);
+    QCOMPARE(panel(3), QStringLiteral("120 X 80 X 24"));
+    QVERIFY(!window().tmrShowPlayTime.isActive());
+}
+
+void tst_playback::theVolumeIsStoredAndComesBack()
+{
+    window().lstDisplay->selectOnly(0);
+    m_player->play();
+    window().wmp9->setVolume(0);
+    window().tmrShowPlayTime_Timer();
+    QCOMPARE(option("MMVolume", "100"), QStringLiteral("0"));
+    m_player->stop();
+    window().wmp9->setVolume(70);
+    window().lstDisplay->selectOnly(1);
+    QCOMPARE(m_player->loudness, 0);
+}
+
+void tst_playback::theFlagsOfADoubleClickPlayOneItem()
+{
+    globals.AutoPlayMotion = true;
+    globals.AutoPlayOnce = true;
+    window().lstDisplay->selectOnly(0);
+    QCOMPARE(m_player->state, Player::Playing);
+    QVERIFY(!globals.AutoPlayMotion && !globals.AutoPlayOnce);
+    window().lstDisplay->selectOnly(1);
+    QCOMPARE(m_player->state, Player::Stopped);
+}
+
+void tst_playback::theWideListGivesBackWhatWasOnShow()
+{
+    window().lstDisplay->selectOnly(0);
+    window().lstSelect->clear();
+    window().lstSelect->addItem(m_picture);
+    window().lstSelect->selectOnly(0);
+    QVERIFY(window().Picture1->isVisible());
+    window().mnuViewFullWidthList->trigger();
+    QVERIFY(!window().Picture1->isVisible() && !window().wmp9->isVisible());
+    window().mnuViewFullWidthList->trigger();
+    QVERIFY2(window().Picture1->isVisible() && !window().wmp9->isVisible(),
+        "the picture of the Selection list is back, although the Display list stands on a sound");
+}
+
+QTEST_MAIN(tst_playback)
+#include "tst_playback.moc"
