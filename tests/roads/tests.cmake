@@ -1,5 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(roads/tst_lumora_dev.cpp rules)
-add_dependencies(tst_lumora_dev lumora-dev)
+add_dependencies(tst_lumora_dev lumora-dev lumora-codecs)
 lumora_test(roads/tst_start_and_end.cpp windows)
 add_dependencies(tst_start_and_end lumora)
+lumora_test(roads/tst_bad_input.cpp windows)
+add_dependencies(tst_bad_input lumora lumora-codecs)
