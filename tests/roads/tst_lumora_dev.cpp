@@ -105,6 +105,12 @@ private Q_SLOTS:
             << QStringLiteral("a.tif") << QByteArray("II*\0\xff\xff\xff\x7f", 8);
         QTest::newRow("a camera's picture that is cut")
             << QStringLiteral("a.crw") << QByteArray("II\x1a\0\0\0HEAPCCDR", 14);
+        QByteArray bitmap;
+        QBuffer buffer(&bitmap);
+        buffer.open(QIODevice::WriteOnly);
+        rampImage(QSize(40, 30), QImage::Format_Mono).save(&buffer, "BMP");
+        bitmap[46] = char(200);
+        QTest::newRow("a bitmap of one bit and 200 colours") << QStringLiteral("a.bmp") << bitmap;
         QTest::newRow("a GIF of its first bytes")
             << QStringLiteral("a.gif") << QByteArray("GIF89a\xff\xff\xff\xff", 10);
         QTest::newRow("a JPEG 2000 of its first bytes")
@@ -118,9 +124,11 @@ private Q_SLOTS:
         const QString file = m_home.write(QStringLiteral("damaged/") + name, bytes);
         for (const char *command : {"decode", "probe"}) {
             const Outcome outcome = run({QString::fromLatin1(command), file});
-            // A header can be whole where the picture is not.
-            if (outcome.status == 0 && qstrcmp(command, "probe") == 0)
+            // A header can be whole where the picture is not, and some damage leaves a picture; then nothing is said.
+            if (outcome.status == 0) {
+                QCOMPARE(outcome.errors, QByteArray());
                 continue;
+            }
             QCOMPARE(outcome.status, 1);
             QVERIFY2(outcome.errors.startsWith("lumora-dev: ") && outcome.errors.contains(name.toUtf8()),
                 outcome.errors.constData());
