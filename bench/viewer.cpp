@@ -100,7 +100,7 @@ void timeList(frmMainViewer &window, const QString &folder)
     QStringList paths;
     for (int i = 0; i < ListBox::maximumCount; ++i)
         paths.append(
-            QStringLiteral("/home/somebody/Pictures/Journey %1/picture with a usual name %2.jpg").arg(i / 300).arg(i));
+            QStringLiteral("/srv/somebody/Pictures/Journey %1/picture with a usual name %2.jpg").arg(i / 300).arg(i));
     const QString file = folder + QStringLiteral("/full.Lsl");
     ignore(writeFileAtomically(file, writeListFile(paths, QStringLiteral("1"))));
     QVector<double> load;

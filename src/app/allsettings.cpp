@@ -15,7 +15,7 @@
 #include <string_view>
 
 namespace {
-Q_LOGGING_CATEGORY(settingsLog, "lumora.settings")
+Q_LOGGING_CATEGORY(settingsLog, "lumora.settings", QtWarningMsg)
 
 /// A setting and the control that is its live value. `read` leaves the control as it is when the text cannot be read as
 /// what it should be; without a `write` the control's own handler writes the key.

@@ -182,6 +182,16 @@ QStringList pathsOfCommand(const QString &command)
     return paths;
 }
 
+QStringList argumentsOfCommand(const QString &command)
+{
+    if (command.startsWith(QLatin1Char('/')))
+        return {command};
+    QStringList arguments;
+    for (const QString &path : pathsOfCommand(command))
+        arguments.append(fileUri(path));
+    return arguments;
+}
+
 QString helpText()
 {
     return tr("Usage: lumora [OPTION]... [FILE|FOLDER|LIST]...\n"

@@ -28,6 +28,9 @@ QString fileCommand(const QStringList &paths);
 /// are cut, whatever they are.
 QStringList pathsOfCommand(const QString &command);
 
+/// The other way: arguments of a start that gives this command, in letters that every process argument can hold.
+QStringList argumentsOfCommand(const QString &command);
+
 /// Text of --help and --version.
 QString helpText();
 QString versionText();

@@ -16,7 +16,7 @@
 #include <sys/stat.h>
 
 namespace {
-Q_LOGGING_CATEGORY(logDesktop, "lumora.desktop")
+Q_LOGGING_CATEGORY(logDesktop, "lumora.desktop", QtWarningMsg)
 
 constexpr QLatin1String serviceName("org.lumora.Lumora");
 constexpr QLatin1String objectPath("/org/lumora/Lumora");

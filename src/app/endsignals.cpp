@@ -31,6 +31,7 @@ struct EndSignals::Private
     std::function<void(int)> arrived;
     int pipe[2] = {-1, -1};
     std::unique_ptr<QSocketNotifier> notifier;
+    bool any = false;
 };
 
 EndSignals::EndSignals(std::function<void(int)> arrived)
@@ -75,7 +76,14 @@ void EndSignals::watch()
     d->notifier = std::make_unique<QSocketNotifier>(d->pipe[0], QSocketNotifier::Read);
     QObject::connect(d->notifier.get(), &QSocketNotifier::activated, d->notifier.get(), [this] {
         char byte = 0;
-        while (::read(d->pipe[0], &byte, 1) == 1)
+        while (::read(d->pipe[0], &byte, 1) == 1) {
+            d->any = true;
             d->arrived(byte);
+        }
     });
+}
+
+bool EndSignals::haveArrived() const
+{
+    return d->any;
 }

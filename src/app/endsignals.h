@@ -14,6 +14,9 @@ public:
     /// Begins to watch. Needs the application object.
     void watch();
 
+    /// Whether one of the signals has come.
+    bool haveArrived() const;
+
 private:
     struct Private;
     std::unique_ptr<Private> d;

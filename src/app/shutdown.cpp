@@ -25,7 +25,7 @@
 #include <vector>
 
 namespace {
-Q_LOGGING_CATEGORY(logShutDown, "lumora.shutdown")
+Q_LOGGING_CATEGORY(logShutDown, "lumora.shutdown", QtWarningMsg)
 
 std::vector<std::function<void()>> firstSteps;
 bool windowsAreWaiting = false;

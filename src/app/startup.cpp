@@ -17,6 +17,8 @@
 #include "engine/player.h"
 #include "platform/dialogs.h"
 #include "platform/filepath.h"
+#include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/instance.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "ui/icons.h"
@@ -25,15 +27,18 @@
 
 #include <QApplication>
 #include <QLoggingCategory>
+#include <QProcess>
 #include <QSessionManager>
 #include <QTimer>
 
+#include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 
 namespace {
-Q_LOGGING_CATEGORY(logStart, "lumora.start")
+Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
 
 constexpr int handOverPatience = 5000; ///< milliseconds
 constexpr int handOverAttempts = 3;
@@ -76,6 +81,16 @@ bool anyDisplay()
 void print(FILE *stream, const QString &text)
 {
     std::fputs(text.toLocal8Bit().constData(), stream);
+}
+
+/// While the application object is made: a display that cannot be reached is an error of the call, no crash.
+void endOnFatalMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    print(stderr, qFormatLogMessage(type, context, message) + QLatin1Char('\n'));
+    if (type != QtFatalMsg)
+        return;
+    std::fflush(stderr);
+    std::_Exit(1);
 }
 
 QString activationToken()
@@ -180,6 +195,8 @@ void setUpApplication(QApplication &application)
     QGuiApplication::setDesktopFileName(QStringLiteral("org.lumora.Lumora"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     installIconThemes();
+    // QApplication takes the user's locale; the player reads and writes numbers with a dot.
+    std::setlocale(LC_NUMERIC, "C");
     // The end of a session: the settings are on disk before the desktop is told that it may go on.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &application, [](QSessionManager &) {
         if (!globals.ProgramExiting && isLoaded<frmMainViewer>())
@@ -202,12 +219,34 @@ void bringUpWindows(const CommandLine &line)
         viewer.show();
 }
 
+/// Commands of later starts that the end of the program came before. To their senders they are taken.
+QStringList commandsLeftOver(const Instance &instance)
+{
+    QStringList commands;
+    // What the queue holds before the first activation came with this start, which the user has ended himself.
+    if (globals.MainViewerActivated && !form<frmMainViewer>().TakingCommands)
+        commands = form<frmPreviousInstance>().List1->items();
+    commands.removeAll(QString());
+    return commands + instance.untaken();
+}
+
+/// A fresh start carries the last of them out; it waits for the end of this one.
+void startAgainFor(const QStringList &commands)
+{
+    if (commands.isEmpty())
+        return;
+    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), argumentsOfCommand(commands.last())))
+        qCWarning(logStart, "a command came too late: %s", qPrintable(displayPath(commands.last())));
+}
+
 int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool playerPresent)
 {
     char name[] = "lumora";
     char *arguments[] = {name, nullptr};
     int count = 1;
+    const QtMessageHandler usual = qInstallMessageHandler(&endOnFatalMessage);
     LumoraApplication application(count, arguments);
+    qInstallMessageHandler(usual);
     setUpApplication(application);
     signals.watch();
     form<checkjpg>();
@@ -219,9 +258,11 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     }
     int status = 0;
     DesktopService desktop;
+    QStringList leftOver;
     atShutDown([&] {
         instance.retire();
         desktop.leaveBus();
+        leftOver = commandsLeftOver(instance);
     });
     bringUpWindows(line);
     if (!line.screenshot.isEmpty()) {
@@ -231,6 +272,11 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
         });
     } else if (!globals.ProgramExiting) {
         whenMainViewerStands(&showStartWindows);
+        // What a power cut left of a replaced file is taken away when nobody waits for anything.
+        QTimer::singleShot(5000, &application, [] {
+            for (const QString &folder : {configFolder(), AppFolder()})
+                removeOldTemporaries(folder);
+        });
         instance.listen(&commandArrived);
         desktop.registerOnBus();
     }
@@ -239,6 +285,11 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     ShutDownProgram();
     finishShutDown();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // A signal ends the session or the program for good: nothing may come after it.
+    if (!signals.haveArrived())
+        startAgainFor(leftOver);
+    else if (!leftOver.isEmpty())
+        qCWarning(logStart, "ended before a command: %s", qPrintable(displayPath(leftOver.last())));
     return status;
 }
 
@@ -296,8 +347,13 @@ void commandArrived(const QString &command, const QString &activationToken)
         return;
     form<frmPreviousInstance>().takeIn(command);
     showMainViewerForCommands();
-    if (!globals.ProgramExiting)
-        BringToFront(frontWindow(), activationToken);
+    if (globals.ProgramExiting)
+        return;
+    // A modal window keeps the keyboard: the one behind it could do nothing with it.
+    QWidget *modal = QApplication::activeModalWidget();
+    BringToFront(frontWindow(), modal ? QString() : activationToken);
+    if (modal)
+        BringToFront(modal, activationToken);
 }
 
 void showMainViewerForCommands()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -36,6 +37,9 @@ public:
     /// one and becomes the first itself. The election is kept until the Instance goes, when what this one saves is on
     /// disk.
     void retire();
+
+    /// After retire(): the commands that were taken in and that `received` was never called for, in their order.
+    QStringList untaken() const;
 
 private:
     struct Private;

@@ -24,6 +24,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QTabBar>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -117,6 +118,10 @@ void frmMainViewer::makeListPane()
         button.control->setIcon(themedIcon(QString::fromLatin1(button.icon)));
         connect(button.control, &QPushButton::clicked, this, button.click);
     }
+    for (const auto &[item, button] : std::initializer_list<std::pair<QAction *, QPushButton *>>{
+             {mnuPictureAddOne, cmdRightOne}, {mnuPictureAddAll, cmdRightAll}, {mnuPictureRemoveOne, cmdLeftOne},
+             {mnuPictureRemoveAll, cmdLeftAll}, {mnuFileClear, cmdLeftAll}})
+        item->setToolTip(button->toolTip());
     const auto toggle = [this](QPushButton *button, const QString &text, const QString &tip, QAction *item) {
         button->setParent(picFileListBox);
         button->setText(text);
@@ -129,6 +134,9 @@ void frmMainViewer::makeListPane()
 
     tabFileList->setParent(picFileListBox);
     tabFileList->setDocumentMode(true);
+    // The two lists are never in sight together: a drag that waits over a tab brings its list to the front.
+    tabFileList->tabBar()->setAcceptDrops(true);
+    tabFileList->tabBar()->setChangeCurrentOnDrag(true);
     tabFileList->addTab(lstSelect, tr("Selection"));
     tabFileList->addTab(lstDisplay, tr("Display"));
     lstSelect->setAccessibleName(tr("Selection list"));
@@ -146,6 +154,9 @@ void frmMainViewer::makeListPane()
     // Kept for the columns it once showed; nothing fills it and it stays out of sight.
     lsvDisplay->setHeaderLabels(
         {QStringLiteral("Full FileName"), QStringLiteral("Drive"), QStringLiteral("Path"), QStringLiteral("FileName")});
+    const char *const keys[] = {"FullFileName", "Drive", "Path", "FileName"};
+    for (int column = 0; column < 4; ++column)
+        lsvDisplay->headerItem()->setData(column, Qt::UserRole, QString::fromLatin1(keys[column]));
     lsvDisplay->setSortingEnabled(true);
     lsvDisplay->hide();
     Command1->hide();

@@ -249,6 +249,7 @@ private:
     void rememberPlace();
     void restorePlace();
     bool m_firstActivationDone = false;
+    bool m_toolbarRestored = false;
     int m_displayTicket = 0; ///< grows with each display; a display that finds a newer one inside a yield ends
     int m_itemBeforeWheel =
         0; ///< the zoom item to go back to while the wheel has taken the picture out of the fit rules

@@ -21,7 +21,7 @@
 #include <QLoggingCategory>
 
 namespace {
-Q_LOGGING_CATEGORY(logViewer, "lumora.viewer")
+Q_LOGGING_CATEGORY(logViewer, "lumora.viewer", QtWarningMsg)
 
 constexpr int queueTick = 100; ///< milliseconds between two looks into the command queue
 constexpr qint64 longestList = 256 << 20; ///< bytes of a list file among several named files
@@ -86,6 +86,7 @@ void frmMainViewer::Form_Load()
 
 void frmMainViewer::restoreToolbar()
 {
+    m_toolbarRestored = true;
     if (toolbarSetting("MainToolbar") != mnuViewToolbarsMainToolbar->isChecked())
         mnuViewToolbarsMainToolbar_Click();
     if (toolbarSetting("MainCaptionsBottom"))
@@ -122,6 +123,9 @@ void frmMainViewer::Form_Activate()
 
 void frmMainViewer::activateFirst()
 {
+    // After a start by a switch the load ended early; the window comes up later than that, but with its own bar.
+    if (!m_toolbarRestored)
+        restoreToolbar();
     Form_Resize();
     // Before the first yield: an activation that comes by it is not the first any more.
     m_firstActivationDone = true;

@@ -13,7 +13,7 @@
 
 #include <QLoggingCategory>
 
-Q_LOGGING_CATEGORY(lists, "lumora.lists")
+Q_LOGGING_CATEGORY(lists, "lumora.lists", QtWarningMsg)
 
 namespace {
 

@@ -202,8 +202,11 @@ void frmMainViewer::RemoveSelectedFromDisplayList()
         lstDisplay->setSelected(qMin(lowest, qMax(0, lstDisplay->count() - 1)), true);
     }
     if (lstDisplay->isEmpty()) {
-        showPosition(CurrentPicture, 0);
+        // Nothing is left that the pane and the status bar could tell of.
         stopRunningShow(*this);
+        lstDisplay->setFocus();
+        ClearDisplayList();
+        return;
     }
     const int left = lstDisplay->count();
     lstDisplay->setFocus();

@@ -189,6 +189,8 @@ void frmMainViewer::makeMenus()
     mnuViewToolbarsMainToolbar->setChecked(true);
     mnuViewToolbarsShowCaptions->setChecked(true);
     mnuTools->setVisible(false);
+    // These need no item: their keys work while the menu they stand in is off.
+    addActions({mnuPictureViewer, mnuBrowseFolderView});
     // Menus hold no command that this build has not been given.
     for (QMenu *menu : std::as_const(menus)) {
         bool anything = false;
@@ -251,18 +253,20 @@ void frmMainViewer::makeToolbar()
         const QString key = QString::fromLatin1(row.key);
         const QIcon icon = row.hidden ? QIcon() : themedIcon(QString::fromLatin1(row.icon));
         QAction *action = Toolbar1->addAction(icon, tr(row.caption));
-        const QString tip = tr(row.toolTip).trimmed();
+        const QString tip = tr(row.toolTip);
         action->setObjectName(QStringLiteral("Toolbar1.") + key);
         action->setToolTip(tip);
         action->setVisible(!row.hidden);
         connect(action, &QAction::triggered, this, [this, key] { Toolbar1_ButtonClick(key); });
         if (QWidget *button = Toolbar1->widgetForAction(action)) {
             button->setObjectName(action->objectName());
-            button->setAccessibleName(*row.caption ? tr(row.caption) : tip);
+            button->setAccessibleName(*row.caption ? tr(row.caption) : tip.trimmed());
             button->setFocusPolicy(Qt::TabFocus);
         }
         m_toolbarButtons.insert(key, action);
     }
+    mnuPictureNext->setToolTip(m_toolbarButtons[QStringLiteral("Next")]->toolTip());
+    mnuPicturePrevious->setToolTip(m_toolbarButtons[QStringLiteral("Previous")]->toolTip());
     applyToolbarStyle();
 }
 

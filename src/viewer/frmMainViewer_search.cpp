@@ -17,7 +17,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(searchLog, "lumora.search")
+Q_LOGGING_CATEGORY(searchLog, "lumora.search", QtWarningMsg)
 
 constexpr qint64 workBetweenYields = 15; ///< milliseconds; progress must not slow the search down
 constexpr qint64 workBetweenRows = 100; ///< milliseconds between two layouts of the growing list

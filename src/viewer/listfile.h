@@ -12,8 +12,8 @@
 ///     [File List]
 ///     No. Of Pictures=2
 ///     Current Index=1
-///     "0 =| /home/me/a.jpg"
-///     "1 =| /home/me/b.mp3"
+///     "0 =| /srv/me/a.jpg"
+///     "1 =| /srv/me/b.mp3"
 ///     *** End of List ***
 
 inline constexpr char listFileFilter[] =

@@ -262,6 +262,8 @@ void tst_commands::fileAfterASwitchStartBringsTheMainViewerUp()
     commandArrived(fileCommand({path}), QString());
     QTRY_COMPARE(viewer.lstDisplay->items(), QStringList{path});
     QVERIFY(viewer.isVisible());
+    QVERIFY(viewer.mnuViewToolbarsCaptionsRight->isChecked());
+    QCOMPARE(viewer.Toolbar1->toolButtonStyle(), Qt::ToolButtonTextBesideIcon);
     QVERIFY(form<frmZoomView>().close());
     QVERIFY2(!globals.ProgramExiting, "the program has become that of the Main Viewer");
 }

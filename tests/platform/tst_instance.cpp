@@ -108,8 +108,14 @@ int runAsStart(const QStringList &arguments)
         if (order == "end")
             QCoreApplication::exit();
         say(QString::fromLatin1(order));
-        if (order == "block")
-            say(QString::fromLatin1(orderFromInput()));
+        if (order == "block") {
+            const QByteArray next = orderFromInput();
+            say(QString::fromLatin1(next));
+            if (next == "retire") {
+                instance.retire();
+                say(instance.untaken().join(QLatin1Char(' ')));
+            }
+        }
     });
     return QCoreApplication::exec();
 }
@@ -161,6 +167,7 @@ private Q_SLOTS:
     void blockedFirstStillTakesCommands();
     void commandsKeepTheirOrder();
     void retiredFirstLetsALaterOneBecomeFirst();
+    void commandsThatTheEndComesBeforeAreKnown();
     void killedFirstLeavesNothingStale();
     void stoppedFirstIsNotWaitedForForEver();
     void strangersDoNotDisturb_data();
@@ -178,7 +185,7 @@ void tst_instance::laterStartHandsItsCommandOver_data()
 {
     QTest::addColumn<QString>("command");
     QTest::newRow("an empty command") << QString();
-    QTest::newRow("a path") << QStringLiteral("\"/home/me/a b.jpg\"");
+    QTest::newRow("a path") << QStringLiteral("\"/srv/me/a b.jpg\"");
     QTest::newRow("letters of many scripts") << QStringLiteral("\"/ä/日本/\U0001f33b.jpg\"");
     QTest::newRow("a hundred thousand letters") << QString(100'000, QLatin1Char('x'));
 }
@@ -262,6 +269,21 @@ void tst_instance::retiredFirstLetsALaterOneBecomeFirst()
     QCOMPARE(successor->line(), QStringLiteral("first"));
     QCOMPARE(later(QStringLiteral("c.jpg"))->line(), QStringLiteral("handed over"));
     QCOMPARE(successor->line(), QStringLiteral("token c.jpg"));
+}
+
+void tst_instance::commandsThatTheEndComesBeforeAreKnown()
+{
+    const auto running = first();
+    QCOMPARE(running->line(), QStringLiteral("first"));
+    QCOMPARE(later(QStringLiteral("a.jpg"))->line(), QStringLiteral("handed over"));
+    QCOMPARE(running->line(), QStringLiteral("token a.jpg"));
+    running->tell("block");
+    QCOMPARE(running->line(), QStringLiteral("block"));
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(later(QString::number(i))->line(), QStringLiteral("handed over"));
+    running->tell("retire");
+    QCOMPARE(running->line(), QStringLiteral("retire"));
+    QCOMPARE(running->line(), QStringLiteral("0 1"));
 }
 
 void tst_instance::killedFirstLeavesNothingStale()

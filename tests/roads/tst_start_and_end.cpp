@@ -35,6 +35,7 @@ private Q_SLOTS:
     void editorStartEndsInItsWait();
     void fileAfterAnEditorStartBringsTheMainViewer();
     void withoutADisplayItSaysSo();
+    void normalRunPrintsNothing();
     void nameOfForeignBytesArrives();
     void withoutThePlayerNothingIsWritten();
     void desktopOpensFilesOverTheBus();
@@ -225,6 +226,21 @@ void tst_start_and_end::withoutADisplayItSaysSo()
             {QStringLiteral("WAYLAND_DISPLAY"), QString()}});
     QCOMPARE(run.status(), 1);
     QVERIFY2(run.log().contains(QStringLiteral("no display")), qPrintable(run.log()));
+    Run wrong({}, {{QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("nothing")}});
+    QCOMPARE(wrong.status(), 1);
+}
+
+void tst_start_and_end::normalRunPrintsNothing()
+{
+    Run run({m_home->writePicture(QStringLiteral("a.png"), QSize(30, 20))},
+        {{QStringLiteral("QT_LOGGING_RULES"), QString()}});
+    const QString lock = m_home->path() + QStringLiteral(".config/lumora/user.registry.lock");
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(lock), patience);
+    QCOMPARE(run.endedBy(SIGTERM), 0);
+    QString said = run.log() + run.output();
+    said.remove(
+        QStringLiteral("This plugin does not support propagateSizeHints()\n")); // of the platform without a screen
+    QCOMPARE(said, QString());
 }
 
 void tst_start_and_end::nameOfForeignBytesArrives()

@@ -1,6 +1,9 @@
 #include "support/windows.h"
 
+#include "app/globals.h"
+#include "app/settings.h"
 #include "ui/yield.h"
+#include "viewer/frmMainViewer.h"
 
 #include <QtTest>
 
@@ -85,4 +88,15 @@ void forEachYield(const std::function<void()> &prepare, const std::function<void
         if (QTest::currentTestFailed())
             return;
     }
+}
+
+bool showMainViewer()
+{
+    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
+    saveOption("Show Tips at Startup", QStringLiteral("0"));
+    globals.MediaPlayerVersion = 0;
+    auto &viewer = form<frmMainViewer>();
+    viewer.resize(1000, 700);
+    viewer.show();
+    return QTest::qWaitForWindowExposed(&viewer) && QTest::qWaitFor([] { return globals.MainViewerActivated; });
 }

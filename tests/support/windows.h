@@ -47,3 +47,6 @@ private:
 /// yield; `prepare` runs before and `check` after each run.
 void forEachYield(const std::function<void()> &prepare, const std::function<void()> &work,
     const std::function<void()> &disturb, const std::function<void(int yield)> &check);
+
+/// Shows the Main Viewer, without the start windows and without a player, and waits for its first activation.
+bool showMainViewer();

@@ -1,6 +1,5 @@
 #include "app/allsettings.h"
 #include "app/globals.h"
-#include "app/settings.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "support/support.h"
@@ -57,13 +56,7 @@ private:
 void tst_listload::initTestCase()
 {
     m_home = std::make_unique<TemporaryHome>();
-    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
-    saveOption("Show Tips at Startup", QStringLiteral("0"));
-    globals.MediaPlayerVersion = 0;
-    window().resize(1000, 700);
-    window().show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window()));
-    QTRY_VERIFY(globals.MainViewerActivated);
+    QVERIFY(showMainViewer());
 }
 
 void tst_listload::init()

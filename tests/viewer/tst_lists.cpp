@@ -1,5 +1,4 @@
 #include "app/globals.h"
-#include "app/settings.h"
 #include "platform/filepath.h"
 #include "support/support.h"
 #include "support/windows.h"
@@ -84,13 +83,7 @@ void select(ListBox &list, const QList<int> &indices)
 void tst_lists::initTestCase()
 {
     m_home = std::make_unique<TemporaryHome>();
-    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
-    saveOption("Show Tips at Startup", QStringLiteral("0"));
-    globals.MediaPlayerVersion = 0;
-    window().resize(1000, 700);
-    window().show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window()));
-    QTRY_VERIFY(globals.MainViewerActivated);
+    QVERIFY(showMainViewer());
 }
 
 void tst_lists::init()
@@ -253,10 +246,14 @@ void tst_lists::removingTheOnlyEntryEmptiesAndStops()
 
 void tst_lists::removingAllOfSeveralLeavesNothingBehind()
 {
-    fill({}, names(QStringLiteral("abc")));
+    fill(names(QStringLiteral("z")), pictures(3));
+    display().selectOnly(0);
+    QVERIFY(!window().Image1->isEmpty());
     select(display(), {0, 1, 2});
     window().mnuSlideShowRunSlideShow->setChecked(true);
     window().RemoveSelectedFromDisplayList();
+    QVERIFY2(window().Image1->isEmpty(), "the picture of an entry that has gone is not shown");
+    QCOMPARE(window().StatusBar1->panelText(2), QString());
     QVERIFY(display().isEmpty());
     QCOMPARE(display().listIndex(), -1);
     QCOMPARE(globals.CurrentListIndex, 0);

@@ -10,7 +10,7 @@
 
 #include <filesystem>
 
-Q_LOGGING_CATEGORY(playerLog, "lumora.player")
+Q_LOGGING_CATEGORY(playerLog, "lumora.player", QtWarningMsg)
 
 namespace {
 

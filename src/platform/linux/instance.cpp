@@ -26,7 +26,7 @@
 #include <sys/un.h>
 
 namespace {
-Q_LOGGING_CATEGORY(logInstance, "lumora.instance")
+Q_LOGGING_CATEGORY(logInstance, "lumora.instance", QtWarningMsg)
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
@@ -387,4 +387,13 @@ void Instance::retire()
     d->server.join();
     ::unlinkat(d->folder.number(), fileName(".socket").toLatin1().constData(), 0);
     d->listener = Descriptor();
+}
+
+QStringList Instance::untaken() const
+{
+    const std::lock_guard guard(d->mutex);
+    QStringList commands;
+    for (const Message &message : d->waiting)
+        commands.append(message.command);
+    return commands;
 }
