@@ -238,8 +238,8 @@ void tst_start_and_end::normalRunPrintsNothing()
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(lock), patience);
     QCOMPARE(run.endedBy(SIGTERM), 0);
     QString said = run.log() + run.output();
-    said.remove(
-        QStringLiteral("This plugin does not support propagateSizeHints()\n")); // of the platform without a screen
+    // Words of the platform without a screen; when they come depends on how far the start got.
+    said.remove(QRegularExpression(QStringLiteral("This plugin does not support \\w+\\(\\)\n")));
     QCOMPARE(said, QString());
 }
 
