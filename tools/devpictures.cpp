@@ -94,8 +94,9 @@ int dev::formats(const QStringList &arguments)
     QCommandLineParser parser;
     if (!parse(parser, arguments, 0, 0))
         return 2;
-    for (const Codec *codec : codecTable())
+    for (const Codec *codec : fullCodecTable())
         printRow({QString::fromLatin1(codec->name), QString::fromLatin1(codec->extensions),
             codec->sniff ? QStringLiteral("by content") : QStringLiteral("by extension")});
-    return 0;
+    const QString missing = codecModuleFailure();
+    return missing.isEmpty() ? 0 : fail(missing);
 }

@@ -12,6 +12,9 @@
 namespace {
 
 constexpr int maximumEntries = 32767;
+/// As long as this no path can be opened. Of a longer text this much is kept: it names nothing all the same, and to
+/// draw millions of letters would take minutes.
+constexpr qsizetype longestPath = 4096;
 constexpr QLatin1String firstLine("[File List]");
 constexpr QLatin1String countName("No. Of Pictures");
 constexpr QLatin1String indexName("Current Index");
@@ -169,5 +172,5 @@ QString pathOfListEntry(const QString &field)
     // Without a bar the rule cuts as if it stood in front of the field: the first character goes.
     const QString path = field.mid(bar + 2);
     const QString resolved = path.startsWith(QLatin1String("file://")) ? pathFromFileUri(path) : QString();
-    return resolved.isEmpty() ? path : resolved;
+    return (resolved.isEmpty() ? path : resolved).left(longestPath);
 }

@@ -88,6 +88,9 @@ Result<Bitmap> openBitmap(const QByteArray &bytes)
     if (!limits::allows(bitmap.header.size(), 8))
         return Failure{tooLarge(bitmap.header.size())};
     bitmap.file = whole ? bytes : fileHeaderFor(bytes, bitmap.header) + bytes;
+    // Of two colours more cannot be told; the library would complain about each of them on standard error.
+    if (bitmap.header.bits == 1 && bitmap.header.bytes >= 40 && bitmap.header.colors > 2)
+        bitmap.file.replace(fileHeaderBytes + 32, 4, QByteArray::fromHex("02000000"));
     return bitmap;
 }
 

@@ -5,23 +5,41 @@
 
 #include <QBuffer>
 #include <QImageReader>
+#include <QLoggingCategory>
 
 #include <mutex>
 
 namespace {
 
+QLoggingCategory::CategoryFilter filterBefore = nullptr;
+
+// What is wrong with a file is told by the answer. The library's own words about it go to standard error only for those
+// who ask for them.
+void leaveOutPictureTalk(QLoggingCategory *category)
+{
+    filterBefore(category);
+    if (qstrncmp(category->categoryName(), "qt.gui.imageio", 14) == 0
+        && qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        category->setEnabled(QtWarningMsg, false);
+}
+
 // The library's own limit refuses the pictures of today's cameras; the engine's limits have been asked already.
-void liftOwnLimit()
+void setUpLibrary()
 {
     static std::once_flag once;
-    std::call_once(once, [] { QImageReader::setAllocationLimit(int(limits::decodeBudget() / (1024 * 1024))); });
+    std::call_once(once, [] {
+        QImageReader::setAllocationLimit(int(limits::decodeBudget() / (1024 * 1024)));
+        // Set first: the filter is called for every category while it is put in.
+        filterBefore = QLoggingCategory::installFilter(nullptr);
+        QLoggingCategory::installFilter(leaveOutPictureTalk);
+    });
 }
 
 }
 
 Result<QImage> readByQt(const QByteArray &bytes, const char *format, QtPicture wanted)
 {
-    liftOwnLimit();
+    setUpLibrary();
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
@@ -40,7 +58,7 @@ Result<QImage> readByQt(const QByteArray &bytes, const char *format, QtPicture w
 
 QSize sizeByQt(const QByteArray &bytes, const char *format)
 {
-    liftOwnLimit();
+    setUpLibrary();
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);

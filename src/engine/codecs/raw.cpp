@@ -88,6 +88,9 @@ public:
 private:
     static Failure failure(int status)
     {
+        // All input is in memory: reading fails where the bytes end.
+        if (status == LIBRAW_IO_ERROR)
+            return {QStringLiteral("camera raw: the file is cut off or damaged")};
         return {QStringLiteral("camera raw: ") + QString::fromLatin1(libraw_strerror(status))};
     }
 
