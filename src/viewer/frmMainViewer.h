@@ -17,6 +17,7 @@
 #include <QToolBar>
 #include <QTreeWidget>
 
+#include <functional>
 #include <span>
 
 class frmMainViewer;
@@ -289,6 +290,7 @@ private:
     void showSelected(Show what);
     void showDisplayItemNow();
     void showSelectionItemNow();
+    void showByKind(const ListBox &list, const std::function<void(const QString &path)> &showPicture);
     void showPictureNow(const QString &path, bool alreadyDecoded, double zoom);
     void layOutNow();
     void step(int direction);

@@ -54,34 +54,11 @@ void frmMainViewer::showDisplayItemNow()
     }
     globals.CurrentListIndex = lstDisplay->listIndex() + 1;
     CurrentPicture->setText(QString::number(globals.CurrentListIndex));
-    const QString path = lstDisplay->text();
-    const bool motion = GetMediaKind(path) == kindMotion;
-    const bool exists = FileExists(path);
-    if (exists && !motion) {
-        tmrShowPlayTime.stop();
-        if (globals.MediaPlayerVersion == 9.0f && (wmp9->isVisible() || !wmp9->url().isEmpty())) {
-            wmp9->hide();
-            wmp9->setUrl(QString());
-        }
-        if (!mnuViewFullWidthList->isChecked())
-            Picture1->show();
+    showByKind(*lstDisplay, [this](const QString &path) {
         ShowPictureItem(path);
         if (isLoaded<checkjpg>())
             form<checkjpg>().picBackupImage = form<checkjpg>().Gvbox2.picture();
-    } else if (exists) {
-        Picture1->hide();
-        Image1->setPicture(nullptr);
-        PlayMotionItem(path, 0);
-    }
-    // A click inside one of the yields wants another item on show.
-    if (m_showNext != Show::Nothing || globals.ProgramExiting || lstDisplay->text() != path)
-        return;
-    CurrentPicture->setText(QString::number(globals.CurrentListIndex));
-    if (exists)
-        ShowStatusBarText(path, !motion);
-    else
-        ShowStatusBarText(path + QLatin1String(notAvailable), false);
-    UpdateMenuAndToolbarState();
+    });
 }
 
 void frmMainViewer::showSelectionItemNow()
@@ -95,7 +72,14 @@ void frmMainViewer::showSelectionItemNow()
         mnuSlideShowFullScreen_Click();
     if (mnuSlideShowRunSlideShow->isChecked())
         mnuSlideShowRunSlideShow_Click();
-    const QString path = lstSelect->text();
+    showByKind(*lstSelect, [this, zoom](const QString &path) { ShowPictureInViewer(path, false, zoom); });
+}
+
+/// Sends the current entry of a list to the pane of its kind and tells it in the status bar. A file that is gone leaves
+/// what is on show.
+void frmMainViewer::showByKind(const ListBox &list, const std::function<void(const QString &path)> &showPicture)
+{
+    const QString path = list.text();
     const bool motion = GetMediaKind(path) == kindMotion;
     const bool exists = FileExists(path);
     if (exists && !motion) {
@@ -106,14 +90,17 @@ void frmMainViewer::showSelectionItemNow()
         }
         if (!mnuViewFullWidthList->isChecked())
             Picture1->show();
-        ShowPictureInViewer(path, false, zoom);
+        showPicture(path);
     } else if (exists) {
         Picture1->hide();
         Image1->setPicture(nullptr);
         PlayMotionItem(path, 0);
     }
-    if (m_showNext != Show::Nothing || globals.ProgramExiting || lstSelect->text() != path)
+    // A click inside one of the yields wants another item on show.
+    if (m_showNext != Show::Nothing || globals.ProgramExiting || list.text() != path)
         return;
+    if (&list == lstDisplay)
+        CurrentPicture->setText(QString::number(globals.CurrentListIndex));
     if (exists)
         ShowStatusBarText(path, !motion);
     else
