@@ -82,7 +82,7 @@ void tst_fit::statusTextIsProperCase_data()
                              << QString::fromUtf8(extension);
     };
     row("with dimensions only the name is told", "/srv/me/MY picture.JPG", true, "My Picture.Jpg", ".Jpg");
-    row("without them the whole text", "/srv/me/x.mp3", false, "/Home/Me/X.Mp3", ".Mp3");
+    row("without them the whole text", "/srv/me/x.mp3", false, "/Srv/Me/X.Mp3", ".Mp3");
     row("a dot in a folder: the extension holds a path", "/a.b/c.png", true, "C.Png", ".B/C.Png");
     row("no dot, no extension", "/srv/me/README", true, "Readme", "");
     row("umlauts", "/bilder/ÄPFEL über.gif", true, "Äpfel Über.Gif", ".Gif");
