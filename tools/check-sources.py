@@ -43,7 +43,7 @@ def project_files():
         listed = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard"], cwd=ROOT, check=True,
                                 capture_output=True, text=True).stdout.splitlines()
     except (OSError, subprocess.CalledProcessError):
-        listed = [str(p.relative_to(ROOT)) for p in ROOT.rglob("*") if "build" not in p.relative_to(ROOT).parts[:1]]
+        listed = [str(p.relative_to(ROOT)) for p in ROOT.rglob("*") if p.relative_to(ROOT).parts[:1] not in (("build",), (".git",))]
     return [ROOT / name for name in listed if (ROOT / name).is_file()]
 
 

@@ -38,7 +38,7 @@ fi
 
 sources() {
     # A copy without version control is checked as a whole.
-    { git ls-files --cached --others --exclude-standard -- "$@" 2> /dev/null || find . -path ./build -prune -o -type f -print; } \
+    { git ls-files --cached --others --exclude-standard -- "$@" 2> /dev/null || find . '(' -path ./build -o -path ./.git ')' -prune -o -type f -print; } \
         | while IFS= read -r file; do [ -f "$file" ] && printf '%s\0' "$file"; done
 }
 
