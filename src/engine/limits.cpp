@@ -40,7 +40,7 @@ bool allows(QSize size, int bytesPerPixel)
 
 qint64 cacheBudget()
 {
-    static const qint64 budget = qBound(64 * mebibyte, memoryLine("MemTotal:") / 8, 512 * mebibyte);
+    static const qint64 budget = qBound(64 * mebibyte, memoryLine("MemTotal:") / 16, 256 * mebibyte);
     return budget;
 }
 

@@ -19,7 +19,7 @@ qint64 decodeBudget();
 /// long-tail library).
 bool allows(QSize size, int bytesPerPixel = 4);
 
-/// Bytes that decoded neighbours may hold: an eighth of the machine's memory, at most 512 MiB.
+/// Bytes that decoded neighbours may hold: a sixteenth of the machine's memory, at most 256 MiB.
 qint64 cacheBudget();
 
 }
