@@ -40,6 +40,7 @@ std::vector<const Codec *> candidates(const EncodedFile &file, std::span<const C
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
     std::vector<const Codec *> best;
+    best.reserve(ranked.size());
     for (const auto &[points, codec] : ranked)
         best.push_back(codec);
     return best;

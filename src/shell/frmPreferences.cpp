@@ -141,10 +141,10 @@ void frmPreferences::Form_Activate()
 // With "Use Last Opened Folder" the box shows that folder, and it becomes the stored choice too.
 void frmPreferences::showStoredFolder()
 {
-    const auto choice = number(option("DefaultOpenFolder", "1"));
+    const int choice = number(option("DefaultOpenFolder", "1")).value_or(0);
     if (choice == 1 || choice == 2) {
         const ScopedFlag showing(LoadingSettings);
-        optDefaultOpenFolder[*choice]->setChecked(true);
+        optDefaultOpenFolder[choice]->setChecked(true);
     }
     if (optDefaultOpenFolder[1]->isChecked()) {
         const QString last = GetSetting({}, QStringLiteral("Options"), QStringLiteral("LastVisitedFolder"),

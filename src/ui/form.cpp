@@ -27,7 +27,7 @@ bool unloadForm(QWidget *window)
 {
     Form *form = dynamic_cast<Form *>(window);
     if (!form)
-        return window->close();
+        return !window || window->close();
     if (form->m_unloaded)
         return true;
     bool cancel = false;

@@ -1,4 +1,5 @@
 #include "engine/codecs/tiffrows.h"
+#include "engine/rounding.h"
 
 #include "engine/limits.h"
 #include "engine/picture.h"
@@ -173,7 +174,8 @@ private:
         }
         float value;
         std::memcpy(&value, samples + 4 * index, sizeof value);
-        return value > 0 ? quint16(std::min(value, 1.0F) * 65535 + 0.5F) : quint16(0); // also for what is no number
+        return value > 0 ? quint16(roundToInt(double(std::min(value, 1.0F)) * 65535))
+                         : quint16(0); // also for what is no number
     }
 
     void writeDeep(const uchar *samples, QRgba64 *to, int count) const
