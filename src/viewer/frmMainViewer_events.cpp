@@ -6,15 +6,15 @@
 #include "app/frmPreviousInstance.h"
 #include "app/frmTip.h"
 #include "app/globals.h"
+#include "app/mediatypes.h"
 #include "app/settings.h"
 #include "app/startup.h"
-#include "platform/dialogs.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
-#include "viewer/foldersearch.h"
 #include "viewer/listfile.h"
+#include "viewer/searchfolder.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -177,8 +177,10 @@ void frmMainViewer::Timer1_Timer()
 {
     if (globals.ProgramExiting)
         return;
-    // A modal window waits for its answer on what is there now: commands stay in the queue until it has gone.
-    if (!form<frmPreviousInstance>().List1->isEmpty() && !QApplication::activeModalWidget())
+    // A modal window waits for its answer on what is there now, and a search fills the list that a folder would:
+    // commands stay in the queue until it has gone.
+    const bool mustWait = QApplication::activeModalWidget() || isFolderSearchUnderWay();
+    if (!mustWait && !form<frmPreviousInstance>().List1->isEmpty())
         ProcessIfFromCommandLine(QString());
     if (picFileListBox->y() == 0)
         Form_Resize();
@@ -279,28 +281,10 @@ void frmMainViewer::takePaths(const QStringList &paths)
 /// Searches folders of a command as the folder dialog would, without the dialog: each folder alone, nothing below it.
 void frmMainViewer::searchNamedFolders(const QStringList &folders)
 {
-    BuildFilePatterns();
-    const FilePatterns patterns{globals.PictureFilePattern, globals.MotionFilePattern, globals.PolyFilePattern};
-    lstSelect->clear();
-    for (const QString &folder : folders) {
-        const QString prefix = folderWithSeparator(folder);
-        QStringList paths = collectFiles(folder, patterns);
-        for (QString &path : paths)
-            path.prepend(prefix);
-        const bool fits = lstSelect->addItems(paths);
-        Yield();
-        if (globals.ProgramExiting)
-            return;
-        if (!fits) {
-            dialogs().show(this, listFullBox());
-            break;
-        }
-    }
-    tabFileList->setCurrentIndex(0);
-    if (!lstSelect->isEmpty())
-        lstSelect->selectOnly(0);
-    UpdateListScrollWidth(lstSelect);
-    UpdateMenuAndToolbarState();
+    // Nobody has said that the Display list is theirs to keep: a list that files of a start have made stays unsaved.
+    const bool locked = globals.StandardListLocked;
+    searchFoldersInto(folders, false);
+    globals.StandardListLocked = locked;
 }
 
 void frmMainViewer::playSelectedMotion()

@@ -201,7 +201,7 @@ void frmMainViewer::mnuFileDirectory_Click()
 
 void frmMainViewer::SelectMediaFolder()
 {
-    if (selecting || globals.SearchActive)
+    if (isFolderSearchUnderWay())
         return;
     const ScopedFlag busy(selecting);
     const QPointer<frmMainViewer> self(this);
@@ -237,9 +237,14 @@ void SearchFolderTree()
     searchTree(form<frmMainViewer>(), dialog.Dir1->path());
 }
 
-void searchFolderInto(const QString &folder, bool tree)
+bool isFolderSearchUnderWay()
 {
-    if (selecting || globals.SearchActive || folder.isEmpty())
+    return selecting || globals.SearchActive;
+}
+
+void searchFoldersInto(const QStringList &folders, bool tree)
+{
+    if (isFolderSearchUnderWay() || folders.isEmpty())
         return;
     const ScopedFlag busy(selecting);
     frmMainViewer &viewer = form<frmMainViewer>();
@@ -248,9 +253,14 @@ void searchFolderInto(const QString &folder, bool tree)
     BuildFilePatterns();
     if (!self || globals.ProgramExiting)
         return;
-    globals.ChosenFolder = folderWithSeparator(folder);
+    globals.ChosenFolder = folderWithSeparator(folders.last());
     viewer.tabFileList->setCurrentIndex(0);
-    const auto search = [&] { tree ? searchTree(viewer, folder) : searchOnly(viewer, folder); };
+    const auto search = [&] {
+        for (const QString &folder : folders) {
+            if (self && globals.SearchActive && !globals.ProgramExiting)
+                tree ? searchTree(viewer, folder) : searchOnly(viewer, folder);
+        }
+    };
     if (withProgress(viewer, search) && showFirstFound(viewer) && !globals.ProgramExiting)
         endSelection(viewer);
 }

@@ -9,8 +9,10 @@
 #include "support/support.h"
 #include "support/windows.h"
 #include "thumbnails/frmBrowseFolder.h"
+#include "ui/yield.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/listfile.h"
+#include "viewer/searchfolder.h"
 
 #include <QtTest>
 
@@ -32,6 +34,7 @@ private Q_SLOTS:
     void folderFillsTheSelectionList();
     void folderAndFileFillBothLists();
     void commandsWaitWhileAModalWindowIsOpen();
+    void folderThatComesDuringASearchIsNotLost();
     void switchBringsItsWindowUpInPlaceOfTheMainViewer_data();
     void switchBringsItsWindowUpInPlaceOfTheMainViewer();
     void endDuringASwitchStartEndsItsWait();
@@ -190,6 +193,24 @@ void tst_commands::folderAndFileFillBothLists()
     viewer.ProcessIfFromCommandLine(QString());
     QCOMPARE(viewer.lstSelect->items(), found);
     QCOMPARE(viewer.lstDisplay->items(), QStringList{file});
+}
+
+void tst_commands::folderThatComesDuringASearchIsNotLost()
+{
+    auto &viewer = shownViewer();
+    picture("f/a.jpg");
+    const QStringList later{picture("g/b.jpg")};
+    bool given = false;
+    setYieldHook([&](int) {
+        if (given || !isFolderSearchUnderWay())
+            return;
+        given = true;
+        give({m_home->path() + QStringLiteral("g")});
+        viewer.Timer1_Timer();
+    });
+    searchFoldersInto({m_home->path() + QStringLiteral("f")}, true);
+    setYieldHook({});
+    QTRY_COMPARE(viewer.lstSelect->items(), later);
 }
 
 void tst_commands::commandsWaitWhileAModalWindowIsOpen()

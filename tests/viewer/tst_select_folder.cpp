@@ -362,7 +362,7 @@ void tst_select_folder::namesOfEveryKindAreFoundAndPreviewed()
     }
     release();
     for (const bool tree : {false, true}) {
-        searchFolderInto(tree ? base() : folder, tree);
+        searchFoldersInto({tree ? base() : folder}, tree);
         QStringList found = viewer().lstSelect->items();
         QCOMPARE(found.size(), names.size());
         for (const QByteArray &name : names)
@@ -469,12 +469,12 @@ void tst_select_folder::aFolderIsSearchedWithoutTheDialog()
 {
     for (const char *name : {"own.jpg", "a/1.jpg"})
         write(name);
-    searchFolderInto(base(), false);
+    searchFoldersInto({base()}, false);
     QCOMPARE(foundBelow(), QStringLiteral("own.jpg"));
-    searchFolderInto(base().chopped(1), true);
+    searchFoldersInto({base().chopped(1)}, true);
     QCOMPARE(foundBelow(), QStringLiteral("a/1.jpg own.jpg"));
     QVERIFY(viewer().lstSelect->isSelected(0));
-    searchFolderInto(base() + QStringLiteral("gone"), true);
+    searchFoldersInto({base() + QStringLiteral("gone")}, true);
     QVERIFY(viewer().lstSelect->isEmpty());
     QVERIFY(!isLoaded<Dialog>());
 }
@@ -484,7 +484,7 @@ void tst_select_folder::cancelAtEachYieldKeepsAStartOfTheList()
     for (int folder = 0; folder < 30; ++folder)
         write(qPrintable(QStringLiteral("f%1/p.jpg").arg(folder)));
     QStringList whole;
-    forEachYield([] {}, [&] { searchFolderInto(base(), true); },
+    forEachYield([] {}, [&] { searchFoldersInto({base()}, true); },
         [] {
             if (isLoaded<frmlocatefiles>())
                 form<frmlocatefiles>().cmdCancel->click();
@@ -511,7 +511,7 @@ void tst_select_folder::aFullListEndsTheSearchWithItsBox()
     }
     ScriptedDialogs &boxes = ScriptedDialogs::install();
     boxes.answer(MessageBox::Answer::Ok);
-    searchFolderInto(base(), true);
+    searchFoldersInto({base()}, true);
     QCOMPARE(boxes.boxes, QVector<MessageBox>{listFullBox()});
     QCOMPARE(viewer().lstSelect->count(), ListBox::maximumCount);
     QCOMPARE(viewer().lstSelect->itemText(0), base() + QStringLiteral("f3/p0.jpg"));

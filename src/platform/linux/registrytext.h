@@ -16,7 +16,7 @@
 ///     ""="the unnamed value"
 ///     end
 ///
-/// Inside quotes a backslash is "\\" and a quote "\""; "\n", "\r", "\t" and "\uXXXX" (one UTF-16 unit) stand
+/// Inside quotes a backslash is "\\" and a quote "\""; "\n", "\r", "\t" and "\u" with four hex digits stand
 /// for control characters and for units that have no UTF-8 form. Lines may end in CR LF. The last line tells a whole
 /// file from one that was cut.
 class RegistryTree
