@@ -221,6 +221,7 @@ void frmMainViewer::ProcessIfFromCommandLine(const QString &caller)
         if (caller == QLatin1String("FormLoad"))
             return;
         const TakenCommand what = takeFirstCommand();
+        qCDebug(logViewer, "command taken: %s", qPrintable(displayPath(command)));
         if (what == TakenCommand::List)
             return;
         filesTaken = filesTaken || what == TakenCommand::Files;
@@ -238,7 +239,6 @@ void frmMainViewer::ProcessIfFromCommandLine(const QString &caller)
 frmMainViewer::TakenCommand frmMainViewer::takeFirstCommand()
 {
     ListBox *queue = form<frmPreviousInstance>().List1;
-    qCDebug(logViewer, "command taken: %s", qPrintable(displayPath(queue->itemText(0))));
     QStringList folders;
     QStringList files;
     const QStringList named = pathsOfCommand(queue->itemText(0));
