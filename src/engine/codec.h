@@ -1,6 +1,8 @@
 #pragma once
 
 #include "engine/decode.h"
+#include "engine/encode.h"
+#include "engine/metadata.h"
 
 #include <span>
 
@@ -30,10 +32,25 @@ std::span<const Codec *const> fullCodecTable();
 /// Why the module's codecs are missing; empty when they are there or were not asked for yet.
 QString codecModuleFailure();
 
+/// One way of writing. The options that the format has no use for are ignored.
+struct Encoder
+{
+    TypeCode typeCode;
+    const char *codec; ///< the row of the codec table that reads what is written here
+    Result<QByteArray> (*encode)(const Picture &picture, const EncodeOptions &options);
+};
+
 /// What the module's one entry, `lumoraCodecModule`, points to. A module of another version is not used.
 struct CodecModule
 {
     const char *version;
     std::span<const Codec *const> codecs;
+    std::span<const Encoder> encoders;
+    /// The raw blocks of a file whose own codec does not collect them. Null pointers: this build cannot.
+    Metadata (*readMetadata)(const EncodedFile &file);
+    Result<PictureTexts> (*readTexts)(const EncodedFile &file);
 };
 using CodecModuleEntry = const CodecModule *(*)();
+
+/// The loaded module; null with codecModuleFailure() when there is none.
+const CodecModule *codecModule();

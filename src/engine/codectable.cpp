@@ -19,6 +19,7 @@ const Codec *const builtIn[] = {
 
 // Published once, when the module is in; the rows live as long as the program.
 std::atomic<const std::vector<const Codec *> *> loadedTable = nullptr;
+std::atomic<const CodecModule *> loadedModule = nullptr;
 std::once_flag loadOnce;
 std::mutex failureMutex;
 QString moduleFailure;
@@ -54,6 +55,7 @@ QString loadFrom(const QByteArray &folder)
         return QString::fromLocal8Bit(path) + QStringLiteral(" belongs to another version of the program");
     auto *const table = new std::vector<const Codec *>(std::begin(builtIn), std::end(builtIn));
     table->insert(table->end(), module->codecs.begin(), module->codecs.end());
+    loadedModule.store(module, std::memory_order_release);
     loadedTable.store(table, std::memory_order_release);
     return {};
 }
@@ -83,6 +85,12 @@ std::span<const Codec *const> fullCodecTable()
 {
     std::call_once(loadOnce, loadModule);
     return codecTable();
+}
+
+const CodecModule *codecModule()
+{
+    std::call_once(loadOnce, loadModule);
+    return loadedModule.load(std::memory_order_acquire);
 }
 
 QString codecModuleFailure()

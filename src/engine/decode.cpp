@@ -1,4 +1,4 @@
-#include "engine/decode.h"
+#include "engine/decodehere.h"
 
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
@@ -161,7 +161,7 @@ std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
 
 }
 
-Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
+Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
 {
     return firstSuccess<Picture>(file, [&](const Codec &codec) -> Result<Picture> {
         Result<Picture> picture = codec.decode(file, hint);
@@ -171,9 +171,40 @@ Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
     });
 }
 
-Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex)
+Result<ImageInfo> probeHere(const EncodedFile &file, int sizeIndex)
 {
     return firstSuccess<ImageInfo>(file, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
+}
+
+Result<PictureTexts> readTextsHere(const EncodedFile &file)
+{
+    const CodecModule *const module = codecModule();
+    if (!module || !module->readTexts)
+        return Failure{codecModuleFailure()};
+    return module->readTexts(file);
+}
+
+Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
+{
+    return decodeHere(file, hint);
+}
+
+Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex)
+{
+    return probeHere(file, sizeIndex);
+}
+
+Result<PictureTexts> readTexts(const EncodedFile &file)
+{
+    return readTextsHere(file);
+}
+
+Result<PictureTexts> readTextsOfFile(const QString &path)
+{
+    const Result<EncodedFile> file = readEncodedFile(path);
+    if (!file)
+        return file.failure();
+    return readTexts(*file);
 }
 
 Result<EncodedFile> readEncodedFile(const QString &path)

@@ -13,6 +13,17 @@ struct ImageInfo
     QByteArray codec; ///< name of the codec's row in the codec table
 };
 
+/// What a file tells besides its pixels, as the raw blocks that formats store, so that a writer can carry them over.
+struct Metadata
+{
+    QByteArray exif; ///< a TIFF structure ("II*" or "MM*" first), without the "Exif\0\0" of a JPEG
+    QByteArray iptc; ///< IPTC-IIM datasets, without the resource block around them
+    QByteArray xmp; ///< the XMP packet as UTF-8
+    QByteArray comment; ///< the comment of JPEG, PNG or GIF, as the file holds it
+
+    bool isEmpty() const { return exif.isEmpty() && iptc.isEmpty() && xmp.isEmpty() && comment.isEmpty(); }
+};
+
 /// A picture as a value. Copies share the pixels until one of them changes.
 ///
 /// `pixels` is one of Format_Mono, Format_Indexed8, Format_Grayscale8, Format_RGB32, Format_ARGB32 (not premultiplied),
@@ -22,6 +33,7 @@ struct Picture
     QImage pixels;
     ImageInfo info; ///< of the file; `info.size` is larger than the pixels when the decode was reduced
     QByteArray iccProfile; ///< as the file holds it; empty when it has none
+    Metadata metadata; ///< as the file holds it: the orientation in it is the one before the pixels were turned upright
     bool partial = false; ///< the file was damaged; what could be read is here, the rest is blank
 
     bool isNull() const { return pixels.isNull(); }

@@ -52,3 +52,30 @@ public:
 private:
     Bytes m_bytes;
 };
+
+/// Puts numbers behind one another, as the writers need them.
+class ByteWriter
+{
+public:
+    void u8(quint32 value) { bytes.append(char(value & 0xff)); }
+    void u16le(quint32 value) { u8(value), u8(value >> 8); }
+    void u16be(quint32 value) { u8(value >> 8), u8(value); }
+    void u32le(quint32 value) { u16le(value & 0xffff), u16le(value >> 16); }
+    void u32be(quint32 value) { u16be(value >> 16), u16be(value & 0xffff); }
+    void fill(qsizetype count, char value = 0) { bytes.append(count, value); }
+    /// The characters without a closing zero.
+    template <size_t N> void text(const char (&characters)[N]) { bytes.append(characters, qsizetype(N - 1)); }
+    /// Overwrites what stands at `at`, as a length that is known only later.
+    void setU32be(qsizetype at, quint32 value)
+    {
+        for (int i = 0; i < 4; ++i)
+            bytes[at + i] = char(value >> (24 - 8 * i) & 0xff);
+    }
+    void setU32le(qsizetype at, quint32 value)
+    {
+        for (int i = 0; i < 4; ++i)
+            bytes[at + i] = char(value >> (8 * i) & 0xff);
+    }
+
+    QByteArray bytes;
+};

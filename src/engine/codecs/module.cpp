@@ -10,11 +10,14 @@
 extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodecModule()
 {
     static const std::vector<const Codec *> codecs = [] {
-        std::vector<const Codec *> rows{&tiffCodec, &jpeg2000Codec, &rawCodec};
+        std::vector<const Codec *> rows{
+            &tiffCodec, &jpeg2000Codec, &rawCodec,
+            // one row a line
+        };
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs};
+    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
     return &module;
 }
