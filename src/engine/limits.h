@@ -14,6 +14,8 @@ inline constexpr int maximumPages = 4096;
 
 /// Bytes that one decode may use: 0.4 of the memory that is free at the first call, from 512 MiB to 8 GiB.
 qint64 decodeBudget();
+/// Another budget from now on; 0 goes back to the machine's own.
+void setDecodeBudget(qint64 bytes);
 
 /// Whether a picture of `size` may be decoded by a decoder that needs `bytesPerPixel` in all (4 libjpeg, 8 Qt, 16 the
 /// long-tail library).
