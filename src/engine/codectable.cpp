@@ -64,9 +64,12 @@ void loadModule()
 {
     QString failure;
     for (const QByteArray &folder : moduleFolders()) {
-        failure = loadFrom(folder);
-        if (failure.isEmpty())
+        const QString reason = loadFrom(folder);
+        if (reason.isEmpty())
             return;
+        // The first reason counts: the other folders are for other ways of installing.
+        if (failure.isEmpty())
+            failure = reason;
     }
     const std::lock_guard lock(failureMutex);
     moduleFailure = QStringLiteral("the module lumora-codecs cannot be loaded: ") + failure;

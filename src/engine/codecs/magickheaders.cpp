@@ -173,11 +173,43 @@ std::optional<MagickHeader> wbmpHeader(const ByteReader &bytes, int)
     return MagickHeader{{width, height}, 1};
 }
 
+namespace {
+
+/// Whether the records of a WPG of version 1 draw lines, shapes or text: then its bitmaps are only a part of it.
+bool wpgDraws(const ByteReader &bytes)
+{
+    constexpr quint8 drawing[] = {5, 6, 7, 8, 9, 0x0c, 0x13};
+    constexpr quint8 end = 0x10;
+    constexpr int mostRecords = 10000;
+    size_t at = bytes.u32le(4);
+    for (int i = 0; i < mostRecords && bytes.has(at, 2) && bytes.u8(at) != end; ++i) {
+        if (std::find(std::begin(drawing), std::end(drawing), bytes.u8(at)) != std::end(drawing))
+            return true;
+        size_t length = bytes.u8(at + 1);
+        at += 2;
+        if (length == 0xff) {
+            length = bytes.u16le(at);
+            at += 2;
+            if (length & 0x8000) {
+                length = (length & 0x7fff) << 16 | bytes.u16le(at);
+                at += 2;
+            }
+        }
+        at += length;
+    }
+    return false;
+}
+
+}
+
 std::optional<MagickHeader> wpgHeader(const ByteReader &bytes, int)
 {
+    constexpr quint8 firstVersion = 1;
     if (!bytes.is(0,
             "\xff"
             "WPC"))
+        return {};
+    if (bytes.u8(10) == firstVersion && wpgDraws(bytes))
         return {};
     return MagickHeader{};
 }

@@ -1,21 +1,28 @@
 // The loadable module: the codecs behind libraries that take long to load.
 
+#include "engine/codecs/gem.h"
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/tiff.h"
+#include "engine/codecs/wpgdrawing.h"
 
 #include <vector>
 
 extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodecModule()
 {
     static const std::vector<const Codec *> codecs = [] {
+        // clang-format off
         std::vector<const Codec *> rows{
-            &tiffCodec, &jpeg2000Codec, &rawCodec,
-            // one row a line
+            &tiffCodec,
+            &jpeg2000Codec,
+            &rawCodec,
+            &gemCodec,
         };
+        // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
+        rows.push_back(&wpgDrawingCodec);
         return rows;
     }();
     static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
