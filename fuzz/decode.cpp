@@ -1,4 +1,4 @@
-// The whole decode call: the first byte chooses the extension, the rest is the file.
+// The whole decode call: the last byte chooses the extension, so that what is found is the file with one byte behind it.
 
 #include "engine/codec.h"
 #include "fuzzed.h"
@@ -32,8 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static const std::vector<QByteArray> extensions = knownExtensions();
     if (size < 1)
         return 0;
-    const QByteArray &extension = extensions[data[0] % extensions.size()];
-    const EncodedFile file = fuzzed::fileOf(data + 1, size - 1, extension.constData());
+    const QByteArray &extension = extensions[data[size - 1] % extensions.size()];
+    const EncodedFile file = fuzzed::fileOf(data, size - 1, extension.constData());
     ignore(probeHere(file));
     if (const Result<Picture> picture = decodeHere(file); picture)
         fuzzed::check(*picture);

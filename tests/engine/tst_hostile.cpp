@@ -2,6 +2,7 @@
 #include "engine/enginefiles.h"
 #include "support/support.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTest>
@@ -50,6 +51,8 @@ private Q_SLOTS:
     void everyChangedByteIsAnswered();
     void damagedSamplesAreAnswered_data();
     void damagedSamplesAreAnswered();
+    void whatOnceBrokeSomethingIsAnswered_data();
+    void whatOnceBrokeSomethingIsAnswered();
 };
 
 void tst_Hostile::initTestCase()
@@ -123,5 +126,29 @@ void tst_Hostile::damagedSamplesAreAnswered()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_Hostile)
+void tst_Hostile::whatOnceBrokeSomethingIsAnswered_data()
+{
+    QTest::addColumn<QString>("path");
+    QDirIterator files(QStringLiteral(LUMORA_FOUND), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString path = files.next();
+        QTest::newRow(qPrintable(path.section(QLatin1Char('/'), -2))) << path;
+    }
+}
+
+void tst_Hostile::whatOnceBrokeSomethingIsAnswered()
+{
+    if (QDir(QStringLiteral(LUMORA_FOUND)).isEmpty())
+        QSKIP("nothing was found yet");
+    QFETCH(QString, path);
+    const Result<EncodedFile> found = readEncodedFile(path);
+    QVERIFY2(found, qPrintable(found.reason()));
+    // Under every name that it could have had: the codec that it was made for is among them.
+    for (const Codec *codec : fullCodecTable()) {
+        const QString extension = QString::fromLatin1(codec->extensions).section(QLatin1Char(' '), 0, 0);
+        QVERIFY2(answer({found->bytes, extension}) != 0, codec->name);
+    }
+}
+
+QTEST_MAIN(tst_Hostile)
 #include "tst_hostile.moc"

@@ -222,5 +222,5 @@ void tst_Samples::jpeg2000IsReducedByHalves()
     QVERIFY(meanDifference(averagedColors(picture->pixels), averagedColors(whole.pixels)) < 3);
 }
 
-QTEST_GUILESS_MAIN(tst_Samples)
+QTEST_MAIN(tst_Samples)
 #include "tst_samples.moc"
