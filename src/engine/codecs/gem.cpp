@@ -60,8 +60,12 @@ Result<Picture> decodeGem(const EncodedFile &file, const DecodeHint &hint)
     GemPlayer player(painter, header->toPixels * reduced);
     const ByteReader bytes(file.bytes);
     size_t at = header->bytes;
-    while (const std::optional<GemRecord> record = nextGemRecord(bytes, at))
+    while (!player.isExhausted()) {
+        const std::optional<GemRecord> record = nextGemRecord(bytes, at);
+        if (!record)
+            break;
         player.play(*record);
+    }
     // A whole file ends with its mark.
     picture.partial = !bytes.has(at, 2) || bytes.u16le(at) != 0xffff;
     return picture;

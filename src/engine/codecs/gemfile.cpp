@@ -10,7 +10,7 @@ namespace {
 constexpr int endMark = -1;
 constexpr double dotsPerTenthMillimeter = 96 / 254.0;
 constexpr double fallbackSide = 640; ///< of a drawing that does not tell its page
-constexpr double longestSide = 8192;
+constexpr double longestSide = 4096;
 
 int word(const ByteReader &file, size_t index)
 {

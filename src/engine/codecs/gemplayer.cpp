@@ -10,6 +10,12 @@ namespace {
 constexpr int tenthDegreesAround = 3600;
 constexpr double heightOfEm = 1.35; ///< an em for each unit of what the format calls the height: base line to top
 
+// Far outside of every picture; beyond it the painter's arithmetic wears out.
+constexpr double farthest = 16000;
+constexpr double mostDashes = 100'000; ///< of one call; a line of more is drawn solid
+constexpr double workOfElement = 2000; ///< pixels that a line of a path counts for
+constexpr double mostWork = 1.5e9;
+
 constexpr QRgb firstColors[] = {0xffffffff, 0xff000000, 0xffff0000, 0xff00ff00, 0xff0000ff, 0xff00ffff, 0xffffff00,
     0xffff00ff, 0xffc0c0c0, 0xff808080, 0xff800000, 0xff008000, 0xff000080, 0xff008080, 0xff808000, 0xff800080};
 
@@ -29,6 +35,17 @@ int curveFlag(const GemRecord &record, size_t index)
     return integer(record, index / 2) >> (index % 2 * 8) & 0xff;
 }
 
+double lengthOf(const QPainterPath &path)
+{
+    double length = 0;
+    for (int i = 1; i < path.elementCount(); ++i) {
+        const QPainterPath::Element from = path.elementAt(i - 1);
+        const QPainterPath::Element to = path.elementAt(i);
+        length += std::hypot(to.x - from.x, to.y - from.y);
+    }
+    return length;
+}
+
 }
 
 GemPlayer::GemPlayer(QPainter &painter, const QTransform &toDevice)
@@ -38,6 +55,41 @@ GemPlayer::GemPlayer(QPainter &painter, const QTransform &toDevice)
 {
     std::transform(std::begin(firstColors), std::end(firstColors), m_colors.begin(),
         [](QRgb value) { return QColor::fromRgb(value); });
+}
+
+QPointF GemPlayer::map(const QPointF &point) const
+{
+    const QPointF mapped = m_toDevice.map(point);
+    return {std::clamp(mapped.x(), -farthest, farthest), std::clamp(mapped.y(), -farthest, farthest)};
+}
+
+void GemPlayer::countWork(const QRectF &area, int elements)
+{
+    const QRectF painted = area & QRectF(m_painter.viewport());
+    m_work += painted.width() * painted.height() + elements * workOfElement;
+}
+
+bool GemPlayer::isExhausted() const
+{
+    return m_work > mostWork;
+}
+
+void GemPlayer::smoothUnlessTangled(const QPainterPath &path)
+{
+    // Smooth edges cost the square of what crosses a row: a picture's lines cross it a few times, a scribble thousands.
+    constexpr double mostCost = 2e7;
+    const double length = lengthOf(path);
+    m_painter.setRenderHint(QPainter::Antialiasing, length * length / m_painter.viewport().height() < mostCost);
+}
+
+void GemPlayer::stroke(const QPainterPath &path, const QPen &pen)
+{
+    countWork(path.boundingRect(), path.elementCount());
+    QPen used = pen;
+    if (pen.style() != Qt::SolidLine && lengthOf(path) > mostDashes * pen.widthF())
+        used.setStyle(Qt::SolidLine);
+    smoothUnlessTangled(path);
+    m_painter.strokePath(path, used);
 }
 
 QColor GemPlayer::color(int index) const
@@ -52,7 +104,7 @@ QRectF GemPlayer::mapped(const QPointF &corner, const QPointF &opposite) const
 
 QPen GemPlayer::pen() const
 {
-    QPen pen(color(m_line.color), std::max(1.0, m_line.width * m_scale));
+    QPen pen(color(m_line.color), std::clamp(m_line.width * m_scale, 1.0, farthest));
     pen.setCapStyle(m_line.roundEnds ? Qt::RoundCap : Qt::FlatCap);
     pen.setJoinStyle(m_line.roundEnds ? Qt::RoundJoin : Qt::MiterJoin);
     switch (m_line.type) {
@@ -104,11 +156,14 @@ QBrush GemPlayer::brush() const
 void GemPlayer::draw(const QPainterPath &path, bool filled, bool outlined)
 {
     // A hollow shape hides what lies behind it, unless the drawing asked for the transparent mode.
-    if (filled && (m_fill.interior != Hollow || m_replaces))
+    if (filled && (m_fill.interior != Hollow || m_replaces)) {
+        countWork(path.boundingRect(), path.elementCount());
+        smoothUnlessTangled(path);
         m_painter.fillPath(path, brush());
+    }
     // What is hollow would be nothing without its edge.
     if (outlined || (filled && m_fill.interior == Hollow && m_fill.perimeter))
-        m_painter.strokePath(path, filled ? QPen(color(m_fill.color), std::max(1.0, m_scale)) : pen());
+        stroke(path, filled ? QPen(color(m_fill.color), std::max(1.0, std::min(m_scale, farthest))) : pen());
 }
 
 QPainterPath GemPlayer::lines(const GemRecord &record, bool closed) const
@@ -141,6 +196,7 @@ void GemPlayer::markers(const GemRecord &record)
     const double half = std::clamp(m_marker.height * m_scale / 2, 1.5, 64.0);
     m_painter.setPen(QPen(color(m_marker.color), 1));
     m_painter.setBrush(Qt::NoBrush);
+    countWork({}, int(record.points.size()));
     for (const QPointF &place : record.points) {
         const QPointF at = map(place);
         switch (m_marker.type) {
@@ -170,8 +226,8 @@ void GemPlayer::markers(const GemRecord &record)
 void GemPlayer::ellipse(const GemRecord &record, QPointF radii, bool sector, bool outlineOnly)
 {
     const QPointF center = map(point(record, 0));
-    const double across = std::abs(radii.x() * m_toDevice.m11());
-    const double down = std::abs(radii.y() * m_toDevice.m22());
+    const double across = std::min(std::abs(radii.x() * m_toDevice.m11()), farthest);
+    const double down = std::min(std::abs(radii.y() * m_toDevice.m22()), farthest);
     const QRectF around(center - QPointF(across, down), QSizeF(2 * across, 2 * down));
     QPainterPath path;
     if (record.integers.size() < 2) {
@@ -252,10 +308,11 @@ void GemPlayer::text(const QPointF &at, std::span<const int> characters, double 
         if (character > 0)
             line.append(QChar(ushort(character & 0xff)));
     }
+    constexpr double usualSize = 12;
+    constexpr double largestSize = 4096;
     VectorFont font = m_text.font;
-    font.size = std::max(1.0, (m_text.height > 0 ? m_text.height * heightOfEm : 0) * m_scale);
-    if (m_text.height <= 0)
-        font.size = 12;
+    const double size = m_text.height * heightOfEm * m_scale;
+    font.size = size > 0 ? std::clamp(size, 1.0, largestSize) : usualSize;
     VectorText laidOut = layOutVectorText(font, line);
     const double width = std::hypot(laidOut.advance.x(), laidOut.advance.y());
     double stretch = 1;
@@ -287,7 +344,10 @@ void GemPlayer::text(const QPointF &at, std::span<const int> characters, double 
     place.scale(stretch, 1);
     place.rotate(font.angle);
     laidOut.outlines.setFillRule(Qt::WindingFill);
-    m_painter.fillPath(place.map(laidOut.outlines), color(m_text.color));
+    const QPainterPath placed = place.map(laidOut.outlines);
+    countWork(placed.boundingRect(), placed.elementCount());
+    smoothUnlessTangled(placed);
+    m_painter.fillPath(placed, color(m_text.color));
 }
 
 void GemPlayer::attribute(const GemRecord &record)
@@ -413,9 +473,12 @@ void GemPlayer::play(const GemRecord &record)
     case 11:
         shape(record);
         break;
-    case 114:
-        m_painter.fillRect(mapped(point(record, 0), point(record, 1)), brush());
+    case 114: {
+        const QRectF box = mapped(point(record, 0), point(record, 1));
+        countWork(box, 1);
+        m_painter.fillRect(box, brush());
         break;
+    }
     case 129:
         clip(record);
         break;

@@ -14,6 +14,8 @@ class GemPlayer
 public:
     GemPlayer(QPainter &painter, const QTransform &toDevice);
     void play(const GemRecord &record);
+    /// More was asked for than a drawing ever needs; what follows is not painted any more.
+    bool isExhausted() const;
 
 private:
     enum Interior { Hollow, Solid, Pattern, Hatch, UserPattern };
@@ -28,7 +30,10 @@ private:
     void clip(const GemRecord &record);
     void draw(const QPainterPath &path, bool filled, bool outlined);
     QPainterPath lines(const GemRecord &record, bool closed) const;
-    QPointF map(const QPointF &point) const { return m_toDevice.map(point); }
+    void stroke(const QPainterPath &path, const QPen &pen);
+    void smoothUnlessTangled(const QPainterPath &path);
+    void countWork(const QRectF &area, int elements);
+    QPointF map(const QPointF &point) const;
     QRectF mapped(const QPointF &corner, const QPointF &opposite) const;
     QPen pen() const;
     QBrush brush() const;
@@ -37,6 +42,7 @@ private:
     QPainter &m_painter;
     QTransform m_toDevice;
     double m_scale; ///< pixels a unit
+    double m_work = 0; ///< pixels and lines painted so far
     std::array<QColor, 16> m_colors;
     bool m_curves = false; ///< flags of Bézier points count
     bool m_replaces = true; ///< the writing mode: new shapes replace what is there
