@@ -1,8 +1,12 @@
 // The loadable module: the codecs behind libraries that take long to load.
 
+#include "engine/codecs/gemimage.h"
+#include "engine/codecs/iff.h"
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/ownencoders.h"
 #include "engine/codecs/raw.h"
+#include "engine/codecs/smallformats.h"
 #include "engine/codecs/tiff.h"
 
 #include <vector>
@@ -11,13 +15,20 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
 {
     static const std::vector<const Codec *> codecs = [] {
         std::vector<const Codec *> rows{
-            &tiffCodec, &jpeg2000Codec, &rawCodec,
+            &tiffCodec,
+            &jpeg2000Codec,
+            &rawCodec,
             // one row a line
+            &iffCodec,
+            &gemImageCodec,
+            &mspCodec,
+            &cutCodec,
+            &pmpCodec,
         };
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, ownEncoders(), nullptr, nullptr};
     return &module;
 }
