@@ -133,8 +133,7 @@ QList<QRgb> readColors(Bytes map)
 {
     QList<QRgb> colors;
     const size_t count = std::min<size_t>(map.size() / 3, 256);
-    const bool halfBytes =
-        std::all_of(map.begin(), map.begin() + std::ptrdiff_t(count * 3), [](uchar v) { return (v & 15) == 0; });
+    const bool halfBytes = std::all_of(map.begin(), map.end(), [](uchar value) { return (value & 15) == 0; });
     const auto channel = [&](size_t at) { return int(halfBytes ? map[at] | map[at] >> 4 : map[at]); };
     colors.reserve(qsizetype(count));
     for (size_t i = 0; i < count * 3; i += 3)
