@@ -2,6 +2,7 @@
 #include "engine/rasterfiles.h"
 #include "support/support.h"
 
+#include <QColorSpace>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTest>
@@ -408,15 +409,22 @@ void tst_Iff::metadataGoesAlong()
     Picture picture = Picture::fromImage(rampImage({20, 10}, QImage::Format_ARGB32));
     picture.pixels.setDotsPerMeterX(11811);
     picture.pixels.setDotsPerMeterY(5906);
-    picture.metadata = {QByteArray("II*\0\1", 5), "iptc", "<x:xmpmeta/>", "a comment"};
-    picture.iccProfile = "profile";
+    const QByteArray packet =
+        "<?xpacket begin=\"\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?><x:xmpmeta xmlns:x=\"adobe:ns:meta/\">"
+        "<rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description "
+        "xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\" xmp:Label=\"a label\"/></rdf:RDF></x:xmpmeta>"
+        "<?xpacket end=\"w\"?>";
+    const QByteArray date = "2020:07:15 08:35:14";
+    const QByteArray exif = QByteArray("MM\0*\0\0\0\x08\0\1\x01\x32\0\2\0\0\0\x14\0\0\0\x1a\0\0\0\0", 26) + date + '\0';
+    picture.metadata = {exif, QByteArray("\x1c\2\x78\0\7caption", 12), packet, "a comment"};
+    picture.iccProfile = QColorSpace(QColorSpace::SRgb).iccProfile();
     const Result<Picture> back = decodeIff(*encode(picture, TypeCode::Iff));
     QVERIFY2(back, qPrintable(back.reason()));
     QCOMPARE(back->pixels.dotsPerMeterX(), 11811);
     QCOMPARE(back->pixels.dotsPerMeterY(), 5906);
-    QCOMPARE(back->metadata.exif, picture.metadata.exif);
-    QCOMPARE(back->metadata.iptc, picture.metadata.iptc);
-    QCOMPARE(back->metadata.xmp, picture.metadata.xmp);
+    QVERIFY(back->metadata.exif.startsWith("MM") && back->metadata.exif.contains(date));
+    QVERIFY(back->metadata.iptc.contains("caption") && back->metadata.iptc.startsWith('\x1c'));
+    QVERIFY(back->metadata.xmp.startsWith("<?xpacket") && back->metadata.xmp.contains("a label"));
     QCOMPARE(back->metadata.comment, picture.metadata.comment);
     QCOMPARE(back->iccProfile, picture.iccProfile);
 

@@ -11,6 +11,6 @@ extern const Codec iffCodec;
 Metadata readIffMetadata(const QByteArray &file);
 
 /// An ILBM with run lengths. Palettes and greys keep their depth as that many planes, everything else gets 24; what is
-/// transparent is laid over white. Metadata is written as it stands in the picture.
-/// Fails for a side of more than 65535 pixels.
+/// transparent is laid over white. Metadata, profile and resolution go along in the chunks that the published
+/// extensions of ILBM have for them. Fails for a side of more than 65535 pixels.
 Result<QByteArray> encodeIff(const Picture &picture, const EncodeOptions &options);

@@ -4,6 +4,9 @@
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/encodepixels.h"
 #include "engine/codecs/packbits.h"
+#if __has_include("engine/codecs/metadatawrite.h")
+#include "engine/codecs/metadatawrite.h"
+#endif
 #include "engine/limits.h"
 
 #include <algorithm>
@@ -139,9 +142,41 @@ QByteArray iptcBlock(const QByteArray &iptc)
     return block.bytes;
 }
 
+#if __has_include("engine/codecs/metadatawrite.h")
+Metadata blocksOf(const Picture &picture)
+{
+    return preparedForWriting(picture);
+}
+
+QByteArray profileOf(const Picture &picture)
+{
+    return profileFor(picture, ProfileColors::Rgb);
+}
+
+QSize resolutionOf(const QImage &image)
+{
+    return knownDotsPerMeter(image);
+}
+#else
+Metadata blocksOf(const Picture &picture)
+{
+    return picture.metadata;
+}
+
+QByteArray profileOf(const Picture &picture)
+{
+    return picture.iccProfile;
+}
+
+QSize resolutionOf(const QImage &image)
+{
+    return {image.dotsPerMeterX(), image.dotsPerMeterY()};
+}
+#endif
+
 void writeMetadata(ByteWriter &out, const Picture &picture)
 {
-    const Metadata &metadata = picture.metadata;
+    const Metadata metadata = blocksOf(picture);
     if (!metadata.comment.isEmpty())
         writeChunk(out, "ANNO", metadata.comment);
     if (!metadata.exif.isEmpty())
@@ -150,19 +185,16 @@ void writeMetadata(ByteWriter &out, const Picture &picture)
         writeChunk(out, "IPTC", iptcBlock(metadata.iptc));
     if (!metadata.xmp.isEmpty())
         writeChunk(out, "XMP0", metadata.xmp);
-    if (!picture.iccProfile.isEmpty())
-        writeChunk(out, "ICCP", picture.iccProfile);
-    const auto dotsPerInch = [](int dotsPerMeter) {
-        return quint32(std::clamp(qRound(dotsPerMeter * 0.0254), 0, 65535));
-    };
-    const quint32 across = dotsPerInch(picture.pixels.dotsPerMeterX());
-    const quint32 down = dotsPerInch(picture.pixels.dotsPerMeterY());
-    if (across == 0 || down == 0)
+    if (const QByteArray profile = profileOf(picture); !profile.isEmpty())
+        writeChunk(out, "ICCP", profile);
+    const QSize resolution = resolutionOf(picture.pixels);
+    if (resolution.isEmpty())
         return;
-    ByteWriter resolution;
-    resolution.u16be(across);
-    resolution.u16be(down);
-    writeChunk(out, "DPI ", resolution.bytes);
+    const auto inInches = [](int dotsPerMeter) { return quint32(std::clamp(qRound(dotsPerMeter * 0.0254), 1, 65535)); };
+    ByteWriter dots;
+    dots.u16be(inInches(resolution.width()));
+    dots.u16be(inInches(resolution.height()));
+    writeChunk(out, "DPI ", dots.bytes);
 }
 
 }
