@@ -109,6 +109,20 @@ QString extensionOf(const QString &path)
     return dot < 0 ? QString() : name.mid(dot + 1).toLower();
 }
 
+/// The palette that lies beside a CUT, whichever case its name is written in.
+QByteArray companionOf(const QString &path, const QString &extension)
+{
+    if (extension != QLatin1String("cut"))
+        return {};
+    constexpr qint64 maximumBytes = 64LL * 1024;
+    const QString base = path.chopped(extension.size());
+    for (const char *palette : {"pal", "PAL", "Pal"}) {
+        if (Result<QByteArray> bytes = readFile(base + QLatin1String(palette), maximumBytes))
+            return *std::move(bytes);
+    }
+    return {};
+}
+
 Result<QByteArray> readHead(int descriptor, qsizetype count)
 {
     QByteArray head(count, Qt::Uninitialized);
@@ -212,7 +226,8 @@ Result<EncodedFile> readEncodedFile(const QString &path)
     Result<QByteArray> bytes = readFile(path, limits::maximumFileBytes);
     if (!bytes)
         return bytes.failure();
-    return EncodedFile{*std::move(bytes), extensionOf(path)};
+    const QString extension = extensionOf(path);
+    return EncodedFile{*std::move(bytes), extension, companionOf(path, extension)};
 }
 
 Result<Picture> decodeFile(const QString &path, const DecodeHint &hint)

@@ -1,14 +1,16 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
-add_library(lumora_test_engine STATIC engine/enginefiles.cpp)
+add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/rasterfiles.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_decode.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)
+lumora_test(engine/tst_iff.cpp rules)
 lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_picturecache.cpp rules)
 lumora_test(engine/tst_samples.cpp rules)
-foreach(name tst_decode tst_hostile tst_missingmodule tst_picturecache)
+lumora_test(engine/tst_smallformats.cpp rules)
+foreach(name tst_decode tst_hostile tst_iff tst_missingmodule tst_picturecache tst_smallformats)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
 lumora_test(engine/tst_asx.cpp rules)

@@ -1,9 +1,13 @@
 // The loadable module: the codecs behind libraries that take long to load.
 
 #include "engine/codecs/gem.h"
+#include "engine/codecs/gemimage.h"
+#include "engine/codecs/iff.h"
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/ownencoders.h"
 #include "engine/codecs/raw.h"
+#include "engine/codecs/smallformats.h"
 #include "engine/codecs/tiff.h"
 #include "engine/codecs/wpgdrawing.h"
 
@@ -18,6 +22,12 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &jpeg2000Codec,
             &rawCodec,
             &gemCodec,
+            // one row a line
+            &iffCodec,
+            &gemImageCodec,
+            &mspCodec,
+            &cutCodec,
+            &pmpCodec,
         };
         // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();
@@ -25,6 +35,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         rows.push_back(&wpgDrawingCodec);
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, ownEncoders(), nullptr, nullptr};
     return &module;
 }

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "engine/codec.h"
+
+/// The writers that need no library.
+std::span<const Encoder> ownEncoders();
