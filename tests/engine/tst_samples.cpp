@@ -15,8 +15,11 @@ struct Row
     QString file;
     QSize size; ///< as stored: the table knows nothing of orientation
     int bits = 0; ///< 0: not told
+    bool isTrial = false; ///< a trial written after the format's description gave the colours
     int agreeing = 0; ///< independent decoders that give the same colours
     QByteArray colors; ///< 8 x 8 x RGB, averaged over boxes, over white
+
+    bool isTrusted() const { return isTrial || agreeing >= 2; }
 };
 
 QList<Row> expectedRows()
@@ -31,7 +34,7 @@ QList<Row> expectedRows()
         if (fields.size() < 7 || line.startsWith('#') || fields[1].isEmpty())
             continue;
         rows.append({QString::fromUtf8(fields[0]), QSize(fields[1].toInt(), fields[2].toInt()), fields[3].toInt(),
-            fields[5].toInt(), QByteArray::fromHex(fields[6])});
+            fields[4] == "prototype", fields[5].toInt(), QByteArray::fromHex(fields[6])});
     }
     return rows;
 }
@@ -171,7 +174,7 @@ void tst_Samples::sizeDepthAndColorsAreTheExpectedOnes()
     QCOMPARE(info->pageCount, picture->info.pageCount);
     QCOMPARE(info->codec, picture->info.codec);
 
-    if (row.agreeing < 2 || otherIcon)
+    if (!row.isTrusted() || otherIcon)
         return;
     const int back = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
     const QImage stored = uprighted(picture->pixels.convertToFormat(QImage::Format_ARGB32), back);
