@@ -61,10 +61,6 @@ const std::map<QString, std::pair<QSize, int>> &largerIcons()
 
 bool isCovered(const QString &file)
 {
-    // The extension is shared by formats that have nothing else in common, and of PICT only what is not packed by a
-    // video codec is read.
-    if (file.startsWith(QLatin1String("pic/")))
-        return false;
     const QByteArray extension = file.mid(file.lastIndexOf(QLatin1Char('.')) + 1).toLower().toLatin1();
     for (const Codec *codec : fullCodecTable()) {
         if (QByteArray(codec->extensions).split(' ').contains(extension))
