@@ -4,6 +4,7 @@
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
 #include "engine/codecs/pic.h"
+#include "engine/codecs/pict.h"
 #include "engine/codecs/psp.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/tiff.h"
@@ -15,6 +16,7 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
     static const std::vector<const Codec *> codecs = [] {
         std::vector<const Codec *> rows{
             &tiffCodec, &jpeg2000Codec, &rawCodec, &pspCodec, &fpxCodec, &softimageCodec, &pictorCodec, &radianceCodec,
+            &pictCodec,
             // one row a line
         };
         const std::span<const Codec *const> others = longTailCodecs();
