@@ -85,7 +85,6 @@ constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
 constexpr Format mac{"MacPaint", "MAC", macHeader};
 constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
 constexpr Format pcx{"PCX", "PCX", pcxHeader};
-constexpr Format pict{"PICT", "PICT", pictHeader};
 constexpr Format pnm{"PNM", "PNM", pnmHeader};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
 constexpr Format tga{"TGA", "TGA", tgaHeader};
@@ -106,7 +105,6 @@ const Codec rows[] = {
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),
     row<xwd>("xwd", [](Bytes head) { return head.size() > 100 && sniffHeader<xwd>(head); }),
-    row<pict>("pic pict pct", [](Bytes head) { return head.size() > 560 && sniffHeader<pict>(head); }),
     row<tga>("tga"),
     row<wbmp>("wbmp"),
     row<mac>("mac"),

@@ -72,16 +72,6 @@ std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex)
     return MagickHeader{onItsSide ? size.transposed() : size, 24};
 }
 
-std::optional<MagickHeader> pictHeader(const ByteReader &bytes, int)
-{
-    // With and without the 512 bytes that a file has in front of what the clipboard holds.
-    for (const size_t at : {size_t(512 + 10), size_t(10)}) {
-        if (bytes.is(at, "\x11\x01") || bytes.is(at, "\0\x11\x02\xff"))
-            return MagickHeader{};
-    }
-    return {};
-}
-
 namespace {
 
 /// The next number of a text header; what stands behind "#" up to the line's end is a comment. -1 at the end.

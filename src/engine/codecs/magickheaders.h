@@ -21,7 +21,6 @@ std::optional<MagickHeader> hrzHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> macHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcxHeader(const ByteReader &bytes, int sizeIndex);
-std::optional<MagickHeader> pictHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pnmHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> tgaHeader(const ByteReader &bytes, int sizeIndex);

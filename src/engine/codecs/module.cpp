@@ -6,6 +6,12 @@
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
 #include "engine/codecs/ownencoders.h"
+#include "engine/codecs/fpx.h"
+#include "engine/codecs/jpeg2000.h"
+#include "engine/codecs/longtail.h"
+#include "engine/codecs/pic.h"
+#include "engine/codecs/pict.h"
+#include "engine/codecs/psp.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/smallformats.h"
 #include "engine/codecs/tiff.h"
@@ -22,6 +28,8 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &jpeg2000Codec,
             &rawCodec,
             &gemCodec,
+            &tiffCodec, &jpeg2000Codec, &rawCodec, &pspCodec, &fpxCodec, &softimageCodec, &pictorCodec, &radianceCodec,
+            &pictCodec,
             // one row a line
             &iffCodec,
             &gemImageCodec,
