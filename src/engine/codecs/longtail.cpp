@@ -88,7 +88,6 @@ constexpr Format pcx{"PCX", "PCX", pcxHeader};
 constexpr Format pict{"PICT", "PICT", pictHeader};
 constexpr Format pnm{"PNM", "PNM", pnmHeader};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
-constexpr Format tga{"TGA", "TGA", tgaHeader};
 constexpr Format utah{"Utah RLE", "RLE", utahHeader};
 constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
 constexpr Format wpg{"WPG", "WPG", wpgHeader};
@@ -107,7 +106,6 @@ const Codec rows[] = {
     row<utah>("rle", sniffHeader<utah>),
     row<xwd>("xwd", [](Bytes head) { return head.size() > 100 && sniffHeader<xwd>(head); }),
     row<pict>("pic pict pct", [](Bytes head) { return head.size() > 560 && sniffHeader<pict>(head); }),
-    row<tga>("tga"),
     row<wbmp>("wbmp"),
     row<mac>("mac"),
     row<hrz>("hrz"),

@@ -2,7 +2,12 @@
 
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/mbm.h"
+#include "engine/codecs/ownencoders.h"
+#include "engine/codecs/psd.h"
 #include "engine/codecs/raw.h"
+#include "engine/codecs/sunraster.h"
+#include "engine/codecs/tga.h"
 #include "engine/codecs/tiff.h"
 
 #include <vector>
@@ -10,14 +15,21 @@
 extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodecModule()
 {
     static const std::vector<const Codec *> codecs = [] {
+        // clang-format off
         std::vector<const Codec *> rows{
-            &tiffCodec, &jpeg2000Codec, &rawCodec,
-            // one row a line
+            &tiffCodec,
+            &jpeg2000Codec,
+            &rawCodec,
+            &mbmCodec,
+            &psdCodec,
+            &sunRasterCodec,
+            &tgaCodec,
         };
+        // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, ownEncoders(), nullptr, nullptr};
     return &module;
 }
