@@ -87,7 +87,6 @@ constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
 constexpr Format pcx{"PCX", "PCX", pcxHeader};
 constexpr Format pnm{"PNM", "PNM", pnmHeader};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
-constexpr Format tga{"TGA", "TGA", tgaHeader};
 constexpr Format utah{"Utah RLE", "RLE", utahHeader};
 constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
 constexpr Format wpg{"WPG", "WPG", wpgHeader};
@@ -105,7 +104,6 @@ const Codec rows[] = {
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),
     row<xwd>("xwd", [](Bytes head) { return head.size() > 100 && sniffHeader<xwd>(head); }),
-    row<tga>("tga"),
     row<wbmp>("wbmp"),
     row<mac>("mac"),
     row<hrz>("hrz"),

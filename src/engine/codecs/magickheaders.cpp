@@ -119,14 +119,6 @@ std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
     return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels};
 }
 
-std::optional<MagickHeader> tgaHeader(const ByteReader &bytes, int)
-{
-    const int kind = bytes.u8(2) & ~8;
-    if (!bytes.has(0, 18) || bytes.u8(1) > 1 || kind < 1 || kind > 3)
-        return {};
-    return MagickHeader{{bytes.u16le(12), bytes.u16le(14)}, bytes.u8(16)};
-}
-
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int)
 {
     if (bytes.u16le(0) != 0xcc52)

@@ -14,6 +14,12 @@
 #include "engine/codecs/psp.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/smallformats.h"
+#include "engine/codecs/mbm.h"
+#include "engine/codecs/ownencoders.h"
+#include "engine/codecs/psd.h"
+#include "engine/codecs/raw.h"
+#include "engine/codecs/sunraster.h"
+#include "engine/codecs/tga.h"
 #include "engine/codecs/tiff.h"
 #include "engine/codecs/wpgdrawing.h"
 
@@ -36,6 +42,10 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &mspCodec,
             &cutCodec,
             &pmpCodec,
+            &mbmCodec,
+            &psdCodec,
+            &sunRasterCodec,
+            &tgaCodec,
         };
         // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();

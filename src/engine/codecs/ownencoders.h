@@ -2,5 +2,5 @@
 
 #include "engine/codec.h"
 
-/// The writers that need no library.
+/// The writers of the formats whose files this program makes without a library.
 std::span<const Encoder> ownEncoders();
