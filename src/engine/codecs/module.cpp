@@ -2,7 +2,9 @@
 
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/metadataread.h"
 #include "engine/codecs/raw.h"
+#include "engine/codecs/texts.h"
 #include "engine/codecs/tiff.h"
 
 #include <vector>
@@ -18,6 +20,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, {}, readMetadata, readFileTexts};
     return &module;
 }
