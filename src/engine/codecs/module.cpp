@@ -1,5 +1,6 @@
 // The loadable module: the codecs behind libraries that take long to load.
 
+#include "engine/codecs/encoders.h"
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
 #include "engine/codecs/metadataread.h"
@@ -20,6 +21,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, readMetadata, readFileTexts};
+    static const CodecModule module{LUMORA_VERSION, codecs, encoders(), readMetadata, readFileTexts};
     return &module;
 }
