@@ -115,7 +115,6 @@ void Writer::setUp(const QImage &image, const EncodeOptions &options, QSize reso
     m_info.dct_method = options.jpegFastSave ? JDCT_IFAST : JDCT_ISLOW;
     m_info.optimize_coding = options.jpegFastSave ? FALSE : TRUE;
     // Half the resolution for colours, which is the library's default, shows at the edges of what else is near perfect.
-    constexpr int fullColorsFrom = 90;
     if (!grey && !options.jpegFastSave && quality >= fullColorsFrom) {
         m_info.comp_info[0].h_samp_factor = 1;
         m_info.comp_info[0].v_samp_factor = 1;

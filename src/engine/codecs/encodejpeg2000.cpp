@@ -43,8 +43,11 @@ struct Target
     static OPJ_BOOL seek(OPJ_OFF_T position, void *target)
     {
         Target &self = of(target);
-        if (position < 0 || position > self.bytes.size())
+        if (position < 0)
             return OPJ_FALSE;
+        // It leaves room for a length first and comes back.
+        if (position > self.bytes.size())
+            self.bytes.append(position - self.bytes.size(), '\0');
         self.position = position;
         return OPJ_TRUE;
     }

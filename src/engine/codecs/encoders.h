@@ -11,6 +11,8 @@ std::span<const Encoder> encoders();
 Result<QByteArray> encodeBmp(const Picture &picture, const EncodeOptions &options);
 /// One PCX picture in a DCX file.
 Result<QByteArray> encodeDcx(const Picture &picture, const EncodeOptions &options);
+/// From this JPEG quality on colours are kept at full resolution, unless the save is to be fast.
+inline constexpr int fullColorsFrom = 90;
 Result<QByteArray> encodeJpeg(const Picture &picture, const EncodeOptions &options);
 /// 8 or 16 bits a channel; palettes become grey or RGB, which every reader knows.
 Result<QByteArray> encodeJpeg2000(const Picture &picture, const EncodeOptions &options);

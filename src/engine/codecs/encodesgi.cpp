@@ -74,9 +74,9 @@ Result<QByteArray> encodeSgi(const Picture &picture, const EncodeOptions &)
     const bool deep = picture.pixels.format() == QImage::Format_RGBA64;
     const bool alpha = hasTransparency(picture);
     const PalettePixels indexed = palettePixels(picture, {8}, Transparency::OverWhite);
-    const bool grey = !alpha
-        && (indexed.isNull() ? picture.info.bitsPerPixel == 16 && deep && isAllGrey(picture.pixels)
-                             : std::all_of(indexed.table.begin(), indexed.table.end(), qIsGray));
+    // Deep grey goes into three channels: readers know a single one only with 8 bits.
+    const bool grey = !alpha && !indexed.isNull()
+        && std::all_of(indexed.table.begin(), indexed.table.end(), [](QRgb color) { return qIsGray(color); });
     const QImage image = deep ? picture.pixels : grey ? greyscale(picture) : rgbOrArgb(picture);
     const int channels = grey ? 1 : alpha ? 4 : 3;
     const int height = image.height();

@@ -196,8 +196,11 @@ void Writer::setTags(const Layout &layout, int jpegQuality)
     TIFFSetField(m_tiff, TIFFTAG_PHOTOMETRIC, layout.photometric);
     if (layout.jpeg) {
         TIFFSetField(m_tiff, TIFFTAG_JPEGQUALITY, qBound(1, jpegQuality, 100));
-        if (layout.samples == 3)
+        if (layout.samples == 3) {
+            const int step = jpegQuality >= fullColorsFrom ? 1 : 2;
+            TIFFSetField(m_tiff, TIFFTAG_YCBCRSUBSAMPLING, step, step);
             TIFFSetField(m_tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        }
     }
     if (layout.alpha) {
         const quint16 kind = EXTRASAMPLE_UNASSALPHA;

@@ -62,9 +62,16 @@ Result<QByteArray> encodeXwd(const Picture &picture, const EncodeOptions &)
 {
     const PalettePixels indexed = palettePixels(picture, {1, 8}, Transparency::OverWhite);
     if (!indexed.isNull()) {
-        const Shape shape{
-            indexed.pixels.size(), quint32(indexed.bits), indexed.bits == 1 ? StaticGray : PseudoColor, indexed.table};
-        return file(shape, [&](int y, uchar *to) { indexed.packRow(y, to); });
+        // Some readers look at no table of two greys: 0 is white and 1 is black to them.
+        const bool plainMono = isBlackAndWhite(indexed.table);
+        const bool turned = plainMono && indexed.table[0] == qRgb(0, 0, 0);
+        const QList<QRgb> table = turned ? QList<QRgb>{indexed.table[1], indexed.table[0]} : indexed.table;
+        const Shape shape{indexed.pixels.size(), quint32(indexed.bits), plainMono ? StaticGray : PseudoColor, table};
+        return file(shape, [&](int y, uchar *to) {
+            indexed.packRow(y, to);
+            for (qsizetype i = 0; turned && i < indexed.packedBytes(); ++i)
+                to[i] ^= 0xff;
+        });
     }
     const QImage image = opaqueRgb(picture);
     return file({image.size(), 24, TrueColor, {}},

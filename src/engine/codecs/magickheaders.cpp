@@ -126,7 +126,7 @@ std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
     const int dimensions = bytes.u16be(4);
     const int height = dimensions >= 2 ? bytes.u16be(8) : 1;
     const int channels = dimensions >= 3 ? bytes.u16be(10) : 1;
-    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels};
+    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels, 1, bytes.u8(3) == 2};
 }
 
 std::optional<MagickHeader> tgaHeader(const ByteReader &bytes, int)
