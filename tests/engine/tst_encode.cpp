@@ -151,7 +151,8 @@ QList<Named> pictures()
                 Picture picture = paletted({13, 7}, 3);
                 picture.info.bitsPerPixel = 8;
                 return picture;
-            }(), false},
+            }(),
+            false},
         {"palette with a clear colour", paletted({9, 9}, 2, true)},
         {"grey", greyRamp({33, 12}, 8)},
         {"4-bit grey", greyRamp({15, 3}, 4), false},

@@ -233,9 +233,11 @@ void Writer::setExtras(const Metadata &blocks, const QByteArray &profile, QSize 
     if (!blocks.xmp.isEmpty())
         TIFFSetField(m_tiff, TIFFTAG_XMLPACKET, quint32(blocks.xmp.size()), blocks.xmp.constData());
     if (!blocks.iptc.isEmpty()) {
-        // Told in units of four bytes.
+        // The library's releases differ in whether they count bytes or groups of four.
+        const TIFFField *const field = TIFFFieldWithTag(m_tiff, TIFFTAG_RICHTIFFIPTC);
+        const int unit = field && TIFFFieldDataType(field) == TIFF_LONG ? 4 : 1;
         const QByteArray padded = blocks.iptc + QByteArray((4 - blocks.iptc.size() % 4) % 4, '\0');
-        TIFFSetField(m_tiff, TIFFTAG_RICHTIFFIPTC, quint32(padded.size() / 4), padded.constData());
+        TIFFSetField(m_tiff, TIFFTAG_RICHTIFFIPTC, quint32(padded.size() / unit), padded.constData());
     }
 }
 

@@ -62,6 +62,10 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
     picture.partial = read->damaged;
     if (header->deep && header->bits < 48)
         spreadRed(picture.pixels);
+    if (!header->dotsPerInch.isEmpty()) {
+        picture.pixels.setDotsPerMeterX(qRound(header->dotsPerInch.width() / 0.0254));
+        picture.pixels.setDotsPerMeterY(qRound(header->dotsPerInch.height() / 0.0254));
+    }
     picture.info = {
         picture.pixels.size(), header->bits ? header->bits : depthOf(picture.pixels), header->pages, format.name};
     return picture;

@@ -67,10 +67,11 @@ Sources sourcesOf(const Metadata &blocks)
 
 Result<Sources> sourcesByLibrary(const EncodedFile &file)
 {
-    setUpExiv2();
+    const int type = guardedFromExiv2(int(Exiv2::ImageType::none),
+        [&] { return int(Exiv2::ImageFactory::getType(exiv2Bytes(file.bytes), long(file.bytes.size()))); });
+    if (type == int(Exiv2::ImageType::none))
+        return Sources();
     try {
-        if (Exiv2::ImageFactory::getType(exiv2Bytes(file.bytes), long(file.bytes.size())) == Exiv2::ImageType::none)
-            return Sources();
         const auto image = Exiv2::ImageFactory::open(exiv2Bytes(file.bytes), long(file.bytes.size()));
         image->readMetadata();
         Sources sources{image->exifData(), image->iptcData(), image->xmpData(), {}};
