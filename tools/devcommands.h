@@ -27,6 +27,7 @@ int controls(const QStringList &arguments);
 int decodeFiles(const QStringList &arguments);
 int probeFiles(const QStringList &arguments);
 int formats(const QStringList &arguments);
+int meta(const QStringList &arguments);
 int list(const QStringList &arguments);
 int settings(const QStringList &arguments);
 

@@ -23,6 +23,7 @@ std::span<const Command> commands()
         {"decode", "FILE... [--target WxH] [--page N] [--png OUT.png]", "decodes pictures and says how long it took", Command::Pictures, decodeFiles},
         {"probe", "FILE...", "reads the headers of pictures", Command::Pictures, probeFiles},
         {"formats", "", "lists the codecs", Command::Pictures, formats},
+        {"meta", "FILE...", "shows the texts and the raw blocks that picture files carry", Command::Pictures, meta},
         {"list", "FILE.Lsl", "shows what a list file holds", Command::Pictures, list},
         {"settings", "", "lists the stored settings", Command::Pictures, settings},
     };

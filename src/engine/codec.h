@@ -29,6 +29,9 @@ std::span<const Codec *const> codecTable();
 /// The same after an attempt to load the module. Safe to call from any thread; the attempt is made once.
 std::span<const Codec *const> fullCodecTable();
 
+/// Those that need no module.
+std::span<const Codec *const> builtInCodecs();
+
 /// Why the module's codecs are missing; empty when they are there or were not asked for yet.
 QString codecModuleFailure();
 

@@ -84,6 +84,11 @@ std::span<const Codec *const> codecTable()
     return builtIn;
 }
 
+std::span<const Codec *const> builtInCodecs()
+{
+    return builtIn;
+}
+
 std::span<const Codec *const> fullCodecTable()
 {
     std::call_once(loadOnce, loadModule);

@@ -2,6 +2,7 @@
 
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/limits.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
@@ -173,6 +174,20 @@ std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
     return {};
 }
 
+/// What goes along with the whole pixels of a file's first picture. The codecs of everyday formats fill the blocks
+/// themselves, for a small part of the price of the module's library.
+void completeMetadata(Picture &picture, const EncodedFile &file, const Codec &codec, const DecodeHint &hint)
+{
+    if (picture.isReduced() || hint.page != 0)
+        return;
+    const std::span<const Codec *const> simple = builtInCodecs();
+    const bool ownBlocks = std::find(simple.begin(), simple.end(), &codec) != simple.end();
+    const CodecModule *const module = ownBlocks ? nullptr : codecModule();
+    if (picture.metadata.isEmpty() && module && module->readMetadata)
+        picture.metadata = module->readMetadata(file);
+    applyExifResolution(picture.pixels, picture.metadata.exif);
+}
+
 }
 
 Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
@@ -181,6 +196,8 @@ Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
         Result<Picture> picture = codec.decode(file, hint);
         if (picture && picture->isNull())
             return Failure{QStringLiteral("the decoder gave no pixels")};
+        if (picture)
+            completeMetadata(*picture, file, codec, hint);
         return picture;
     });
 }

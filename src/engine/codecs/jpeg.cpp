@@ -1,6 +1,7 @@
 #include "engine/codecs/jpeg.h"
 
 #include "engine/codecs/exif.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
 
@@ -299,6 +300,8 @@ Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStore
     picture.pixels = uprighted(image, orientation);
     if (picture.isNull())
         return Failure{outOfMemory(picture.info.size)};
+    if (!asStored && !picture.isReduced())
+        picture.metadata = jpegMetadata(bytes);
     return picture;
 }
 

@@ -34,6 +34,16 @@ int depthOf(const QImage &image)
     return image.format() == QImage::Format_Indexed8 ? 8 : image.hasAlphaChannel() ? 32 : 24;
 }
 
+/// The library reads a single deep channel as red.
+void spreadRed(QImage &deep)
+{
+    for (int y = 0; y < deep.height(); ++y) {
+        QRgba64 *const row = reinterpret_cast<QRgba64 *>(deep.scanLine(y));
+        for (int x = 0; x < deep.width(); ++x)
+            row[x] = QRgba64::fromRgba64(row[x].red(), row[x].red(), row[x].red(), row[x].alpha());
+    }
+}
+
 Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const DecodeHint &hint)
 {
     const Result<MagickHeader> header = readHeader(format, file.bytes, hint.sizeIndex);
@@ -43,12 +53,19 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
         return Failure{QStringLiteral("the file has no picture %1").arg(hint.page)};
     // The library counts a Photo CD's sizes as pictures, from 1.
     const int page = format.isPhotoCd ? photoCdSize(hint.sizeIndex) + 1 : hint.page;
-    const Result<MagickPicture> read = readByMagick(file.bytes, format.magick, page, header->bits >= 48);
+    const Result<MagickPicture> read =
+        readByMagick(file.bytes, format.magick, page, header->deep || header->bits >= 48);
     if (!read)
         return read.failure();
     Picture picture;
     picture.pixels = read->pixels;
     picture.partial = read->damaged;
+    if (header->deep && header->bits < 48)
+        spreadRed(picture.pixels);
+    if (!header->dotsPerInch.isEmpty()) {
+        picture.pixels.setDotsPerMeterX(qRound(header->dotsPerInch.width() / 0.0254));
+        picture.pixels.setDotsPerMeterY(qRound(header->dotsPerInch.height() / 0.0254));
+    }
     picture.info = {
         picture.pixels.size(), header->bits ? header->bits : depthOf(picture.pixels), header->pages, format.name};
     return picture;

@@ -23,7 +23,18 @@ std::optional<MagickHeader> pcxAt(const ByteReader &bytes, size_t at)
         return {};
     const int width = bytes.u16le(at + 8) - bytes.u16le(at + 4) + 1;
     const int height = bytes.u16le(at + 10) - bytes.u16le(at + 6) + 1;
-    return MagickHeader{{width, height}, bytes.u8(at + 3) * bytes.u8(at + 65)};
+    MagickHeader header{{width, height}, bytes.u8(at + 3) * bytes.u8(at + 65)};
+    // Many programs put the size of the screen or of the picture where the resolution belongs.
+    const QSize told(bytes.u16le(at + 12), bytes.u16le(at + 14));
+    constexpr int least = 30;
+    constexpr int most = 4800;
+    const bool sane = qMin(told.width(), told.height()) >= least && qMax(told.width(), told.height()) <= most
+        && told.width() <= 2 * told.height() && told.height() <= 2 * told.width();
+    const bool isScreen = told == header.size || told == QSize(320, 200) || told == QSize(640, 350)
+        || told == QSize(640, 480) || told == QSize(800, 600) || told == QSize(1024, 768);
+    if (sane && !isScreen)
+        header.dotsPerInch = told;
+    return header;
 }
 
 }
@@ -116,7 +127,7 @@ std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
     const int dimensions = bytes.u16be(4);
     const int height = dimensions >= 2 ? bytes.u16be(8) : 1;
     const int channels = dimensions >= 3 ? bytes.u16be(10) : 1;
-    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels};
+    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels, 1, bytes.u8(3) == 2};
 }
 
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int)

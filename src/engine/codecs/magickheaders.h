@@ -12,6 +12,8 @@ struct MagickHeader
     QSize size; ///< empty: only a full read tells
     int bits = 0; ///< nominal; 0: only a full read tells
     int pages = 1;
+    bool deep = false; ///< 16 bits a channel
+    QSize dotsPerInch = {}; ///< where the library does not tell what it read
 };
 
 /// One function a format: nothing when the bytes are surely not of it. `sizeIndex` counts for Photo CD alone.

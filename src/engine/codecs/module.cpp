@@ -20,6 +20,12 @@
 #include "engine/codecs/raw.h"
 #include "engine/codecs/sunraster.h"
 #include "engine/codecs/tga.h"
+#include "engine/codecs/encoders.h"
+#include "engine/codecs/jpeg2000.h"
+#include "engine/codecs/longtail.h"
+#include "engine/codecs/metadataread.h"
+#include "engine/codecs/raw.h"
+#include "engine/codecs/texts.h"
 #include "engine/codecs/tiff.h"
 #include "engine/codecs/wpgdrawing.h"
 
@@ -54,5 +60,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         return rows;
     }();
     static const CodecModule module{LUMORA_VERSION, codecs, ownEncoders(), nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, encoders(), readMetadata, readFileTexts};
     return &module;
 }

@@ -1,6 +1,7 @@
 #include "engine/codecs/png.h"
 
 #include "engine/codecs/exif.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
 
@@ -293,6 +294,7 @@ Result<Picture> decodePng(const EncodedFile &file, const DecodeHint &)
     picture.pixels = uprighted(image, orientation);
     if (picture.isNull())
         return Failure{outOfMemory(picture.info.size)};
+    picture.metadata = pngMetadata(file.bytes);
     return picture;
 }
 
