@@ -2,6 +2,7 @@
 
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/metafile.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/tiff.h"
 
@@ -13,6 +14,8 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         std::vector<const Codec *> rows{
             &tiffCodec, &jpeg2000Codec, &rawCodec,
             // one row a line
+            &emfCodec,
+            &wmfCodec,
         };
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
