@@ -12,6 +12,7 @@
 #include "engine/codecs/pic.h"
 #include "engine/codecs/pict.h"
 #include "engine/codecs/psp.h"
+#include "engine/codecs/metafile.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/smallformats.h"
 #include "engine/codecs/mbm.h"
@@ -52,6 +53,8 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &psdCodec,
             &sunRasterCodec,
             &tgaCodec,
+            &emfCodec,
+            &wmfCodec,
         };
         // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();
