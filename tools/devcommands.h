@@ -26,6 +26,7 @@ int shot(const QStringList &arguments);
 int controls(const QStringList &arguments);
 int decodeFiles(const QStringList &arguments);
 int probeFiles(const QStringList &arguments);
+int encodeFile(const QStringList &arguments);
 int formats(const QStringList &arguments);
 int meta(const QStringList &arguments);
 int list(const QStringList &arguments);

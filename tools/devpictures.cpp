@@ -1,7 +1,9 @@
 #include "devcommands.h"
 
+#include "actions/saveformats.h"
 #include "engine/codec.h"
 #include "engine/decode.h"
+#include "engine/polyimage.h"
 #include "platform/files.h"
 
 #include <QBuffer>
@@ -87,6 +89,33 @@ int dev::probeFiles(const QStringList &arguments)
             status = fail(file + QStringLiteral(": ") + info.reason());
     }
     return status;
+}
+
+int dev::encodeFile(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption quality(QStringLiteral("quality"), {}, QStringLiteral("number"), QStringLiteral("100"));
+    const QCommandLineOption diffuse(QStringLiteral("diffuse"));
+    parser.addOptions({quality, diffuse});
+    if (!parse(parser, arguments, 3, 3))
+        return 2;
+    const QStringList words = parser.positionalArguments();
+    bool indexIsNumber = false;
+    bool qualityIsNumber = false;
+    const int index = words.at(1).toInt(&indexIsNumber);
+    SaveOptions options;
+    options.jpegQuality = parser.value(quality).toInt(&qualityIsNumber);
+    options.jpeg2000Quality = options.jpegQuality;
+    options.diffuseTwoColor = parser.isSet(diffuse);
+    const auto plan = batchSavePlan(indexIsNumber ? index : -1, options);
+    if (!plan)
+        return wrongCall(QStringLiteral("BATCHINDEX is a number from 0 to %1").arg(saveFormats().size() - 1));
+    if (!qualityIsNumber || options.jpegQuality < 1 || options.jpegQuality > 100)
+        return wrongCall(QStringLiteral("--quality takes a number from 1 to 100"));
+
+    PolyImage image;
+    const bool done = image.PolyLoad(words.at(0), -1) && saveByPlan(*plan, image, words.at(2));
+    return done ? 0 : fail(words.at(0) + QStringLiteral(": ") + image.PolyLastError());
 }
 
 int dev::formats(const QStringList &arguments)

@@ -22,6 +22,7 @@ std::span<const Command> commands()
         {"controls", "WINDOW [FILE...]", "lists the controls of a window", Command::Windows, controls},
         {"decode", "FILE... [--target WxH] [--page N] [--png OUT.png]", "decodes pictures and says how long it took", Command::Pictures, decodeFiles},
         {"probe", "FILE...", "reads the headers of pictures", Command::Pictures, probeFiles},
+        {"encode", "IN BATCHINDEX OUT [--quality N] [--diffuse]", "writes a picture as batch conversion would", Command::Pictures, encodeFile},
         {"formats", "", "lists the codecs", Command::Pictures, formats},
         {"meta", "FILE...", "shows the texts and the raw blocks that picture files carry", Command::Pictures, meta},
         {"list", "FILE.Lsl", "shows what a list file holds", Command::Pictures, list},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/imagemaskcontrol.h"
 #include "engine/polyimage.h"
 #include "platform/folders.h"
 #include "ui/form.h"
@@ -18,6 +19,7 @@ public:
     PolyImage polImageBox1;
     Gvbox Gvbox2;
     Gvbox Picture1;
+    ImageMaskControl ImageMaskControl1;
     std::shared_ptr<const LoadedPicture> picBackupImage;
     WindowsSystemFolders WindowsSystemFolders1;
 };

@@ -1,6 +1,21 @@
 #include "engine/polyimage.h"
 
+#include "engine/ops/depth.h"
 #include "engine/picturecache.h"
+
+namespace {
+
+Result<Picture> allPixelsOf(const LoadedPicture *held)
+{
+    if (!held)
+        return Failure{QStringLiteral("There is no image.")};
+    Picture picture = held->full();
+    if (picture.isReduced())
+        return Failure{QStringLiteral("The image could not be read completely.")};
+    return picture;
+}
+
+}
 
 bool PolyImage::PolyLoad(const QString &path, int sizeIndex, QSize target)
 {
@@ -29,6 +44,45 @@ int PolyImage::PolyBitsPerPixel() const
 Picture PolyImage::PolyPicture() const
 {
     return m_held ? m_held->full() : Picture();
+}
+
+bool PolyImage::change(const std::function<Result<Picture>(const Picture &)> &operation)
+{
+    const Result<Picture> before = allPixelsOf(m_held.get());
+    const Result<Picture> after = before ? operation(*before) : before;
+    if (after)
+        m_held = LoadedPicture::fromPicture(*after);
+    m_lastError =
+        before && !after ? QStringLiteral("The image could not be changed: %1.").arg(after.reason()) : before.reason();
+    return m_lastError.isEmpty();
+}
+
+bool PolyImage::PolySetBitsPerPixel(int bits)
+{
+    return change([=](const Picture &picture) { return withBitsPerPixel(picture, bits); });
+}
+
+bool PolyImage::PolyReduceColors(int colors, int bits, bool diffuse)
+{
+    return change([=](const Picture &picture) { return withReducedColors(picture, colors, bits, diffuse); });
+}
+
+bool PolyImage::PolyReduceToBits(int bits, bool diffuse)
+{
+    return change([=](const Picture &picture) { return withReducedBits(picture, bits, diffuse); });
+}
+
+bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    m_lastError = picture.reason();
+    if (!picture)
+        return false;
+    EncodeOptions options = m_options;
+    options.diffuse = diffuse;
+    if (const Result<void> saved = encodeFile(*picture, path, typeCode, options); !saved)
+        m_lastError = QStringLiteral("The image could not be saved: %1.").arg(saved.reason());
+    return m_lastError.isEmpty();
 }
 
 bool Gvbox::load(const QString &path, QSize target)

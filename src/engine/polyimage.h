@@ -1,10 +1,15 @@
 #pragma once
 
+#include "engine/encode.h"
 #include "engine/loadedpicture.h"
+
+#include <functional>
 
 /// The engine role behind `polImageBox1`: holds one picture, the last error, and the operations on them.
 ///
-/// A load that fails leaves the picture that was there, and says so in PolyLastError.
+/// Every operation leaves its outcome in PolyLastError: empty after success, else a sentence. What fails leaves the
+/// picture that was there. Operations work on all pixels and on a copy: the changed picture is this control's alone,
+/// and stays until the next load.
 class PolyImage
 {
 public:
@@ -14,6 +19,25 @@ public:
     int PolyWidth() const;
     int PolyHeight() const;
     int PolyBitsPerPixel() const;
+
+    /// As in ops/depth.h.
+    bool PolySetBitsPerPixel(int bits);
+    bool PolyReduceColors(int colors, int bits, bool diffuse);
+    bool PolyReduceToBits(int bits, bool diffuse);
+
+    /// Options of the next saves; values out of range become the nearest one.
+    void setPolyJpegFastSave(bool fast) { m_options.jpegFastSave = fast; }
+    bool PolyJpegFastSave() const { return m_options.jpegFastSave; }
+    void setPolyJpegQuality(int quality) { m_options.jpegQuality = qBound(1, quality, 100); }
+    int PolyJpegQuality() const { return m_options.jpegQuality; }
+    void setPolyJp2Quality(double quality) { m_options.jp2Quality = qBound(0.01, quality, 1.0); }
+    double PolyJp2Quality() const { return m_options.jp2Quality; }
+    /// Writes the held picture in that format, whatever the name's extension says. An existing file is replaced as a
+    /// whole or not at all.
+    bool PolySave(const QString &path, TypeCode typeCode, bool diffuse);
+
+    /// Takes a picture that another control has decoded.
+    void setPolyPicture(std::shared_ptr<const LoadedPicture> picture) { m_held = std::move(picture); }
     /// All pixels of the held picture; null when nothing was ever loaded.
     Picture PolyPicture() const;
     QString PolyLastError() const { return m_lastError; }
@@ -22,8 +46,10 @@ public:
     std::shared_ptr<const LoadedPicture> held() const { return m_held; }
 
 private:
+    bool change(const std::function<Result<Picture>(const Picture &)> &operation);
     std::shared_ptr<const LoadedPicture> m_held;
     QString m_lastError;
+    EncodeOptions m_options;
 };
 
 /// The engine role behind `Gvbox2`: decodes the "Picture" kinds and passes every still picture on to the display.

@@ -13,8 +13,6 @@
 #include <QPainter>
 #include <QRegularExpression>
 
-#include <qdrawutil.h>
-
 namespace {
 constexpr int smallestThumbnail = 60;
 constexpr int thumbnailStep = 10;
@@ -67,30 +65,6 @@ int colorNumber(const QColor &color)
 QColor colorFromNumber(int number)
 {
     return QColor(number & 255, number >> 8 & 255, number >> 16 & 255);
-}
-
-QImage sampleThumbnail(const QImage &source, int size, bool style, const QColor &back)
-{
-    constexpr int frame = 2;
-    QImage sample(size, size, QImage::Format_RGB32);
-    sample.fill(back);
-    QPainter painter(&sample);
-    const QRect inside = sample.rect().marginsRemoved(style ? QMargins(frame, frame, frame, frame) : QMargins());
-    if (!source.isNull()) {
-        QSize fitted = source.size();
-        if (fitted.width() > inside.width() || fitted.height() > inside.height())
-            fitted.scale(inside.size(), Qt::KeepAspectRatio);
-        fitted = fitted.expandedTo(QSize(1, 1));
-        QRect place(QPoint(), fitted);
-        place.moveCenter(inside.center());
-        // Qt's smooth reduction averages the area that a pixel stands for.
-        painter.drawImage(place, source.scaled(fitted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-    }
-    if (style) {
-        QPalette palette(QColor(192, 192, 192));
-        qDrawShadePanel(&painter, sample.rect(), palette, false, frame);
-    }
-    return sample;
 }
 
 frmPreferences::frmPreferences(QWidget *parent)
@@ -219,9 +193,13 @@ void frmPreferences::sldThumbNailSize_Change()
     lblThumbNailSizeValue->setText(tr("Size = %1").arg(size));
     const double ratio = devicePixelRatioF();
     const int pixels = int(size * ratio);
-    const auto held = form<checkjpg>().Picture1.picture();
-    const QImage source = held ? held->atLeast({pixels, pixels}).pixels : QImage();
-    QImage sample = sampleThumbnail(source, pixels, chkThumbNailStyle->isChecked(), m_thumbnailBackColor);
+    auto &mask = form<checkjpg>().ImageMaskControl1;
+    mask.setMaskThumbnailStyle(chkThumbNailStyle->isChecked());
+    mask.setMaskThumbnailBackColor(m_thumbnailBackColor);
+    mask.setMaskPicture(form<checkjpg>().Picture1.picture());
+    mask.MaskMakeThumbnail(pixels, pixels);
+    mask.setMaskPicture(nullptr);
+    QImage sample = mask.MaskThumbnailPicture().pixels;
     sample.setDevicePixelRatio(ratio);
     Image1->setPixmap(QPixmap::fromImage(sample));
 }

@@ -124,9 +124,6 @@ private:
     QColor m_thumbnailBackColor = Qt::black;
 };
 
-/// A sample thumbnail: the source within a square of `size` pixels, on the back colour, in a raised frame when `style`.
-QImage sampleThumbnail(const QImage &source, int size, bool style, const QColor &back);
-
 /// The number at the beginning of a text, as a field is read: 0 when there is none.
 double leadingNumber(const QString &text);
 

@@ -123,6 +123,8 @@ public:
     void mnuFileLoadAs_Click();
     void mnuFileSave_Click();
     void mnuFileSaveAs_Click();
+    void mnuFileSaveImageAs_Click();
+    void mnuFileSaveThumbnail_Click();
     void mnuFileSelectViewer_Click();
     void mnuFileExit_Click();
     void mnuPictureCopy_Click();

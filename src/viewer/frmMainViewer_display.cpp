@@ -383,6 +383,9 @@ void frmMainViewer::LoadImageIntoViewer(const QString &path)
             support.Gvbox2.setPicture(support.polImageBox1.held());
     } else {
         loaded = support.Gvbox2.load(path, displayTarget());
+        // Saving takes what `polImageBox1` holds, whoever decoded it.
+        if (loaded)
+            support.polImageBox1.setPolyPicture(support.Gvbox2.picture());
     }
     Yield();
     Yield();
