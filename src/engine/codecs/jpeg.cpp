@@ -307,4 +307,4 @@ Result<Picture> decodeStoredJpeg(const QByteArray &bytes, QSize target)
     return decodeTurned(bytes, target, true);
 }
 
-const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif", sniffJpeg, probeJpeg, decodeJpeg, true, true};
+const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif jif jfi", sniffJpeg, probeJpeg, decodeJpeg, true, true};

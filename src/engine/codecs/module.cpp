@@ -2,6 +2,7 @@
 
 #include "engine/codecs/jpeg2000.h"
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/modernformats.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/tiff.h"
 
@@ -11,8 +12,14 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
 {
     static const std::vector<const Codec *> codecs = [] {
         std::vector<const Codec *> rows{
-            &tiffCodec, &jpeg2000Codec, &rawCodec,
-            // one row a line
+            &tiffCodec,
+            &jpeg2000Codec,
+            &rawCodec,
+            &heifCodec,
+            &jpegXlCodec,
+            &qoiCodec,
+            &svgCodec,
+            &webPCodec,
         };
         const std::span<const Codec *const> others = longTailCodecs();
         rows.insert(rows.end(), others.begin(), others.end());
