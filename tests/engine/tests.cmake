@@ -13,3 +13,9 @@ foreach(name tst_decode tst_hostile tst_missingmodule tst_picturecache)
 endforeach()
 lumora_test(engine/tst_asx.cpp rules)
 lumora_test(engine/tst_player.cpp rules)
+
+# The encoders of the formats' own libraries make the files.
+pkg_check_modules(MODERN_ENCODERS REQUIRED IMPORTED_TARGET libwebp libwebpmux libheif libjxl zlib)
+lumora_test(engine/tst_modernformats.cpp rules)
+target_sources(tst_modernformats PRIVATE engine/modernfiles.cpp)
+target_link_libraries(tst_modernformats PRIVATE lumora_test_engine PkgConfig::MODERN_ENCODERS)

@@ -94,6 +94,8 @@ Result<void> Reader::readHeader(int wantedEvents)
     m_decoder.reset(JxlDecoderCreate(nullptr));
     if (!m_decoder)
         return Failure{QStringLiteral("JPEG XL: out of memory")};
+    if (wantedEvents & JXL_DEC_FULL_IMAGE)
+        startThreads();
     JxlDecoderSubscribeEvents(m_decoder.get(), JXL_DEC_BASIC_INFO | wantedEvents);
     JxlDecoderSetInput(m_decoder.get(), reinterpret_cast<const uint8_t *>(m_bytes.constData()), size_t(m_bytes.size()));
     JxlDecoderCloseInput(m_decoder.get());
@@ -168,7 +170,6 @@ void Reader::readProfile()
 
 Result<void> Reader::decodeFrame(int page, QImage &image, bool &partial)
 {
-    startThreads();
     if (page > 0)
         JxlDecoderSkipFrames(m_decoder.get(), size_t(page));
     const JxlPixelFormat pixels = layout().pixels;

@@ -94,6 +94,14 @@ QSizeF naturalSize(const QXmlStreamAttributes &root)
     return box;
 }
 
+/// The root's page is told by its viewBox alone once the size is known, and only by one that is sound.
+bool isUselessSize(const QXmlStreamAttribute &attribute)
+{
+    const QStringView name = attribute.qualifiedName();
+    return name == QLatin1String("width") || name == QLatin1String("height")
+        || (name == QLatin1String("viewBox") && viewBoxSize(attribute.value()).isEmpty());
+}
+
 QStringView localName(QStringView name)
 {
     return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
@@ -187,6 +195,8 @@ private:
             const bool reference = localName(attribute.qualifiedName()) == QLatin1String("href");
             if (reference && !staysInside(attribute.value()))
                 continue;
+            if (!m_seenRoot && isUselessSize(attribute))
+                continue;
             if (reference && name == QLatin1String("use"))
                 used = attribute.value().trimmed().mid(1);
             m_writer.writeAttribute(attribute.qualifiedName().toString(), attribute.value().toString());
@@ -204,7 +214,7 @@ private:
         m_source.keepsShape =
             !root.value(QLatin1String("preserveAspectRatio")).trimmed().startsWith(QLatin1String("none"));
         // Without one the reader would fit what is drawn instead of the page.
-        if (!root.hasAttribute(QLatin1String("viewBox")) && !m_source.size.isEmpty())
+        if (viewBoxSize(root.value(QLatin1String("viewBox"))).isEmpty() && !m_source.size.isEmpty())
             m_writer.writeAttribute(QStringLiteral("viewBox"),
                 QStringLiteral("0 0 %1 %2").arg(m_source.size.width()).arg(m_source.size.height()));
     }
