@@ -23,3 +23,9 @@ lumora_test(engine/tst_asx.cpp rules)
 lumora_test(engine/tst_player.cpp rules)
 lumora_test(engine/tst_vectordrawings.cpp rules)
 target_compile_definitions(tst_hostile PRIVATE LUMORA_FOUND="${CMAKE_SOURCE_DIR}/fuzz/found")
+
+# The encoders of the formats' own libraries make the files.
+pkg_check_modules(MODERN_ENCODERS REQUIRED IMPORTED_TARGET libwebp libwebpmux libheif libjxl zlib)
+lumora_test(engine/tst_modernformats.cpp rules)
+target_sources(tst_modernformats PRIVATE engine/modernfiles.cpp)
+target_link_libraries(tst_modernformats PRIVATE lumora_test_engine PkgConfig::MODERN_ENCODERS)

@@ -346,4 +346,4 @@ Result<JpegSamples> decodeJpegSamples(const QByteArray &bytes, QSize size, int c
     return jpeg;
 }
 
-const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif", sniffJpeg, probeJpeg, decodeJpeg, true, true};
+const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif jif jfi", sniffJpeg, probeJpeg, decodeJpeg, true, true};

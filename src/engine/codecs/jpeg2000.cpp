@@ -283,4 +283,4 @@ Result<Picture> decodeJpeg2000(const EncodedFile &file, const DecodeHint &hint)
 
 }
 
-const Codec jpeg2000Codec{"JPEG 2000", "jp2 j2k jpc j2c jpf", sniffJpeg2000, probeJpeg2000, decodeJpeg2000};
+const Codec jpeg2000Codec{"JPEG 2000", "jp2 j2k jpc j2c jpf jpx", sniffJpeg2000, probeJpeg2000, decodeJpeg2000};

@@ -116,7 +116,7 @@ const Codec rows[] = {
     row<pcx>("pcx", [](Bytes head) { return head.size() > 128 && sniffHeader<pcx>(head); }),
     row<dcx>("dcx", sniffHeader<dcx>),
     row<sgi>("rgb rgba sgi bw", sniffHeader<sgi>),
-    row<pnm>("pnm pbm pgm ppm", sniffHeader<pnm>),
+    row<pnm>("pnm pbm pgm ppm pam", sniffHeader<pnm>),
     row<pcd>("pcd", sniffHeader<pcd>),
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),

@@ -104,10 +104,38 @@ int nextNumber(const ByteReader &bytes, size_t &at)
     return number;
 }
 
+/// The number that stands behind a word of a PAM header; -1 when the header lacks it.
+int pamNumber(const QByteArray &header, const char *word)
+{
+    const qsizetype at = header.indexOf(word);
+    if (at < 0)
+        return -1;
+    size_t behind = size_t(at) + qstrlen(word);
+    return nextNumber(ByteReader(header), behind);
+}
+
+std::optional<MagickHeader> pamHeader(const ByteReader &bytes)
+{
+    constexpr size_t longest = 1024;
+    QByteArray header;
+    for (size_t i = 0; i < std::min(bytes.size(), longest) && !header.endsWith("ENDHDR\n"); ++i)
+        header.append(char(bytes.u8(i)));
+    const int width = pamNumber(header, "\nWIDTH ");
+    const int height = pamNumber(header, "\nHEIGHT ");
+    const int channels = pamNumber(header, "\nDEPTH ");
+    const int largest = pamNumber(header, "\nMAXVAL ");
+    if (!header.endsWith("ENDHDR\n") || width < 1 || height < 1 || channels < 1 || channels > 4 || largest < 1
+        || largest > 65535)
+        return {};
+    return MagickHeader{{width, height}, channels * (largest == 1 ? 1 : largest > 255 ? 16 : 8)};
+}
+
 }
 
 std::optional<MagickHeader> pnmHeader(const ByteReader &bytes, int)
 {
+    if (bytes.is(0, "P7\n"))
+        return pamHeader(bytes);
     const int kind = bytes.u8(1) - '0';
     if (bytes.u8(0) != 'P' || kind < 1 || kind > 6)
         return {};

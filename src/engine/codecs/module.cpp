@@ -13,6 +13,7 @@
 #include "engine/codecs/pict.h"
 #include "engine/codecs/psp.h"
 #include "engine/codecs/metafile.h"
+#include "engine/codecs/modernformats.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/smallformats.h"
 #include "engine/codecs/mbm.h"
@@ -55,6 +56,11 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &tgaCodec,
             &emfCodec,
             &wmfCodec,
+            &heifCodec,
+            &jpegXlCodec,
+            &qoiCodec,
+            &svgCodec,
+            &webPCodec,
         };
         // clang-format on
         const std::span<const Codec *const> others = longTailCodecs();

@@ -300,4 +300,4 @@ Result<Picture> decodePng(const EncodedFile &file, const DecodeHint &)
 
 }
 
-const Codec pngCodec{"PNG", "png", sniffPng, probePng, decodePng, true, true};
+const Codec pngCodec{"PNG", "png apng", sniffPng, probePng, decodePng, true, true};
