@@ -48,6 +48,7 @@ private Q_SLOTS:
     void compuServeRunsAlternate();
     void bitmapsOfAllHeaders_data();
     void bitmapsOfAllHeaders();
+    void sizesOfTheCoreHeaderHaveNoSign();
     void jpegOfTwelveBitsIsRefused();
 
 private:
@@ -252,6 +253,17 @@ void tst_SmallFormats::bitmapsOfAllHeaders()
     QCOMPARE(
         rowOf(picture->pixels, topDown ? 2 : 0), bits == 24 ? plain : QStringLiteral("b43c1e b43c1e b43c1e b43c1e"));
     QCOMPARE(probe({file, QStringLiteral("dib")})->bitsPerPixel, bits);
+}
+
+void tst_SmallFormats::sizesOfTheCoreHeaderHaveNoSign()
+{
+    QByteArray file = bitmapOf(12, 4, true);
+    file.replace(20, 2, le16(40000));
+    const Result<Picture> picture = decodeAs("bmp", file);
+    QVERIFY2(picture, qPrintable(picture.reason()));
+    QVERIFY(picture->partial);
+    QCOMPARE(picture->pixels.size(), QSize(4, 40000));
+    QCOMPARE(rowOf(picture->pixels, 39999), QStringLiteral("000000 3c140a 782814 b43c1e"));
 }
 
 void tst_SmallFormats::jpegOfTwelveBitsIsRefused()

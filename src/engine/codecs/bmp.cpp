@@ -78,6 +78,37 @@ struct Bitmap
     ImageInfo info() const { return {header.size(), header.bits, 1, bmpCodec.name}; }
 };
 
+/// Gives a file with the core header the longer one: Qt's reader takes its sizes for signed numbers.
+void replaceCoreHeader(Bitmap &bitmap)
+{
+    const Header &header = bitmap.header;
+    const ByteReader bytes(bitmap.file);
+    constexpr size_t tableAt = size_t(fileHeaderBytes) + 12;
+    size_t pixelsAt = bytes.u32le(10);
+    if (pixelsAt > bytes.size())
+        return;
+    if (pixelsAt < tableAt)
+        pixelsAt = tableAt + header.colors * 3;
+    const quint32 offset = quint32(fileHeaderBytes) + plainHeaderBytes + header.colors * 4;
+    ByteWriter out;
+    out.text("BM");
+    out.u32le(0);
+    out.u32le(0);
+    out.u32le(offset);
+    out.u32le(plainHeaderBytes);
+    out.u32le(quint32(header.width));
+    out.u32le(quint32(header.height));
+    out.u16le(1);
+    out.u16le(quint32(header.bits));
+    out.fill(16); // not packed; resolution unknown
+    out.u32le(header.colors);
+    out.u32le(0);
+    for (size_t i = 0, at = tableAt; i < header.colors; ++i, at += 3)
+        out.u32le(at + 3 <= pixelsAt ? bytes.u16le(at) | quint32(bytes.u8(at + 2)) << 16 : 0);
+    bitmap.file = out.bytes + bitmap.file.mid(qsizetype(pixelsAt));
+    bitmap.header.bytes = plainHeaderBytes;
+}
+
 /// Headers that end between two of those that Qt's reader knows get the fields they lack, as 0.
 void lengthenHeader(Bitmap &bitmap)
 {
@@ -109,6 +140,8 @@ Result<Bitmap> openBitmap(const QByteArray &bytes)
     // The long header of OS/2 numbers its packings in another way.
     if (bitmap.header.bytes == 64 && bitmap.header.compression > Rle4)
         return Failure{QStringLiteral("a bitmap packed in a way of OS/2")};
+    if (bitmap.header.isCore())
+        replaceCoreHeader(bitmap);
     lengthenHeader(bitmap);
     // Of two colours more cannot be told; the library would complain about each of them on standard error.
     if (bitmap.header.bits == 1 && bitmap.header.bytes >= 40 && bitmap.header.colors > 2)
@@ -187,18 +220,17 @@ QByteArray eightBitFile(const Bitmap &bitmap)
     plain.u32le(offset);
     plain.u32le(plainHeaderBytes);
     plain.u32le(quint32(header.width));
-    plain.u32le(header.isCore() ? quint32(header.height) : bytes.u32le(fields + 8)); // with its sign
+    plain.u32le(bytes.u32le(fields + 8)); // the height with its sign
     plain.u16le(1);
     plain.u16le(8);
     plain.u32le(Plain);
     plain.u32le(0);
-    plain.u32le(header.isCore() ? 0 : bytes.u32le(fields + 24)); // pixels a metre
-    plain.u32le(header.isCore() ? 0 : bytes.u32le(fields + 28));
+    plain.u32le(bytes.u32le(fields + 24)); // pixels a metre
+    plain.u32le(bytes.u32le(fields + 28));
     plain.u32le(header.colors);
     plain.u32le(0);
-    const size_t entry = header.isCore() ? 3 : 4;
-    for (size_t i = 0, at = fields + header.bytes; i < header.colors; ++i, at += entry)
-        plain.u32le(bytes.u8(at) | quint32(bytes.u8(at + 1)) << 8 | quint32(bytes.u8(at + 2)) << 16);
+    for (size_t i = 0, at = fields + header.bytes; i < header.colors; ++i, at += 4)
+        plain.u32le(bytes.u32le(at) & 0x00ffffff);
     plain.fill(pixelBytes);
     return plain.bytes;
 }

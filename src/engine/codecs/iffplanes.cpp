@@ -22,7 +22,8 @@ public:
     {
         const size_t commandsEnd = m_data;
         for (size_t at = 2; at < commandsEnd && m_chunk.has(at, 1) && !isFull(); ++at) {
-            const int command = qint8(m_chunk.u8(at));
+            const int byte = m_chunk.u8(at);
+            const int command = byte < 128 ? byte : byte - 256;
             if (command == 0)
                 copy(nextWord());
             else if (command == 1)
