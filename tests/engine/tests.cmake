@@ -1,6 +1,6 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
-add_library(lumora_test_engine STATIC engine/enginefiles.cpp)
+add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/testpictures.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_decode.cpp rules)
@@ -10,7 +10,7 @@ lumora_test(engine/tst_metadata.cpp rules)
 lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_picturecache.cpp rules)
 lumora_test(engine/tst_samples.cpp rules)
-foreach(name tst_decode tst_hostile tst_metadata tst_missingmodule tst_picturecache)
+foreach(name tst_decode tst_encode tst_hostile tst_metadata tst_missingmodule tst_picturecache)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
 lumora_test(engine/tst_asx.cpp rules)
