@@ -1,6 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
 add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/rasterfiles.cpp)
+add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/testpictures.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_asx.cpp rules)
@@ -17,6 +18,7 @@ lumora_test(engine/tst_samples.cpp rules)
 lumora_test(engine/tst_smallformats.cpp rules)
 lumora_test(engine/tst_vectordrawings.cpp rules)
 foreach(name tst_decode tst_hostile tst_iff tst_metadata tst_missingmodule tst_modernformats tst_picturecache tst_smallformats)
+foreach(name tst_decode tst_encode tst_hostile tst_metadata tst_missingmodule tst_picturecache)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
 target_compile_definitions(tst_hostile PRIVATE LUMORA_FOUND="${CMAKE_SOURCE_DIR}/fuzz/found")
