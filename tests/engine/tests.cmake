@@ -27,3 +27,13 @@ target_compile_definitions(tst_hostile PRIVATE LUMORA_FOUND="${CMAKE_SOURCE_DIR}
 pkg_check_modules(MODERN_ENCODERS REQUIRED IMPORTED_TARGET libwebp libwebpmux libheif libjxl zlib)
 target_sources(tst_modernformats PRIVATE engine/modernfiles.cpp)
 target_link_libraries(tst_modernformats PRIVATE PkgConfig::MODERN_ENCODERS)
+lumora_test(engine/tst_asx.cpp rules)
+lumora_test(engine/tst_player.cpp rules)
+
+# The texts of these formats reach nobody through decode(), so their readers are built in.
+pkg_check_modules(GSF REQUIRED IMPORTED_TARGET libgsf-1)
+pkg_check_modules(ZLIB REQUIRED IMPORTED_TARGET zlib)
+set(codecs ${CMAKE_SOURCE_DIR}/src/engine/codecs)
+lumora_test(engine/tst_psp.cpp rules)
+target_sources(tst_psp PRIVATE ${codecs}/psp.cpp ${codecs}/pspblend.cpp ${codecs}/pspfile.cpp ${codecs}/psppixels.cpp)
+target_link_libraries(tst_psp PRIVATE lumora_test_engine PkgConfig::ZLIB)
