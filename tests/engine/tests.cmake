@@ -5,6 +5,11 @@ target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumo
 
 lumora_test(engine/tst_decode.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)
+lumora_test(engine/tst_hostilemetafiles.cpp rules)
+lumora_test(engine/tst_metafiles.cpp rules)
+foreach(name tst_hostilemetafiles tst_metafiles)
+    target_sources(${name} PRIVATE engine/metafilewriter.cpp)
+endforeach()
 lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_picturecache.cpp rules)
 lumora_test(engine/tst_samples.cpp rules)

@@ -12,7 +12,9 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
 {
     static const std::vector<const Codec *> codecs = [] {
         std::vector<const Codec *> rows{
-            &tiffCodec, &jpeg2000Codec, &rawCodec,
+            &tiffCodec,
+            &jpeg2000Codec,
+            &rawCodec,
             // one row a line
             &emfCodec,
             &wmfCodec,
