@@ -35,8 +35,8 @@ Result<Header> readHeader(const QByteArray &file)
     if (header.bounds.width() < 1 || header.bounds.height() < 1 || header.bounds.size() == QSizeF(1, 1)) {
         const QRectF frame = record.box32(24);
         const QPointF scale = header.pixelsPerMillimetre / 100;
-        header.bounds = QRectF(frame.x() * scale.x(), frame.y() * scale.y(), frame.width() * scale.x(),
-            frame.height() * scale.y());
+        header.bounds =
+            QRectF(frame.x() * scale.x(), frame.y() * scale.y(), frame.width() * scale.x(), frame.height() * scale.y());
     }
     header.natural = naturalVectorSize(header.bounds.size());
     header.recordsAt = record.u32(4);
@@ -50,22 +50,44 @@ ImageInfo infoOf(const Header &header)
     return {header.natural, 24, 1, emfCodec.name};
 }
 
-/// True when the file's own end was reached.
-bool playRecords(const QByteArray &file, size_t at, MetafileContext &context)
+/// The records one after another; `visit` says whether to go on. True when the file's own end was reached.
+template <class Visit> bool forEachRecord(const QByteArray &file, size_t at, Visit visit)
 {
     const ByteReader reader(file);
-    EmfPlayer player(context);
     for (int count = 0; count < mostRecords && reader.has(at, 8); ++count) {
         const quint32 type = reader.u32le(at);
         const quint32 size = reader.u32le(at + 4);
-        if (size < 8 || size % 4 != 0 || !reader.has(at, size) || !context.spend(200.0 + size))
+        if (size < 8 || size % 4 != 0 || !reader.has(at, size))
             return false;
         if (type == endOfFile)
             return true;
-        player.play({type, bytesOf(file).subspan(at, size)});
+        if (!visit(MetafileRecord(type, bytesOf(file).subspan(at, size))))
+            return false;
         at += size;
     }
     return false;
+}
+
+bool drawsPlainly(quint32 type)
+{
+    const auto within = [type](quint32 first, quint32 last) { return type >= first && type <= last; };
+    return within(2, 8) || type == 15 || within(41, 47) || within(53, 56) || within(62, 64) || within(71, 74)
+        || within(76, 81) || within(83, 92) || within(96, 97) || type == 108 || type == 114 || type == 116
+        || type == 118;
+}
+
+bool playRecords(const QByteArray &file, size_t at, MetafileContext &context)
+{
+    bool plain = false;
+    ignore(forEachRecord(file, at, [&plain](const MetafileRecord &record) {
+        plain = drawsPlainly(record.type);
+        return !plain;
+    }));
+    EmfPlayer player(context, plain);
+    return forEachRecord(file, at, [&](const MetafileRecord &record) {
+        player.play(record);
+        return context.spend(200.0 + double(record.size()));
+    });
 }
 
 bool sniffEmf(Bytes head)
@@ -91,8 +113,7 @@ Result<Picture> decodeEmf(const EncodedFile &file, const DecodeHint &hint)
     if (!canvas)
         return canvas.failure();
     const QTransform toCanvas = QTransform::fromTranslate(-header->bounds.x(), -header->bounds.y())
-        * QTransform::fromScale(
-            canvas->width() / header->bounds.width(), canvas->height() / header->bounds.height());
+        * QTransform::fromScale(canvas->width() / header->bounds.width(), canvas->height() / header->bounds.height());
     VectorWork work;
     bool complete = false;
     {
@@ -126,4 +147,4 @@ void EmfPlayer::playComment(const MetafileRecord &record)
         m_plus.play(record.part(16, record.u32(8) - 4));
 }
 
-const Codec emfCodec{"EMF", "emf", sniffEmf, probeEmf, decodeEmf};
+const Codec emfCodec{"EMF", "emf", sniffEmf, probeEmf, decodeEmf, true};

@@ -72,8 +72,8 @@ void EmfPlayer::blitRecord(const MetafileRecord &record)
     blit.usesAlpha = blends && record.u8(43) == 1;
     blit.source = emfBitmap(record, 84, blit.usesAlpha);
     const QPointF from = record.point32(44);
-    blit.part = record.type == 76 ? QRectF(from, blit.target.size())
-                                  : QRectF(from, QSizeF(record.i32(100), record.i32(104)));
+    blit.part =
+        record.type == 76 ? QRectF(from, blit.target.size()) : QRectF(from, QSizeF(record.i32(100), record.i32(104)));
     if (blends)
         blit.opacity = record.u8(42) / 255.0;
     else if (record.type == 116)
@@ -245,6 +245,7 @@ void EmfPlayer::drawSmallText(const MetafileRecord &record)
     if (hasBox && (options & clippedOption) != 0)
         text.clip = record.box32(36);
     if ((options & glyphIndexOption) == 0)
-        text.text = (options & narrowOption) != 0 ? m_context.state().font.decoded(record.part(textAt, count)) : wideText(record, textAt, count);
+        text.text = (options & narrowOption) != 0 ? m_context.state().font.decoded(record.part(textAt, count))
+                                                  : wideText(record, textAt, count);
     m_context.drawText(text);
 }

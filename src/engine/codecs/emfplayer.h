@@ -8,9 +8,10 @@
 class EmfPlayer
 {
 public:
-    explicit EmfPlayer(MetafileContext &context)
+    /// `hasPlainDrawing`: there is more in the file than what EMF+ comments draw.
+    EmfPlayer(MetafileContext &context, bool hasPlainDrawing)
         : m_context(context)
-        , m_plus(context)
+        , m_plus(context, hasPlainDrawing)
     {
     }
     void play(const MetafileRecord &record);

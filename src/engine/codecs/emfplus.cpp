@@ -34,8 +34,7 @@ QPainterPath boxesAt(const MetafileRecord &data, size_t at, bool compressed)
 QPolygonF pointsAt(const MetafileRecord &data, size_t at, int flags)
 {
     size_t pointsAt = at + 4;
-    return readPlusPoints(
-        data, pointsAt, data.u32(at), (flags & compressedFlag) != 0, (flags & relativeFlag) != 0);
+    return readPlusPoints(data, pointsAt, data.u32(at), (flags & compressedFlag) != 0, (flags & relativeFlag) != 0);
 }
 
 /// A curve through all points: at each it runs along the line between its neighbours.
@@ -91,7 +90,8 @@ void EmfPlusPlayer::play(Bytes records)
 void EmfPlusPlayer::playRecord(int type, int flags, const MetafileRecord &data)
 {
     if (type == 0x4001) {
-        m_active = (flags & 1) == 0;
+        // Files that hold everything twice are drawn from the plain records - if those are there as promised.
+        m_active = (flags & 1) == 0 || !m_hasPlainDrawing;
         m_pixelsPerInch = std::clamp<double>(data.u32(8), 10, 10000);
         m_plain = !m_active;
         return;
@@ -205,8 +205,8 @@ bool EmfPlusPlayer::playSaving(int type, const MetafileRecord &data)
 
 void EmfPlusPlayer::restore(quint32 index)
 {
-    const auto found = std::find_if(
-        m_saved.rbegin(), m_saved.rend(), [index](const Saved &saved) { return saved.index == index; });
+    const auto found =
+        std::find_if(m_saved.rbegin(), m_saved.rend(), [index](const Saved &saved) { return saved.index == index; });
     if (found == m_saved.rend())
         return;
     m_world = found->world;
@@ -314,9 +314,8 @@ void EmfPlusPlayer::stroke(const QPainterPath &world, int penNumber)
     if (brush.style() == Qt::TexturePattern || brush.style() >= Qt::LinearGradientPattern)
         brush.setTransform(brush.transform() * map);
     pen.setBrush(brush);
-    const double scale =
-        std::sqrt(std::abs((made->unit == 2 ? m_context.toCanvas() : map).determinant()));
-    pen.setWidthF(std::clamp(pen.widthF() * (std::isfinite(scale) ? scale : 1), 1.0, 1e5));
+    const double scale = std::sqrt(std::abs((made->unit == 2 ? m_context.toCanvas() : map).determinant()));
+    pen.setWidthF(std::clamp(pen.widthF() * (std::isfinite(scale) ? scale : 1), 1.0, 32767.0));
     m_context.strokeCanvasPath(safeVectorPath(map.map(world)), pen);
 }
 
@@ -341,8 +340,8 @@ bool EmfPlusPlayer::playShape(int type, int flags, const MetafileRecord &data)
         return true;
     case 0x4011:
     case 0x4012:
-        stroke(metafileArc(boxAt(data, 8, small), -data.f32(0), -data.f32(4),
-                   type == 0x4011 ? ArcKind::Pie : ArcKind::Open),
+        stroke(metafileArc(
+                   boxAt(data, 8, small), -data.f32(0), -data.f32(4), type == 0x4011 ? ArcKind::Pie : ArcKind::Open),
             flags);
         return true;
     default:

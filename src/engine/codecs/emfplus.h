@@ -11,13 +11,15 @@
 class EmfPlusPlayer
 {
 public:
-    explicit EmfPlusPlayer(MetafileContext &context)
+    EmfPlusPlayer(MetafileContext &context, bool hasPlainDrawing)
         : m_context(context)
+        , m_hasPlainDrawing(hasPlainDrawing)
     {
     }
     /// The records of one comment, behind its identifier.
     void play(Bytes records);
-    /// Whether the plain records count now: always, until a file says that it has none, and then where it asks for them.
+    /// Whether the plain records count now: always, until a file says that it has none, and then where it asks for
+    /// them.
     bool wantsPlainRecords() const { return m_plain; }
 
 private:
@@ -52,6 +54,7 @@ private:
     QTransform toPixels() const { return m_world * m_page * m_context.toCanvas(); }
 
     MetafileContext &m_context;
+    bool m_hasPlainDrawing;
     bool m_plain = true;
     bool m_active = false;
     QTransform m_world;

@@ -126,7 +126,7 @@ PlusPen penOf(const MetafileRecord &data)
     QPen &pen = result.pen;
     const quint32 flags = data.u32(8);
     result.unit = data.i32(12);
-    pen.setWidthF(std::clamp(data.f32(16), 0.0, 1e6));
+    pen.setWidthF(std::clamp(data.f32(16), 0.0, 32767.0));
     pen.setCapStyle(Qt::FlatCap);
     pen.setJoinStyle(Qt::MiterJoin);
     size_t at = 20;
@@ -185,7 +185,8 @@ std::vector<quint8> pointKinds(const MetafileRecord &data, size_t at, quint32 co
     std::vector<quint8> kinds;
     while (kinds.size() < count && data.has(at, runs ? 2 : 1)) {
         const quint32 repeated = runs ? quint32(data.u8(at) & 0x3f) : 1;
-        kinds.insert(kinds.end(), std::min<size_t>(repeated, count - kinds.size()), quint8(data.u8(runs ? at + 1 : at)));
+        kinds.insert(
+            kinds.end(), std::min<size_t>(repeated, count - kinds.size()), quint8(data.u8(runs ? at + 1 : at)));
         at += runs ? 2 : 1;
     }
     kinds.resize(count, 1);
@@ -199,8 +200,7 @@ QPainterPath pathOf(const MetafileRecord &data)
     constexpr quint32 runs = 0x1000;
     const quint32 flags = data.u32(8);
     size_t at = 12;
-    const QPolygonF points =
-        readPlusPoints(data, at, data.u32(4), (flags & compressed) != 0, (flags & relative) != 0);
+    const QPolygonF points = readPlusPoints(data, at, data.u32(4), (flags & compressed) != 0, (flags & relative) != 0);
     const std::vector<quint8> kinds = pointKinds(data, at, quint32(points.size()), (flags & runs) != 0);
     QPainterPath path;
     for (qsizetype i = 0; i < points.size(); ++i) {

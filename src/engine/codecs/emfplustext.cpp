@@ -65,13 +65,14 @@ bool EmfPlusPlayer::playPicture(int type, int flags, const MetafileRecord &data)
         QTransform place;
         if (type == 0x401a) {
             const bool small = (flags & compressedFlag) != 0;
-            const QRectF to = small ? QRectF(data.i16(24), data.i16(26), data.i16(28), data.i16(30)) : floatBox(data, 24);
+            const QRectF to =
+                small ? QRectF(data.i16(24), data.i16(26), data.i16(28), data.i16(30)) : floatBox(data, 24);
             place = QTransform(to.width() / part.width(), 0, 0, to.height() / part.height(), to.x(), to.y());
         } else {
             size_t at = 28;
             constexpr int relativeFlag = 0x0800;
-            const QPolygonF corners = readPlusPoints(
-                data, at, data.u32(24), (flags & compressedFlag) != 0, (flags & relativeFlag) != 0);
+            const QPolygonF corners =
+                readPlusPoints(data, at, data.u32(24), (flags & compressedFlag) != 0, (flags & relativeFlag) != 0);
             if (corners.size() < 3)
                 return true;
             const QPointF across = (corners[1] - corners[0]) / part.width();
@@ -80,8 +81,8 @@ bool EmfPlusPlayer::playPicture(int type, int flags, const MetafileRecord &data)
         }
         const QRectF shown = part & image->rect();
         if (!shown.isEmpty())
-            m_context.drawTransformed(*image, shown,
-                QTransform::fromTranslate(-part.x(), -part.y()) * place * toPixels(), 1);
+            m_context.drawTransformed(
+                *image, shown, QTransform::fromTranslate(-part.x(), -part.y()) * place * toPixels(), 1);
         return true;
     }
     case 0x401c:

@@ -163,8 +163,7 @@ bool EmfPlayer::playShape(const MetafileRecord &record)
         return true;
     }
     case 44:
-        m_context.draw(
-            metafileRoundedBox(box, QSizeF(record.i32(24), record.i32(28))), MetafileContext::StrokeAndFill);
+        m_context.draw(metafileRoundedBox(box, QSizeF(record.i32(24), record.i32(28))), MetafileContext::StrokeAndFill);
         return true;
     case 45:
     case 46:
@@ -184,8 +183,7 @@ void EmfPlayer::drawArc(const MetafileRecord &record)
     const QPointF scale = state.mapping.scale();
     const bool clockwise = state.clockwise != (scale.x() * scale.y() < 0);
     const ArcKind kind = record.type == 46 ? ArcKind::Chord : record.type == 47 ? ArcKind::Pie : ArcKind::Open;
-    const QPainterPath arc =
-        metafileArc(record.box32(8), record.point32(24), record.point32(32), clockwise, kind);
+    const QPainterPath arc = metafileArc(record.box32(8), record.point32(24), record.point32(32), clockwise, kind);
     if (record.type != 55) {
         m_context.draw(arc, kind == ArcKind::Open ? MetafileContext::Stroke : MetafileContext::StrokeAndFill);
         return;
@@ -331,8 +329,8 @@ void EmfPlayer::frameRegion(const MetafileRecord &record)
     m_context.save();
     m_context.selectObject(record.u32(28));
     // A pen of double width whose outer half is clipped away.
-    const QPen pen(m_context.state().brush, 2.0 * std::abs(double(record.i32(32))), Qt::SolidLine, Qt::FlatCap,
-        Qt::MiterJoin);
+    const QPen pen(
+        m_context.state().brush, 2.0 * std::abs(double(record.i32(32))), Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     m_context.select(pen);
     const QPainterPath outline = path.simplified();
     m_context.combineClip(safeVectorPath(m_context.matrix().map(outline)), MetafileContext::Combine::And);

@@ -171,7 +171,10 @@ QImage embeddedPicture(Bytes file)
         const Result<Picture> picture = decodeStoredJpeg(bytes, {});
         return picture ? picture->pixels.convertToFormat(QImage::Format_RGB32) : QImage();
     }
-    const char *format = reader.is(0, "\x89PNG") ? "png" : reader.is(0, "GIF8") ? "gif" : reader.is(0, "BM") ? "bmp" : "";
+    const char *format = reader.is(0, "\x89PNG") ? "png"
+        : reader.is(0, "GIF8")                   ? "gif"
+        : reader.is(0, "BM")                     ? "bmp"
+                                                 : "";
     const QImage image = *format == 0 ? QImage() : readBitmapFile(bytes, format);
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }

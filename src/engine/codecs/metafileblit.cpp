@@ -152,8 +152,8 @@ void MetafileContext::combinePixels(const MetafileBlit &blit, const QRectF &targ
         QSizeF(target.width() < 0 ? -pixels.width() : pixels.width(),
             target.height() < 0 ? -pixels.height() : pixels.height()));
     const QRect visible = pixels & m_state.clip.region.boundingRect();
-    const double cost = 5000 + 25.0 * visible.width() * visible.height()
-        + 4.0 * blit.source.width() * blit.source.height();
+    const double cost =
+        5000 + 25.0 * visible.width() * visible.height() + 4.0 * blit.source.width() * blit.source.height();
     if (!prepare(visible.isEmpty() ? 1000 : cost, pixels) || visible.isEmpty())
         return;
     QImage source = scaledSource(blit, snapped, visible);

@@ -30,10 +30,11 @@ std::optional<QRectF> uprightBox(const QPainterPath &path)
         const bool across = std::abs(from.y - to.y) < 1e-3;
         const bool down = std::abs(from.x - to.x) < 1e-3;
         // The sides take turns.
-        if (!to.isLineTo() || (!across && !down) || (i > 1 && across == (std::abs(path.elementAt(i - 2).y - from.y) < 1e-3)))
+        if (!to.isLineTo() || (!across && !down)
+            || (i > 1 && across == (std::abs(path.elementAt(i - 2).y - from.y) < 1e-3)))
             return std::nullopt;
     }
-    if (path.elementCount() == 5 && path.elementAt(0) != path.elementAt(4))
+    if (path.elementCount() == 5 && QPointF(path.elementAt(0)) != QPointF(path.elementAt(4)))
         return std::nullopt;
     return path.boundingRect();
 }
@@ -89,7 +90,8 @@ bool MetafileContext::prepare(double cost, const QRectF &bounds)
     else
         m_painter.setClipRegion(clip.region);
     if (clip.outline)
-        m_painter.setClipPath(*clip.outline, clip.region == QRegion(m_canvas.rect()) ? Qt::ReplaceClip : Qt::IntersectClip);
+        m_painter.setClipPath(
+            *clip.outline, clip.region == QRegion(m_canvas.rect()) ? Qt::ReplaceClip : Qt::IntersectClip);
     return m_work.spend(100.0 * clip.region.rectCount());
 }
 
@@ -107,7 +109,7 @@ QPen MetafileContext::canvasPen() const
 {
     QPen pen = m_state.pen;
     const double width = pen.isCosmetic() ? pen.widthF() : pen.widthF() * std::sqrt(std::abs(matrix().determinant()));
-    pen.setWidthF(std::isfinite(width) ? std::clamp(width, 1.0, 1e5) : 1.0);
+    pen.setWidthF(std::isfinite(width) ? std::clamp(width, 1.0, 32767.0) : 1.0);
     pen.setMiterLimit(m_state.miterLimit);
     pen.setCosmetic(false);
     return pen;
@@ -127,6 +129,10 @@ void MetafileContext::paint(const QPainterPath &canvasPath, int parts)
             fillCanvasPath(canvasPath, m_state.backColor);
         brush.setTransform(QTransform::fromTranslate(m_state.brushOrigin.x(), m_state.brushOrigin.y()));
         fillCanvasPath(canvasPath, brush);
+        // Areas that touch would let the ground shine through along their half-covered edges: they overlap a little.
+        const bool covers = brush.style() == Qt::SolidPattern && (forced || m_state.rasterOperation == 13);
+        if (covers && !strokes && !uprightBox(canvasPath))
+            m_painter.strokePath(canvasPath, QPen(brush, 0.8, Qt::SolidLine, Qt::FlatCap, Qt::BevelJoin));
     }
     if (strokes) {
         QPen pen = canvasPen();

@@ -74,8 +74,8 @@ QPainterPath metafileBezier(std::span<const QPointF> points)
 
 Qt::BrushStyle metafileHatch(int number)
 {
-    constexpr std::array<Qt::BrushStyle, 6> styles{Qt::HorPattern, Qt::VerPattern, Qt::FDiagPattern, Qt::BDiagPattern,
-        Qt::CrossPattern, Qt::DiagCrossPattern};
+    constexpr std::array<Qt::BrushStyle, 6> styles{
+        Qt::HorPattern, Qt::VerPattern, Qt::FDiagPattern, Qt::BDiagPattern, Qt::CrossPattern, Qt::DiagCrossPattern};
     return number >= 0 && size_t(number) < styles.size() ? styles[size_t(number)] : Qt::SolidPattern;
 }
 

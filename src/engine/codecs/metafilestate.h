@@ -25,16 +25,7 @@ struct MetafileFont : VectorFont
 /// A pen's width is in logical units, 0 for one pixel; a brush with a texture holds it as a QImage; a path is a region.
 using MetafileObject = std::variant<std::monostate, QPen, QBrush, MetafileFont, QPainterPath>;
 
-enum class MapMode {
-    Text = 1,
-    LowMetric,
-    HighMetric,
-    LowEnglish,
-    HighEnglish,
-    Twips,
-    Isotropic,
-    Anisotropic
-};
+enum class MapMode { Text = 1, LowMetric, HighMetric, LowEnglish, HighEnglish, Twips, Isotropic, Anisotropic };
 
 /// From logical units to the picture's pixels by two rectangles that lie on each other.
 struct MetafileMapping

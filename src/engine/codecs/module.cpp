@@ -54,6 +54,7 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &pictorCodec,
             &radianceCodec,
             &pictCodec,
+            // one row a line
             &emfCodec,
             &wmfCodec,
             &gemCodec,

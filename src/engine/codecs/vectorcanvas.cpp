@@ -44,11 +44,11 @@ QSize renderedVectorSize(QSize natural, QSize target)
 {
     if (target.isEmpty() || natural.isEmpty())
         return natural;
-    const double scale =
-        std::min(target.width() / double(natural.width()), target.height() / double(natural.height()));
+    const double scale = std::min(target.width() / double(natural.width()), target.height() / double(natural.height()));
     if (scale >= 1)
         return natural;
-    return {std::max(1, int(std::ceil(natural.width() * scale))), std::max(1, int(std::ceil(natural.height() * scale)))};
+    return {
+        std::max(1, int(std::ceil(natural.width() * scale))), std::max(1, int(std::ceil(natural.height() * scale)))};
 }
 
 Result<QImage> vectorGround(QSize size, const QColor &ground)
