@@ -4,6 +4,7 @@
 #include "engine/codecs/longtail.h"
 #include "engine/codecs/raw.h"
 #include "engine/codecs/tiff.h"
+#include "engine/codecs/warmup.h"
 
 #include <vector>
 
@@ -18,6 +19,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         rows.insert(rows.end(), others.begin(), others.end());
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr};
+    static const CodecModule module{LUMORA_VERSION, codecs, {}, nullptr, nullptr, warmUpCodecs};
     return &module;
 }
