@@ -33,16 +33,6 @@ QByteArray programFolder()
     return program.left(program.lastIndexOf('/'));
 }
 
-std::vector<QByteArray> moduleFolders()
-{
-    std::vector<QByteArray> folders;
-    if (const QByteArray asked = qgetenv("LUMORA_MODULES"); !asked.isEmpty())
-        folders.push_back(asked);
-    folders.push_back(programFolder() + "/lumora-modules");
-    folders.push_back(programFolder() + "/../lib/lumora");
-    return folders;
-}
-
 QString loadFrom(const QByteArray &folder)
 {
     const QByteArray path = folder + "/lumora-codecs.so";
@@ -75,6 +65,21 @@ void loadModule()
     moduleFailure = QStringLiteral("the module lumora-codecs cannot be loaded: ") + failure;
 }
 
+}
+
+std::vector<QByteArray> moduleFolders()
+{
+    std::vector<QByteArray> folders;
+    if (const QByteArray asked = qgetenv("LUMORA_MODULES"); !asked.isEmpty())
+        folders.push_back(asked);
+    folders.push_back(programFolder() + "/lumora-modules");
+    folders.push_back(programFolder() + "/../lib/lumora");
+    return folders;
+}
+
+std::span<const Codec *const> builtInCodecs()
+{
+    return builtIn;
 }
 
 std::span<const Codec *const> codecTable()

@@ -3,6 +3,7 @@
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/metadatablocks.h"
+#include "engine/isolation/client.h"
 #include "engine/limits.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
@@ -67,13 +68,22 @@ template <class T, class Call> Result<T> guarded(const Codec &codec, Call call)
     }
 }
 
-/// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
-template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, Call call)
+/// The built-in codec that knows the content; null when none does.
+const Codec *knownBuiltIn(const EncodedFile &file)
+{
+    const std::vector<const Codec *> known = candidates(file, builtInCodecs());
+    return !known.empty() && sniffs(known.front(), file) ? known.front() : nullptr;
+}
+
+/// Attempts and what they came to.
+template <class T> struct Attempts
 {
     std::vector<const Codec *> tried;
     QString reasons;
     std::optional<Result<T>> answer;
-    const auto attempt = [&](const Codec *codec) {
+
+    template <class Call> bool attempt(const Codec *codec, Call call)
+    {
         tried.push_back(codec);
         Result<T> result = guarded<T>(*codec, call);
         if (result)
@@ -81,20 +91,33 @@ template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, C
         else
             reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + result.reason();
         return answer.has_value();
-    };
-    const std::vector<const Codec *> known = candidates(file, codecTable());
-    if (!known.empty() && sniffs(known.front(), file) && attempt(known.front()))
-        return *std::move(answer);
-    for (const Codec *codec : candidates(file, fullCodecTable())) {
-        if (tried.size() >= maximumAttempts)
-            break;
-        if (std::find(tried.begin(), tried.end(), codec) == tried.end() && attempt(codec))
-            return *std::move(answer);
     }
-    if (reasons.isEmpty())
+};
+
+/// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
+template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, Codecs codecs, Call call)
+{
+    Attempts<T> attempts;
+    if (const Codec *known = knownBuiltIn(file)) {
+        if (codecs == Codecs::AfterBuiltIn)
+            attempts.tried.push_back(known);
+        else if (attempts.attempt(known, call))
+            return *std::move(attempts.answer);
+    }
+    if (codecs == Codecs::BuiltIn)
+        return Failure{attempts.reasons};
+    for (const Codec *codec : candidates(file, fullCodecTable())) {
+        if (attempts.tried.size() >= maximumAttempts)
+            break;
+        const bool again = std::find(attempts.tried.begin(), attempts.tried.end(), codec) != attempts.tried.end();
+        if (!again && attempts.attempt(codec, call))
+            return *std::move(attempts.answer);
+    }
+    QString reasons = attempts.reasons;
+    if (attempts.tried.empty())
         reasons = QStringLiteral("no decoder for this file");
     if (const QString missing = codecModuleFailure(); !missing.isEmpty())
-        reasons += QStringLiteral("; ") + missing;
+        reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + missing;
     return Failure{reasons};
 }
 
@@ -148,6 +171,17 @@ struct Descriptor
     ~Descriptor() { close(value); }
 };
 
+Result<ImageInfo> probeSomewhere(const EncodedFile &file, int sizeIndex, Codecs codecs)
+{
+    const std::optional<isolation::Answer> answer =
+        isolation::ask({isolation::Work::Probe, codecs, {QSize(), sizeIndex, 0}}, file);
+    if (!answer)
+        return probeHere(file, sizeIndex, codecs);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return answer->picture.info;
+}
+
 /// The answer from the file's start, as far as a codec that can work with a start knows the content.
 std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
 {
@@ -162,11 +196,11 @@ std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
         if (!head)
             return {};
         const EncodedFile start{*head, extensionOf(path)};
-        const std::vector<const Codec *> known = candidates(start, codecTable());
-        if (known.empty() || !known.front()->probesPrefix || !sniffs(known.front(), start))
+        const Codec *const known = knownBuiltIn(start);
+        if (!known || !known->probesPrefix)
             return {};
-        const auto call = [&](const Codec &codec) { return codec.probe(start, sizeIndex); };
-        if (Result<ImageInfo> info = guarded<ImageInfo>(*known.front(), call); isComplete(info))
+        const Result<ImageInfo> info = probeSomewhere(start, sizeIndex, Codecs::BuiltIn);
+        if (isComplete(info))
             return *info;
         if (start.bytes.size() < count)
             return {};
@@ -190,9 +224,9 @@ void completeMetadata(Picture &picture, const EncodedFile &file, const Codec &co
 
 }
 
-Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
+Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint, Codecs codecs)
 {
-    return firstSuccess<Picture>(file, [&](const Codec &codec) -> Result<Picture> {
+    return firstSuccess<Picture>(file, codecs, [&](const Codec &codec) -> Result<Picture> {
         Result<Picture> picture = codec.decode(file, hint);
         if (picture && picture->isNull())
             return Failure{QStringLiteral("the decoder gave no pixels")};
@@ -202,9 +236,9 @@ Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
     });
 }
 
-Result<ImageInfo> probeHere(const EncodedFile &file, int sizeIndex)
+Result<ImageInfo> probeHere(const EncodedFile &file, int sizeIndex, Codecs codecs)
 {
-    return firstSuccess<ImageInfo>(file, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
+    return firstSuccess<ImageInfo>(file, codecs, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
 }
 
 Result<PictureTexts> readTextsHere(const EncodedFile &file)
@@ -215,19 +249,34 @@ Result<PictureTexts> readTextsHere(const EncodedFile &file)
     return module->readTexts(file);
 }
 
+bool builtInCodecKnows(const EncodedFile &file)
+{
+    return knownBuiltIn(file) != nullptr;
+}
+
 Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
 {
-    return decodeHere(file, hint);
+    std::optional<isolation::Answer> answer = isolation::ask({isolation::Work::Decode, Codecs::All, hint}, file);
+    if (!answer)
+        return decodeHere(file, hint);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return std::move(answer->picture);
 }
 
 Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex)
 {
-    return probeHere(file, sizeIndex);
+    return probeSomewhere(file, sizeIndex, Codecs::All);
 }
 
 Result<PictureTexts> readTexts(const EncodedFile &file)
 {
-    return readTextsHere(file);
+    std::optional<isolation::Answer> answer = isolation::ask({isolation::Work::ReadTexts, Codecs::All, {}}, file);
+    if (!answer)
+        return readTextsHere(file);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return std::move(answer->texts);
 }
 
 Result<PictureTexts> readTextsOfFile(const QString &path)

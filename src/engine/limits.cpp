@@ -49,6 +49,11 @@ bool allows(QSize size, int bytesPerPixel)
     return pixels <= maximumPixels && pixels <= decodeBudget() / qMax(1, bytesPerPixel);
 }
 
+int decodeSeconds(qint64 fileBytes)
+{
+    return int(qBound(qint64(10), 5 + fileBytes / 1'000'000, qint64(120)));
+}
+
 qint64 cacheBudget()
 {
     static const qint64 budget = qBound(64 * mebibyte, memoryLine("MemTotal:") / 16, 256 * mebibyte);

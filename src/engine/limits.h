@@ -21,6 +21,10 @@ void setDecodeBudget(qint64 bytes);
 /// long-tail library).
 bool allows(QSize size, int bytesPerPixel = 4);
 
+/// Seconds of processor time that reading a file of that size may take: 5 and one more a megabyte, at least 10, at
+/// most 120.
+int decodeSeconds(qint64 fileBytes);
+
 /// Bytes that decoded neighbours may hold: a sixteenth of the machine's memory, at most 256 MiB.
 qint64 cacheBudget();
 

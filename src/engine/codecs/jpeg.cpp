@@ -4,6 +4,7 @@
 #include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
+#include "engine/picturememory.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -165,6 +166,7 @@ int Reader::readRows(QImage &image, uchar *cmykRow)
         if (cmykRow) {
             jpeg_read_scanlines(&m_info, &cmykRow, 1);
             convertCmykRow(cmykRow, reinterpret_cast<QRgb *>(pixels + first * stride));
+            publishRows(pixels, int(m_info.output_scanline));
             continue;
         }
         constexpr JDIMENSION atOnce = 8;
@@ -173,6 +175,7 @@ int Reader::readRows(QImage &image, uchar *cmykRow)
         for (JDIMENSION i = 0; i < count; ++i)
             rows[i] = pixels + (first + i) * stride;
         jpeg_read_scanlines(&m_info, rows, count);
+        publishRows(pixels, int(m_info.output_scanline));
     }
     return int(m_info.output_scanline);
 }

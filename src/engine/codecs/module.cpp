@@ -22,6 +22,7 @@
 #include "engine/codecs/texts.h"
 #include "engine/codecs/tga.h"
 #include "engine/codecs/tiff.h"
+#include "engine/codecs/warmup.h"
 #include "engine/codecs/wpgdrawing.h"
 
 #include <vector>
@@ -54,7 +55,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &pictorCodec,
             &radianceCodec,
             &pictCodec,
-            // one row a line
             &emfCodec,
             &wmfCodec,
             &gemCodec,
@@ -66,6 +66,6 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
         rows.push_back(&wpgDrawingCodec);
         return rows;
     }();
-    static const CodecModule module{LUMORA_VERSION, codecs, encoders(), readMetadata, readFileTexts};
+    static const CodecModule module{LUMORA_VERSION, codecs, encoders(), readMetadata, readFileTexts, warmUpCodecs};
     return &module;
 }

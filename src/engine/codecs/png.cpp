@@ -4,6 +4,7 @@
 #include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
+#include "engine/picturememory.h"
 
 #include <cstdio>
 #include <cstring>
@@ -171,6 +172,8 @@ int Reader::readRows(QImage &image)
         for (int y = 0; y < height; ++y) {
             png_read_row(m_png, nullptr, pixels + y * stride);
             m_rows = interlaced ? 1 : y + 1;
+            if (!interlaced)
+                publishRows(pixels, m_rows);
         }
     }
     m_complete = true;
