@@ -39,7 +39,8 @@ for name in "${names[@]}"; do
     found="$root/fuzz/found/$name"
     seed "$name" "$corpus"
     mkdir -p -- "$found"
-    ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1:malloc_context_size=8 \
+    LSAN_OPTIONS=suppressions=$root/tests/support/lsan.supp \
+        ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1:malloc_context_size=8 \
         nice -n 19 "$programs/fuzz_$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
         -print_final_stats=1 -artifact_prefix="$found/" "$corpus" > "$root/build/fuzz/$name.log" 2>&1 || status=1
     rmdir -- "$found" 2> /dev/null || printf '%s: something was found, see %s\n' "$name" "$found"
