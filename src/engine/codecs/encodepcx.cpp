@@ -12,15 +12,21 @@ namespace {
 /// Runs of up to 63 bytes; the two highest bits mark a count, so a byte that has them set needs one too.
 void packRow(Bytes row, QByteArray &out)
 {
+    const qsizetype before = out.size();
+    out.resize(before + 2 * qsizetype(row.size())); // at worst
+    uchar *const start = reinterpret_cast<uchar *>(out.data()) + before;
+    uchar *to = start;
     for (size_t at = 0; at < row.size();) {
+        const uchar value = row[at];
         size_t count = 1;
-        while (count < 63 && at + count < row.size() && row[at + count] == row[at])
+        while (count < 63 && at + count < row.size() && row[at + count] == value)
             ++count;
-        if (count > 1 || row[at] >= 0xc0)
-            out.append(char(0xc0 | count));
-        out.append(char(row[at]));
+        if (count > 1 || value >= 0xc0)
+            *to++ = uchar(0xc0 | count);
+        *to++ = value;
         at += count;
     }
+    out.truncate(before + (to - start));
 }
 
 struct Shape

@@ -11,10 +11,20 @@ namespace {
 
 /// Runs of a channel's row: a count with the highest bit set says that so many samples follow as they are, without it
 /// that one sample stands for so many; 0 ends the row. Counts are as wide as samples.
-template <class Put> void packRow(const std::vector<quint16> &row, Put put)
+template <class Sample> void packRow(const std::vector<quint16> &row, QByteArray &out)
 {
     constexpr size_t longest = 127;
     const size_t size = row.size();
+    const qsizetype before = out.size();
+    // At worst one count for every two samples, as for pairs between runs, and the end.
+    out.resize(before + qsizetype(sizeof(Sample) * (2 * size + 2)));
+    uchar *const start = reinterpret_cast<uchar *>(out.data()) + before;
+    uchar *to = start;
+    const auto put = [&to](quint16 value) {
+        if constexpr (sizeof(Sample) == 2)
+            *to++ = uchar(value >> 8);
+        *to++ = uchar(value);
+    };
     const auto repeats = [&](size_t at) { return at + 2 < size && row[at] == row[at + 1] && row[at] == row[at + 2]; };
     for (size_t at = 0; at < size;) {
         size_t count = 1;
@@ -32,6 +42,7 @@ template <class Put> void packRow(const std::vector<quint16> &row, Put put)
         at += count;
     }
     put(0);
+    out.truncate(before + (to - start));
 }
 
 /// Channel `channel` of 0 red, 1 green, 2 blue, 3 alpha.
@@ -92,9 +103,9 @@ Result<QByteArray> encodeSgi(const Picture &picture, const EncodeOptions &)
             const qsizetype start = out.bytes.size();
             takeChannel(image, height - 1 - y, channel, row);
             if (deep)
-                packRow(row, [&](quint16 value) { out.u16be(value); });
+                packRow<quint16>(row, out.bytes);
             else
-                packRow(row, [&](quint16 value) { out.u8(value); });
+                packRow<quint8>(row, out.bytes);
             if (out.bytes.size() > qsizetype(0x7fffffff))
                 return Failure{QStringLiteral("the picture is too large for an SGI file")};
             const qsizetype place = 4 * (qsizetype(channel) * height + y);
