@@ -97,7 +97,8 @@ void tst_Hostile::damagedSamplesAreAnswered_data()
              "mrw/synthetic.mrw", "dcr/synthetic.dcr", "jp2/palette.jp2", "jp2/gray.jp2", "tif/ojpeg.tif",
              "tif/1bit-g4.tif", "tif/tiled.tif", "pcd/photo-portrait.pcd", "wpg/v1-4bit.wpg", "wpg/v2-8bit.wpg",
              "sfw/a.sfw", "rle/utah-gray.rle", "mac/a.mac", "dcx/small.dcx", "gif/interlace.gif", "jpg/progressive.jpg",
-             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic"})
+             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic", "pic/softimage-a.pic",
+             "psp/v12-logo.psp", "psp/v4-4bit-rle.psp", "psp/v7-logo.psp", "fpx/jpeg-tiles.fpx", "fpx/mono.fpx"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
