@@ -100,9 +100,10 @@ void tst_Hostile::damagedSamplesAreAnswered_data()
              "mrw/synthetic.mrw", "dcr/synthetic.dcr", "jp2/palette.jp2", "jp2/gray.jp2", "tif/ojpeg.tif",
              "tif/1bit-g4.tif", "tif/tiled.tif", "pcd/photo-portrait.pcd", "wpg/v1-4bit.wpg", "wpg/v2-8bit.wpg",
              "sfw/a.sfw", "rle/utah-gray.rle", "mac/a.mac", "dcx/small.dcx", "gif/interlace.gif", "jpg/progressive.jpg",
-             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic", "iff/ham6.iff",
-             "iff/vdat-compression2.iff", "iff/mask-plane.iff", "lbm/pbm-chunky.lbm", "img/16bit.img", "img/256.img",
-             "msp/v2-c.msp", "cut/photo.cut", "pmp/a.pmp"})
+             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic", "pic/softimage-a.pic",
+             "iff/ham6.iff", "iff/vdat-compression2.iff", "iff/mask-plane.iff", "lbm/pbm-chunky.lbm", "img/16bit.img",
+             "img/256.img", "msp/v2-c.msp", "cut/photo.cut", "pmp/a.pmp", "psp/v12-logo.psp", "psp/v4-4bit-rle.psp",
+             "psp/v7-logo.psp", "fpx/jpeg-tiles.fpx", "fpx/mono.fpx"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 

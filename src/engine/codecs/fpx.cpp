@@ -105,6 +105,7 @@ struct Chosen
 {
     FpxResolution full;
     FpxResolution resolution; ///< for the wish
+    bool isDamaged = false; ///< a higher one cannot be read
 };
 
 bool isSmallerForm(const FpxResolution &small, const FpxResolution &full)
@@ -125,7 +126,7 @@ Result<Chosen> choose(const Object &object, QSize target)
         if (!resolution) {
             reason = resolution.reason();
         } else if (!chosen) {
-            chosen = Chosen{*resolution, *resolution};
+            chosen = Chosen{*resolution, *resolution, !reason.isEmpty()};
         } else if (isLargeEnough(resolution->size, chosen->full.size, target)
             && isSmallerForm(*resolution, chosen->full)) {
             chosen->resolution = *resolution;
@@ -181,7 +182,7 @@ Result<Picture> decodeFpx(const EncodedFile &file, const DecodeHint &hint)
     Picture picture;
     picture.info = infoOf(chosen->full);
     picture.pixels = std::move(pixels.image);
-    picture.partial = pixels.isDamaged;
+    picture.partial = pixels.isDamaged || chosen->isDamaged;
     // Photo CD's colours are already converted, and the profile does not speak of the result.
     if (chosen->full.color.space != FpxColor::PhotoYcc)
         picture.iccProfile = profileOf(*object);

@@ -33,6 +33,8 @@ void initialize()
     // Damaged files are this program's daily work and nothing to write to the terminal.
     for (const char *domain : {"libgsf:msole", "libgsf"})
         g_log_set_handler(domain, GLogLevelFlags(G_LOG_LEVEL_MASK | G_LOG_FLAG_RECURSION), sayNothing, nullptr);
+    // A stream that cannot be reached is reported without a name.
+    g_log_set_handler(nullptr, G_LOG_LEVEL_WARNING, sayNothing, nullptr);
 }
 
 std::shared_ptr<void> owned(void *object)

@@ -183,13 +183,13 @@ Result<Picture> decodeRadiance(const EncodedFile &file, const DecodeHint &)
     QImage image = allocateImage(header->stored, QImage::Format_RGB32);
     if (image.isNull())
         return Failure{outOfMemory(header->stored)};
-    const std::vector<std::array<uchar, 256>> table = tones();
+    static const std::vector<std::array<uchar, 256>> table = tones();
     Scanlines scanlines(file.bytes, header->pixels);
     std::vector<Light> lights(size_t(header->stored.width()));
     int rows = 0;
     for (; rows < image.height() && scanlines.read(lights); ++rows) {
         QRgb *const row = reinterpret_cast<QRgb *>(image.scanLine(rows));
-        std::transform(lights.begin(), lights.end(), row, [&](Light light) {
+        std::transform(lights.begin(), lights.end(), row, [](Light light) {
             const std::array<uchar, 256> &values = table[light.exponent];
             return qRgb(values[light.red], values[light.green], values[light.blue]);
         });
