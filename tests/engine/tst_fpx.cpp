@@ -1,5 +1,5 @@
 #include "engine/codecs/bytes.h"
-#include "engine/codecs/fpx.h"
+#include "engine/decodehere.h"
 #include "engine/damage.h"
 #include "engine/enginefiles.h"
 #include "support/support.h"
@@ -296,13 +296,12 @@ void tst_Fpx::textsOfTheCameraAreFound()
         addStream(root, "\005SummaryInformation",
             propertySet({{3, 30, counted(QByteArray("Subject\0", 8))}, {6, 30, counted("A comm\xe9nt")}}));
     });
-    const std::optional<PictureTexts> texts = fpxTexts(file);
+    const Result<PictureTexts> texts = readTextsHere(file);
     QVERIFY(texts);
     QCOMPARE(texts->description, QStringLiteral("Subject"));
     QCOMPARE(texts->comment, QStringLiteral("A commént"));
     QCOMPARE(texts->cameraInfo, QStringLiteral("Maker\nModel 2\n1/100 s"));
     QCOMPARE(texts->cameraDate, QStringLiteral("1970:01:01 00:00:00"));
-    QVERIFY(!fpxTexts({"no compound file", {}}));
 }
 
 void tst_Fpx::damageIsAnswered()
@@ -315,7 +314,7 @@ void tst_Fpx::damageIsAnswered()
         QVERIFY2(damage::isAnswered(changed), qPrintable(QStringLiteral("byte %1").arg(at)));
         QVERIFY2(
             damage::isAnswered({file.bytes.left(at), file.extension}), qPrintable(QStringLiteral("cut %1").arg(at)));
-        ignore(fpxTexts(changed));
+        ignore(readTextsHere(changed));
     }
 }
 

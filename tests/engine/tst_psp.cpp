@@ -1,5 +1,5 @@
 #include "engine/codecs/bytes.h"
-#include "engine/codecs/psp.h"
+#include "engine/decodehere.h"
 #include "engine/damage.h"
 #include "engine/enginefiles.h"
 #include "support/support.h"
@@ -416,14 +416,13 @@ void tst_Psp::textsOfTheCreatorAreFound()
     psp.add(psp.block(1,
         field(0, "A title") + field(2, QByteArray(4, '\1')) + field(3, "M\xfcller") + field(4, "M\xc3\xbcller 1999")
             + field(5, QByteArray("Words\0\0", 7))));
-    const std::optional<PictureTexts> texts = pspTexts(psp.file());
+    const Result<PictureTexts> texts = readTextsHere(psp.file());
     QVERIFY(texts);
     QCOMPARE(texts->description, QStringLiteral("Words"));
     QCOMPARE(texts->comment, QStringLiteral("Title: A title\nArtist: Müller\nCopyright: Müller 1999"));
     titled.add(psp.block(1, field(0, "A title") + field(3, {})));
-    QCOMPARE(pspTexts(titled.file())->description, QStringLiteral("A title"));
-    QVERIFY(pspTexts(titled.file())->comment.isEmpty());
-    QVERIFY(!pspTexts({"Paint Shop", {}}));
+    QCOMPARE(readTextsHere(titled.file())->description, QStringLiteral("A title"));
+    QVERIFY(readTextsHere(titled.file())->comment.isEmpty());
 }
 
 void tst_Psp::damageIsAnswered()

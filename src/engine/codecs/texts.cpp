@@ -1,24 +1,19 @@
 #include "engine/codecs/texts.h"
 
 #include "engine/codecs/exiv2setup.h"
+#include "engine/codecs/fpx.h"
 #include "engine/codecs/metadatablocks.h"
+#include "engine/codecs/psp.h"
 #include "engine/limits.h"
 
 #include <QStringDecoder>
 
-#include <array>
+#include <optional>
 
 namespace {
 
-/// A format whose texts only its own codec knows.
-struct OwnTexts
-{
-    bool (*sniff)(Bytes file);
-    Result<PictureTexts> (*read)(const QByteArray &file);
-};
-
-// FlashPix, Paint Shop, Sony's and Psion's pictures: one row a format.
-constexpr std::array<OwnTexts, 0> ownTexts{};
+/// Formats whose texts only their own codecs know; nothing when the file is of another one.
+constexpr std::optional<PictureTexts> (*ownTexts[])(const EncodedFile &) = {pspTexts, fpxTexts};
 
 struct Sources
 {
@@ -201,9 +196,9 @@ QString firstOf(std::initializer_list<QString> texts)
 
 Result<PictureTexts> readFileTexts(const EncodedFile &file)
 {
-    for (const OwnTexts &own : ownTexts) {
-        if (own.sniff(bytesOf(file.bytes)))
-            return own.read(file.bytes);
+    for (const auto read : ownTexts) {
+        if (std::optional<PictureTexts> texts = read(file))
+            return *std::move(texts);
     }
     const Result<Sources> sources = sourcesOf(file);
     if (!sources)
