@@ -24,9 +24,6 @@ struct Codec
     bool worksEarly = false;
 };
 
-/// Those that need no module.
-std::span<const Codec *const> builtInCodecs();
-
 /// All codecs, those of the loadable module (`lumora-codecs`) included once it is loaded.
 /// The module holds what drags large libraries in, so that a start that shows a JPEG does not pay for them.
 std::span<const Codec *const> codecTable();

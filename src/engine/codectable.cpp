@@ -77,11 +77,6 @@ std::vector<QByteArray> moduleFolders()
     return folders;
 }
 
-std::span<const Codec *const> builtInCodecs()
-{
-    return builtIn;
-}
-
 std::span<const Codec *const> codecTable()
 {
     if (const auto *table = loadedTable.load(std::memory_order_acquire))

@@ -246,7 +246,16 @@ Result<PictureTexts> readTextsHere(const EncodedFile &file)
     const CodecModule *const module = codecModule();
     if (!module || !module->readTexts)
         return Failure{codecModuleFailure()};
-    return module->readTexts(file);
+    Result<PictureTexts> texts = module->readTexts(file);
+    if (texts)
+        return texts;
+    // A format that holds none of the usual blocks may still have a comment, which its codec gives with the picture.
+    const Result<Picture> picture = decodeHere(file, {QSize(16, 16), -1, 0});
+    if (!picture)
+        return texts;
+    PictureTexts own;
+    own.comment = QString::fromUtf8(picture->metadata.comment);
+    return own;
 }
 
 bool builtInCodecKnows(const EncodedFile &file)

@@ -1,8 +1,6 @@
 #include "engine/codecs/encoders.h"
 
-#if __has_include("engine/codecs/ownencoders.h")
 #include "engine/codecs/ownencoders.h"
-#endif
 
 #include <vector>
 
@@ -28,10 +26,8 @@ std::span<const Encoder> encoders()
             {TypeCode::Xwd, "XWD", encodeXwd},
             {TypeCode::Jpeg2000, "JPEG 2000", encodeJpeg2000},
         };
-#if __has_include("engine/codecs/ownencoders.h")
         const std::span<const Encoder> own = ownEncoders();
         all.insert(all.end(), own.begin(), own.end());
-#endif
         return all;
     }();
     return rows;

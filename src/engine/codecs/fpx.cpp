@@ -139,7 +139,9 @@ Result<Chosen> choose(const Object &object, QSize target)
 
 ImageInfo infoOf(const FpxResolution &full)
 {
-    return {full.size, full.color.channels() * 8, 1, fpxCodec.name};
+    // The format knows no palettes: what it holds is true colour, one channel or three.
+    constexpr int trueColor = 3;
+    return {full.size, std::max(full.color.channels(), trueColor) * 8, 1, fpxCodec.name};
 }
 
 QByteArray profileOf(const Object &object)

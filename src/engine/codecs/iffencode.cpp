@@ -4,9 +4,7 @@
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/encodepixels.h"
 #include "engine/codecs/packbits.h"
-#if __has_include("engine/codecs/metadatawrite.h")
 #include "engine/codecs/metadatawrite.h"
-#endif
 #include "engine/limits.h"
 
 #include <algorithm>
@@ -142,7 +140,6 @@ QByteArray iptcBlock(const QByteArray &iptc)
     return block.bytes;
 }
 
-#if __has_include("engine/codecs/metadatawrite.h")
 Metadata blocksOf(const Picture &picture)
 {
     return preparedForWriting(picture);
@@ -157,22 +154,6 @@ QSize resolutionOf(const QImage &image)
 {
     return knownDotsPerMeter(image);
 }
-#else
-Metadata blocksOf(const Picture &picture)
-{
-    return picture.metadata;
-}
-
-QByteArray profileOf(const Picture &picture)
-{
-    return picture.iccProfile;
-}
-
-QSize resolutionOf(const QImage &image)
-{
-    return {image.dotsPerMeterX(), image.dotsPerMeterY()};
-}
-#endif
 
 void writeMetadata(ByteWriter &out, const Picture &picture)
 {
