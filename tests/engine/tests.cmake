@@ -1,6 +1,6 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
-add_library(lumora_test_engine STATIC engine/enginefiles.cpp)
+add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/ownfiles.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_decode.cpp rules)
@@ -13,3 +13,9 @@ foreach(name tst_decode tst_hostile tst_missingmodule tst_picturecache)
 endforeach()
 lumora_test(engine/tst_asx.cpp rules)
 lumora_test(engine/tst_player.cpp rules)
+lumora_test(engine/tst_mbm.cpp rules)
+lumora_test(engine/tst_psd.cpp rules)
+lumora_test(engine/tst_tga.cpp rules)
+foreach(name tst_mbm tst_psd tst_tga)
+    target_link_libraries(${name} PRIVATE lumora_test_engine)
+endforeach()
