@@ -1,5 +1,6 @@
 #include "engine/enginefiles.h"
 
+#include "engine/ownfiles.h"
 #include "engine/rasterfiles.h"
 #include "support/support.h"
 
@@ -58,19 +59,6 @@ QByteArray pcxOf(QSize size)
     QByteArray rows;
     for (int i = 0; i < size.height() * 3; ++i)
         rows += QByteArray(1, char(0xc0 | size.width())) + QByteArray(1, char(i * 20));
-    return header + rows;
-}
-
-QByteArray tgaOf(QSize size)
-{
-    QByteArray header(18, '\0');
-    header[2] = 10;
-    header.replace(12, 4, le16(size.width()) + le16(size.height()));
-    header[16] = 24;
-    header[17] = 0x20;
-    QByteArray rows;
-    for (int y = 0; y < size.height(); ++y)
-        rows += QByteArray(1, char(0x80 | (size.width() - 1))) + QByteArray("\x10\x80\xf0", 3);
     return header + rows;
 }
 
@@ -201,7 +189,6 @@ QList<SmallFile> smallFiles()
         {"CompuServe RLE", QStringLiteral("rle"), "\x1bGM" + QByteArray(200, '\x60')},
         {"TIFF", QStringLiteral("tif"), tiffOf(colors)},
         {"PCX", QStringLiteral("pcx"), pcxOf({10, 4})},
-        {"TGA", QStringLiteral("tga"), tgaOf({10, 4})},
         {"SGI", QStringLiteral("rgb"), sgiOf({5, 4})},
         {"XWD", QStringLiteral("xwd"), xwdOf({5, 4})},
         {"WBMP", QStringLiteral("wbmp"), QByteArray("\0\0\x09\x03\x55\x80\xaa\x80\x55\x80", 10)},
@@ -210,5 +197,5 @@ QList<SmallFile> smallFiles()
         {"PPM", QStringLiteral("ppm"), QByteArray("P6 4 3 255\n") + QByteArray(36, '\x70')},
         {"ART", QStringLiteral("art"), QByteArray("\0\0\x10\0\0\0\x02\0\xaa\x55\x0f\xf0", 12)},
     };
-    return files + rasterFiles();
+    return files + rasterFiles() + ownFiles();
 }

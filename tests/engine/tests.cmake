@@ -1,6 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
 add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/rasterfiles.cpp engine/testpictures.cpp)
+add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/ownfiles.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_asx.cpp rules)
@@ -38,3 +39,11 @@ target_link_libraries(tst_modernformats PRIVATE PkgConfig::MODERN_ENCODERS)
 # Writes the containers that are read.
 pkg_check_modules(GSF REQUIRED IMPORTED_TARGET libgsf-1)
 target_link_libraries(tst_fpx PRIVATE PkgConfig::GSF)
+lumora_test(engine/tst_asx.cpp rules)
+lumora_test(engine/tst_player.cpp rules)
+lumora_test(engine/tst_mbm.cpp rules)
+lumora_test(engine/tst_psd.cpp rules)
+lumora_test(engine/tst_tga.cpp rules)
+foreach(name tst_mbm tst_psd tst_tga)
+    target_link_libraries(${name} PRIVATE lumora_test_engine)
+endforeach()

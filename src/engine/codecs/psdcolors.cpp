@@ -35,7 +35,7 @@ size_t linearStep(float light)
 {
     // What is no number counts as full light, as missing rows do.
     const float within = !(light < 1) ? 1.0F : light > 0 ? light : 0.0F;
-    return size_t(std::lround(within * (linearSteps - 1)));
+    return size_t(within * (linearSteps - 1) + 0.5F);
 }
 
 /// CIE Lab under D50, as Photoshop stores it, to sRGB by the published formulas and the Bradford adaptation.

@@ -62,9 +62,11 @@ QList<QRgb> readPalette(const Layout &layout, const ByteReader &bytes, const uch
     return table;
 }
 
-bool isClear(const QList<QRgb> &table)
+/// Whether nothing could be seen of any stored entry.
+bool isClear(const QList<QRgb> &table, int first)
 {
-    return std::all_of(table.begin(), table.end(), [](QRgb color) { return qAlpha(color) == 0; });
+    return std::all_of(table.begin() + std::min<qsizetype>(first, table.size()), table.end(),
+        [](QRgb color) { return qAlpha(color) == 0; });
 }
 
 QImage::Format formatOf(const Layout &layout)
@@ -215,7 +217,7 @@ Result<Picture> decodeTga(const EncodedFile &file, const DecodeHint &)
     if (layout->kind == Palette) {
         const Bytes bytes = bytesOf(file.bytes);
         palette = readPalette(*layout, ByteReader(bytes), bytes.data());
-        if (!layout->hasTrustedAlpha && isClear(palette))
+        if (!layout->hasTrustedAlpha && isClear(palette, layout->mapFirst))
             std::transform(palette.begin(), palette.end(), palette.begin(), [](QRgb c) { return c | 0xff000000; });
         else if (layout->isMultiplied)
             std::transform(palette.begin(), palette.end(), palette.begin(), straight);
