@@ -8,6 +8,7 @@
 namespace {
 
 constexpr quint32 copySource = 0xcc;
+constexpr int bandRows = 256;
 
 bool dependsOnSource(quint32 operation)
 {
@@ -57,6 +58,32 @@ QRectF mappedBox(const QTransform &map, const QRectF &box)
     return QRectF(QPointF(corners.elementAt(0)), QPointF(corners.elementAt(1)));
 }
 
+/// The part of a triangle that falls on `band`, each pixel mixed from the corners' colours; clear beside it.
+QImage mixedTriangle(QRect band, const QPolygonF &corners, const std::array<QRgb, 3> &colors)
+{
+    QImage image(band.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    const QPointF b = corners[1] - corners[0];
+    const QPointF c = corners[2] - corners[0];
+    const double area = b.x() * c.y() - b.y() * c.x();
+    for (int y = 0; y < image.height() && area != 0; ++y) {
+        QRgb *row = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            const QPointF at = QPointF(band.x() + x + 0.5, band.y() + y + 0.5) - corners[0];
+            const double second = (at.x() * c.y() - at.y() * c.x()) / area;
+            const double third = (b.x() * at.y() - b.y() * at.x()) / area;
+            const double first = 1 - second - third;
+            if (first < 0 || second < 0 || third < 0)
+                continue;
+            const auto mixed = [&](int (*channel)(QRgb)) {
+                return int(first * channel(colors[0]) + second * channel(colors[1]) + third * channel(colors[2]) + 0.5);
+            };
+            row[x] = qRgb(mixed(qRed), mixed(qGreen), mixed(qBlue));
+        }
+    }
+    return image;
+}
+
 }
 
 void MetafileContext::drawTransformed(
@@ -101,31 +128,38 @@ void MetafileContext::blit(const MetafileBlit &blit)
         drawTransformed(blit.source, part, boxToBox(blit.part, blit.target) * map, blit.opacity);
 }
 
-QImage MetafileContext::scaledSource(const MetafileBlit &blit, const QRectF &target, QRect visible) const
+/// Bitmaps that are drawn much smaller are averaged first: a painter looks at four pixels only, however many fall into
+/// one.
+MetafileBlit MetafileContext::shrunk(const MetafileBlit &blit, const QRectF &target)
 {
-    QImage source = blit.source;
-    QRectF part = blit.part;
-    const double across = std::abs(target.width() / part.width());
-    const double down = std::abs(target.height() / part.height());
-    const bool few = std::abs(part.width()) < 16 || std::abs(part.height()) < 16;
-    if (!blit.transparent && (across < 0.7 || down < 0.7)) {
-        // Averaged first: a painter looks at four pixels only, however many fall into one.
-        const QSize size(std::max(1, int(std::ceil(source.width() * std::min(across, 1.0)))),
-            std::max(1, int(std::ceil(source.height() * std::min(down, 1.0)))));
-        const QTransform shrink = boxToBox(QRectF(source.rect()), QRectF(QPointF(), QSizeF(size)));
-        part = QRectF(shrink.map(part.topLeft()), shrink.map(part.bottomRight()));
-        source = source.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    }
-    // Parts outside of the source leave what is there.
-    QImage scaled(visible.size(), QImage::Format_ARGB32_Premultiplied);
+    const double across = std::min(std::abs(target.width() / blit.part.width()), 1.0);
+    const double down = std::min(std::abs(target.height() / blit.part.height()), 1.0);
+    if (blit.transparent || (across >= 0.7 && down >= 0.7))
+        return blit;
+    MetafileBlit small = blit;
+    const QSize size(std::max(1, int(std::ceil(blit.source.width() * across))),
+        std::max(1, int(std::ceil(blit.source.height() * down))));
+    const QTransform shrink = boxToBox(QRectF(blit.source.rect()), QRectF(QPointF(), QSizeF(size)));
+    small.part = QRectF(shrink.map(blit.part.topLeft()), shrink.map(blit.part.bottomRight()));
+    small.source = blit.source.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return small;
+}
+
+/// The pixels of the source as they fall on `band`; clear where the source has none.
+QImage MetafileContext::scaledSource(const MetafileBlit &blit, const QRectF &target, QRect band)
+{
+    QImage scaled(band.size(), QImage::Format_ARGB32_Premultiplied);
     if (scaled.isNull())
         return scaled;
     scaled.fill(Qt::transparent);
+    const bool few = std::abs(blit.part.width()) < 16 || std::abs(blit.part.height()) < 16;
+    const bool asIs = std::abs(target.width()) == std::abs(blit.part.width())
+        && std::abs(target.height()) == std::abs(blit.part.height());
     QPainter painter(&scaled);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, !blit.transparent && !few && (across != 1 || down != 1));
-    painter.setTransform(boxToBox(part, target) * QTransform::fromTranslate(-visible.x(), -visible.y()));
-    const QRectF shown = part.normalized() & QRectF(source.rect());
-    painter.drawImage(shown, source, shown);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, !blit.transparent && !few && !asIs);
+    painter.setTransform(boxToBox(blit.part, target) * QTransform::fromTranslate(-band.x(), -band.y()));
+    const QRectF shown = blit.part.normalized() & QRectF(blit.source.rect());
+    painter.drawImage(shown, blit.source, shown);
     return scaled;
 }
 
@@ -156,29 +190,37 @@ void MetafileContext::combinePixels(const MetafileBlit &blit, const QRectF &targ
         5000 + 25.0 * visible.width() * visible.height() + 4.0 * blit.source.width() * blit.source.height();
     if (!prepare(visible.isEmpty() ? 1000 : cost, pixels) || visible.isEmpty())
         return;
-    QImage source = scaledSource(blit, snapped, visible);
-    if (source.isNull())
-        return;
-    const quint32 operation = blit.operation >> 16 & 0xff;
-    if (blit.transparent || operation != copySource) {
-        const QImage pattern = dependsOnPattern(operation) ? patternPixels(visible) : source;
-        const quint32 key = blit.transparent.value_or(0) | 0xff000000;
-        for (int y = 0; y < visible.height(); ++y) {
-            QRgb *row = reinterpret_cast<QRgb *>(source.scanLine(y));
-            const QRgb *brush = reinterpret_cast<const QRgb *>(pattern.constScanLine(y));
-            const QRgb *there = reinterpret_cast<const QRgb *>(m_canvas.constScanLine(y + visible.y())) + visible.x();
-            for (int x = 0; x < visible.width(); ++x) {
-                if (blit.transparent && row[x] == key)
-                    row[x] = 0;
-                else if (row[x] != 0)
-                    row[x] = combined(operation, brush[x], row[x], there[x]);
-            }
-        }
-    }
+    const MetafileBlit small = shrunk(blit, snapped);
     m_painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     m_painter.setOpacity(blit.opacity);
-    m_painter.drawImage(visible.topLeft(), source);
+    // In bands, so that a large picture is not held several times.
+    for (int y = visible.top(); y <= visible.bottom(); y += bandRows) {
+        const QRect band(visible.left(), y, visible.width(), std::min(bandRows, visible.bottom() + 1 - y));
+        QImage source = scaledSource(small, snapped, band);
+        if (!source.isNull() && (blit.transparent || (blit.operation >> 16 & 0xff) != copySource))
+            combineRows(blit, band, source);
+        m_painter.drawImage(band.topLeft(), source);
+    }
     m_painter.setOpacity(1);
+}
+
+/// Combines the rows of `source` with the brush and what is there on `band`.
+void MetafileContext::combineRows(const MetafileBlit &blit, QRect band, QImage &source) const
+{
+    const quint32 operation = blit.operation >> 16 & 0xff;
+    const QImage pattern = dependsOnPattern(operation) ? patternPixels(band) : QImage();
+    const quint32 key = blit.transparent.value_or(0) | 0xff000000;
+    for (int y = 0; y < band.height(); ++y) {
+        QRgb *row = reinterpret_cast<QRgb *>(source.scanLine(y));
+        const QRgb *brush = pattern.isNull() ? row : reinterpret_cast<const QRgb *>(pattern.constScanLine(y));
+        const QRgb *there = reinterpret_cast<const QRgb *>(m_canvas.constScanLine(y + band.y())) + band.x();
+        for (int x = 0; x < band.width(); ++x) {
+            if (blit.transparent && row[x] == key)
+                row[x] = 0;
+            else if (row[x] != 0)
+                row[x] = combined(operation, brush[x], row[x], there[x]);
+        }
+    }
 }
 
 void MetafileContext::gradientBox(const QRectF &box, QRgb first, QRgb last, bool downwards)
@@ -198,33 +240,13 @@ void MetafileContext::gradientTriangle(const QPolygonF &corners, const std::arra
     QPainterPath outline;
     outline.addPolygon(matrix().map(corners));
     outline = safeVectorPath(outline);
-    const QPointF a = outline.elementAt(0);
-    const QPointF b = QPointF(outline.elementAt(1)) - a;
-    const QPointF c = QPointF(outline.elementAt(2)) - a;
-    const double area = b.x() * c.y() - b.y() * c.x();
     const QRect visible = outline.boundingRect().toAlignedRect() & m_canvas.rect();
-    if (area == 0 || !prepare(2000 + 30.0 * visible.width() * visible.height(), outline.boundingRect())
-        || visible.isEmpty())
+    if (!prepare(2000 + 30.0 * visible.width() * visible.height(), outline.boundingRect()) || visible.isEmpty())
         return;
-    QImage image(visible.size(), QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull())
-        return;
-    image.fill(Qt::transparent);
-    for (int y = 0; y < visible.height(); ++y) {
-        QRgb *row = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < visible.width(); ++x) {
-            const QPointF at = QPointF(visible.x() + x + 0.5, visible.y() + y + 0.5) - a;
-            const double second = (at.x() * c.y() - at.y() * c.x()) / area;
-            const double third = (b.x() * at.y() - b.y() * at.x()) / area;
-            const double first = 1 - second - third;
-            if (first < 0 || second < 0 || third < 0)
-                continue;
-            const auto mixed = [&](int (*channel)(QRgb)) {
-                return int(first * channel(colors[0]) + second * channel(colors[1]) + third * channel(colors[2]) + 0.5);
-            };
-            row[x] = qRgb(mixed(qRed), mixed(qGreen), mixed(qBlue));
-        }
-    }
     m_painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    m_painter.drawImage(visible.topLeft(), image);
+    const QPolygonF triangle{outline.elementAt(0), outline.elementAt(1), outline.elementAt(2)};
+    for (int y = visible.top(); y <= visible.bottom(); y += bandRows) {
+        const QRect band(visible.left(), y, visible.width(), std::min(bandRows, visible.bottom() + 1 - y));
+        m_painter.drawImage(band.topLeft(), mixedTriangle(band, triangle, colors));
+    }
 }

@@ -8,27 +8,6 @@
 #include <set>
 #include <vector>
 
-/// A bitmap to be put somewhere. `part` may have negative sides: the picture is then turned over, as by `target`.
-struct MetafileBlit
-{
-    QRectF target; ///< logical units
-    QImage source; ///< null: the operation works on the brush and what is there
-    QRectF part; ///< pixels of the source
-    quint32 operation = 0x00cc0020; ///< the published ternary raster operations
-    double opacity = 1;
-    std::optional<QRgb> transparent; ///< the colour that is left out
-    bool usesAlpha = false; ///< the source's own transparency counts
-};
-
-struct MetafileText
-{
-    QString text;
-    QPointF at;
-    std::vector<QPointF> advances; ///< of each character, y upwards; may be empty
-    std::optional<QRectF> opaque; ///< filled with the background's colour first
-    std::optional<QRectF> clip;
-};
-
 /// The device context that metafiles draw through: state, objects, and all drawing, in logical units, on one canvas.
 /// Source: the published [MS-EMF] and [MS-WMF]. All drawing is bounded by the VectorWork.
 class MetafileContext
@@ -107,7 +86,9 @@ private:
     bool setOperation();
     void paint(const QPainterPath &canvasPath, int parts);
     void combinePixels(const MetafileBlit &blit, const QRectF &target);
-    QImage scaledSource(const MetafileBlit &blit, const QRectF &target, QRect visible) const;
+    void combineRows(const MetafileBlit &blit, QRect band, QImage &source) const;
+    static MetafileBlit shrunk(const MetafileBlit &blit, const QRectF &target);
+    static QImage scaledSource(const MetafileBlit &blit, const QRectF &target, QRect band);
     QImage patternPixels(QRect visible) const;
 
     QImage &m_canvas;
@@ -122,5 +103,6 @@ private:
     bool m_pathIsOpen = false;
     bool m_figureContinues = false;
     bool m_clipChanged = false;
+    double m_clipCost = 0; ///< what the clip adds to each painting
     QRectF m_painted;
 };

@@ -78,12 +78,16 @@ double lengthOf(const QPainterPath &path)
 bool MetafileContext::prepare(double cost, const QRectF &bounds)
 {
     m_painted |= bounds;
-    if (!m_work.spend(cost))
+    if (!m_work.spend(cost + m_clipCost))
         return false;
     if (!m_clipChanged)
         return true;
     m_clipChanged = false;
     const MetafileClip &clip = m_state.clip;
+    const double outlineCost = clip.outline ? vectorEdgeCost(*clip.outline, m_canvas.size()) : 0;
+    m_clipCost = outlineCost / 4 + 20.0 * clip.region.rectCount();
+    if (!m_work.spend(outlineCost + 100.0 * clip.region.rectCount()))
+        return false;
     m_painter.setRenderHint(QPainter::Antialiasing);
     if (clip.region == QRegion(m_canvas.rect()))
         m_painter.setClipping(false);
@@ -92,7 +96,7 @@ bool MetafileContext::prepare(double cost, const QRectF &bounds)
     if (clip.outline)
         m_painter.setClipPath(
             *clip.outline, clip.region == QRegion(m_canvas.rect()) ? Qt::ReplaceClip : Qt::IntersectClip);
-    return m_work.spend(100.0 * clip.region.rectCount());
+    return true;
 }
 
 bool MetafileContext::setOperation()

@@ -3,12 +3,14 @@
 #include "engine/codecs/vectortext.h"
 
 #include <QBrush>
+#include <QImage>
 #include <QPen>
 #include <QRegion>
 #include <QTransform>
 
 #include <optional>
 #include <variant>
+#include <vector>
 
 /// What the records of a metafile select and set, and what saving and restoring carries.
 
@@ -67,4 +69,25 @@ struct MetafileState
     QPointF current;
     QPointF brushOrigin; ///< pixels
     MetafileClip clip;
+};
+
+/// A bitmap to be put somewhere. `part` may have negative sides: the picture is then turned over, as by `target`.
+struct MetafileBlit
+{
+    QRectF target; ///< logical units
+    QImage source; ///< null: the operation works on the brush and what is there
+    QRectF part; ///< pixels of the source
+    quint32 operation = 0x00cc0020; ///< the published ternary raster operations
+    double opacity = 1;
+    std::optional<QRgb> transparent; ///< the colour that is left out
+    bool usesAlpha = false; ///< the source's own transparency counts
+};
+
+struct MetafileText
+{
+    QString text;
+    QPointF at;
+    std::vector<QPointF> advances; ///< of each character, y upwards; may be empty
+    std::optional<QRectF> opaque; ///< filled with the background's colour first
+    std::optional<QRectF> clip;
 };

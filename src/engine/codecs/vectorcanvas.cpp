@@ -72,9 +72,9 @@ Picture vectorPicture(const QImage &drawn, const ImageInfo &info, bool partial)
     return picture;
 }
 
-double vectorPathCost(const QPainterPath &path, QSize size)
+double vectorEdgeCost(const QPainterPath &path, QSize size)
 {
-    // Each pixel that an edge crosses is a cell of its own to the rasteriser, each covered pixel is written once.
+    // Each pixel that an edge crosses is a cell of its own to the rasteriser.
     const auto clamped = [size](double value, int most) { return std::clamp(value, 0.0, double(most)); };
     double length = 0;
     for (int i = 1; i < path.elementCount(); ++i) {
@@ -83,8 +83,13 @@ double vectorPathCost(const QPainterPath &path, QSize size)
         length += std::abs(clamped(to.x, size.width()) - clamped(from.x, size.width()));
         length += std::abs(clamped(to.y, size.height()) - clamped(from.y, size.height()));
     }
+    return 1000.0 + 200.0 * path.elementCount() + 20 * length;
+}
+
+double vectorPathCost(const QPainterPath &path, QSize size)
+{
     const QRectF visible = path.controlPointRect() & QRectF(QPointF(), QSizeF(size));
-    return 1000.0 + 200.0 * path.elementCount() + 20 * length + visible.width() * visible.height();
+    return vectorEdgeCost(path, size) + visible.width() * visible.height();
 }
 
 QPainterPath safeVectorPath(const QPainterPath &path)

@@ -40,6 +40,9 @@ private:
     double m_left = 6e9;
 };
 
+/// What following the edges of a path in pixels costs on a canvas of `size`.
+double vectorEdgeCost(const QPainterPath &path, QSize size);
+
 /// What filling and stroking a path in pixels costs on a canvas of `size`.
 double vectorPathCost(const QPainterPath &path, QSize size);
 

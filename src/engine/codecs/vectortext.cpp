@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 namespace {
 
@@ -160,16 +161,15 @@ QString shownText(const VectorFont &font, const QString &text)
     return shown;
 }
 
-/// One visible character: where its text stands, in which face, and which glyph of that.
+/// One visible character at the design size.
 struct Glyph
 {
-    qsizetype unit;
-    qsizetype units;
-    int face;
-    quint32 index;
+    qsizetype units; ///< of UTF-16
+    QPainterPath outline; ///< empty when no face has it
+    double advance;
 };
 
-/// The faces that a text needs, loaded when first asked for.
+/// The faces and characters that a text needs, each looked up when first asked for.
 class Glyphs
 {
 public:
@@ -177,6 +177,18 @@ public:
         : m_face(face)
     {
     }
+    const QRawFont &font() { return font(m_face); }
+    const Glyph &at(const QString &text, qsizetype unit)
+    {
+        const QChar first = text.at(unit);
+        const bool pair = first.isHighSurrogate() && unit + 1 < text.size() && text.at(unit + 1).isLowSurrogate();
+        const char32_t character = pair ? QChar::surrogateToUcs4(first, text.at(unit + 1)) : char32_t(first.unicode());
+        const auto known = m_glyphs.find(character);
+        return known != m_glyphs.end() ? known->second
+                                       : m_glyphs.emplace(character, find(text.mid(unit, pair ? 2 : 1))).first->second;
+    }
+
+private:
     const QRawFont &font(int face)
     {
         QRawFont &font = m_fonts[size_t(face)];
@@ -184,38 +196,28 @@ public:
             font = loaded(face);
         return font;
     }
-    const QRawFont &font() { return font(m_face); }
-    Glyph find(const QString &text, qsizetype unit)
-    {
-        const bool pair =
-            text.at(unit).isHighSurrogate() && unit + 1 < text.size() && text.at(unit + 1).isLowSurrogate();
-        const QString character = text.mid(unit, pair ? 2 : 1);
-        Glyph glyph{unit, character.size(), m_face, indexIn(m_face, character)};
-        for (const int other : {signFace, styles, 0}) {
-            if (glyph.index != 0)
-                break;
-            const quint32 index = indexIn(other, character);
-            if (index != 0)
-                glyph = {unit, character.size(), other, index};
-        }
-        return glyph;
-    }
-    double advance(const Glyph &glyph)
-    {
-        const QList<QPointF> advances =
-            font(glyph.face).advancesForGlyphIndexes({glyph.index}, QRawFont::UseDesignMetrics);
-        return advances.isEmpty() ? designSize / 2 : advances.constFirst().x();
-    }
-
-private:
     quint32 indexIn(int face, const QString &character)
     {
         const QList<quint32> indexes = font(face).glyphIndexesForString(character);
         return indexes.isEmpty() ? 0 : indexes.constFirst();
     }
+    Glyph find(const QString &character)
+    {
+        for (const int face : {m_face, signFace, styles, 0}) {
+            if (const quint32 index = indexIn(face, character); index != 0)
+                return {character.size(), font(face).pathForGlyph(index), advanceOf(face, index)};
+        }
+        return {character.size(), {}, advanceOf(m_face, 0)};
+    }
+    double advanceOf(int face, quint32 index)
+    {
+        const QList<QPointF> advances = font(face).advancesForGlyphIndexes({index}, QRawFont::UseDesignMetrics);
+        return advances.isEmpty() ? designSize / 2 : advances.constFirst().x();
+    }
 
     int m_face;
     std::array<QRawFont, faceCount> m_fonts;
+    std::unordered_map<char32_t, Glyph> m_glyphs;
 };
 
 /// From the design size to the caller's units.
@@ -333,16 +335,13 @@ VectorText layOutVectorText(const VectorFont &font, const QString &text, std::sp
     VectorText result{{}, {}, raw.ascent() * scale.down, raw.descent() * scale.down};
     result.outlines.setFillRule(Qt::WindingFill);
     for (qsizetype unit = 0; unit < shown.size();) {
-        const Glyph glyph = glyphs.find(shown, unit);
-        if (glyph.index != 0) {
-            const QPainterPath outline = glyphs.font(glyph.face).pathForGlyph(glyph.index);
-            const QPointF at = result.advance;
-            result.outlines.addPath(QTransform(scale.across, 0, 0, scale.down, at.x(), at.y()).map(outline));
-        }
+        const Glyph &glyph = glyphs.at(shown, unit);
+        const QPointF at = result.advance;
+        result.outlines.addPath(QTransform(scale.across, 0, 0, scale.down, at.x(), at.y()).map(glyph.outline));
         QPointF step;
         for (qsizetype i = unit; i < unit + glyph.units && size_t(i) < advances.size(); ++i)
             step += advances[size_t(i)];
-        result.advance += size_t(unit) < advances.size() ? step : QPointF(glyphs.advance(glyph) * scale.across, 0);
+        result.advance += size_t(unit) < advances.size() ? step : QPointF(glyph.advance * scale.across, 0);
         unit += glyph.units;
     }
     addLines(result, font, raw, scale.down);
