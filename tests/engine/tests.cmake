@@ -4,6 +4,7 @@ add_library(lumora_test_engine STATIC engine/enginefiles.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_decode.cpp rules)
+lumora_test(engine/tst_depth.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)
 lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_picturecache.cpp rules)
