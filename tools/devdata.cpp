@@ -1,6 +1,7 @@
 #include "devcommands.h"
 
 #include "engine/limits.h"
+#include "engine/metadata.h"
 #include "platform/files.h"
 #include "platform/registrystore.h"
 #include "viewer/listfile.h"
@@ -26,6 +27,39 @@ void printKey(RegistryStore::Root root, const char *rootName, const QString &key
         printKey(root, rootName, key.isEmpty() ? child : key + QLatin1Char('\\') + child);
 }
 
+void printBlocks(const Picture &picture)
+{
+    const auto size = [](const QByteArray &block) { return QString::number(block.size()); };
+    dev::printRow({QStringLiteral("dots per metre"), QString::number(picture.pixels.dotsPerMeterX()),
+        QString::number(picture.pixels.dotsPerMeterY())});
+    dev::printRow({QStringLiteral("bytes of ICC, EXIF, IPTC, XMP"), size(picture.iccProfile),
+        size(picture.metadata.exif), size(picture.metadata.iptc), size(picture.metadata.xmp)});
+}
+
+}
+
+int dev::meta(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    if (!parse(parser, arguments, 1, -1))
+        return 2;
+    int status = 0;
+    for (const QString &file : parser.positionalArguments()) {
+        const Result<PictureTexts> texts = readTextsOfFile(file);
+        if (!texts) {
+            status = fail(file + QStringLiteral(": ") + texts.reason());
+            continue;
+        }
+        printRow({QStringLiteral("file"), file});
+        printRow({QStringLiteral("description"), texts->description});
+        printRow({QStringLiteral("comment"), texts->comment});
+        printRow({QStringLiteral("camera info"), texts->cameraInfo});
+        printRow({QStringLiteral("camera date"), texts->cameraDate});
+        printRow({QStringLiteral("IPTC"), iptcText(*texts)});
+        if (const Result<Picture> picture = decodeFile(file))
+            printBlocks(*picture);
+    }
+    return status;
 }
 
 int dev::list(const QStringList &arguments)

@@ -3,6 +3,7 @@
 #include "actions/saveformats.h"
 #include "engine/codec.h"
 #include "engine/decode.h"
+#include "engine/isolation.h"
 #include "engine/polyimage.h"
 #include "platform/files.h"
 
@@ -39,7 +40,8 @@ int dev::decodeFiles(const QStringList &arguments)
     const QCommandLineOption png(QStringLiteral("png"), {}, QStringLiteral("file"));
     const QCommandLineOption target(QStringLiteral("target"), {}, QStringLiteral("size"));
     const QCommandLineOption page(QStringLiteral("page"), {}, QStringLiteral("number"), QStringLiteral("0"));
-    parser.addOptions({png, target, page});
+    const QCommandLineOption inProcess(QStringLiteral("in-process"));
+    parser.addOptions({png, target, page, inProcess});
     if (!parse(parser, arguments, 1, -1))
         return 2;
     const QStringList files = parser.positionalArguments();
@@ -54,6 +56,8 @@ int dev::decodeFiles(const QStringList &arguments)
     if (parser.isSet(png) && files.size() != 1)
         return wrongCall(QStringLiteral("--png takes one picture"));
 
+    if (!parser.isSet(inProcess))
+        startDecoderProcesses();
     int status = 0;
     for (const QString &file : files) {
         QElapsedTimer timer;
@@ -77,6 +81,7 @@ int dev::probeFiles(const QStringList &arguments)
     QCommandLineParser parser;
     if (!parse(parser, arguments, 1, -1))
         return 2;
+    startDecoderProcesses();
     int status = 0;
     for (const QString &file : parser.positionalArguments()) {
         QElapsedTimer timer;

@@ -3,6 +3,7 @@
 
 #include "devcommands.h"
 
+#include "engine/isolation.h"
 #include "platform/filepath.h"
 #include "ui/icons.h"
 
@@ -20,10 +21,11 @@ std::span<const Command> commands()
     static constexpr Command rows[] = {
         {"shot", "WINDOW OUT.png [--dark] [--size WxH] [FILE...]", "shows a window and takes its picture", Command::Windows, shot},
         {"controls", "WINDOW [FILE...]", "lists the controls of a window", Command::Windows, controls},
-        {"decode", "FILE... [--target WxH] [--page N] [--png OUT.png]", "decodes pictures and says how long it took", Command::Pictures, decodeFiles},
+        {"decode", "FILE... [--target WxH] [--page N] [--png OUT.png] [--in-process]", "decodes pictures and says how long it took", Command::Pictures, decodeFiles},
         {"probe", "FILE...", "reads the headers of pictures", Command::Pictures, probeFiles},
         {"encode", "IN BATCHINDEX OUT [--quality N] [--diffuse]", "writes a picture as batch conversion would", Command::Pictures, encodeFile},
         {"formats", "", "lists the codecs", Command::Pictures, formats},
+        {"meta", "FILE...", "shows the texts and the raw blocks that picture files carry", Command::Pictures, meta},
         {"list", "FILE.Lsl", "shows what a list file holds", Command::Pictures, list},
         {"settings", "", "lists the stored settings", Command::Pictures, settings},
     };
@@ -112,6 +114,7 @@ int runCommand(const dev::Command &command, const QStringList &arguments, int ar
         const QGuiApplication application(argc, argv);
         return command.run(arguments);
     }
+    startDecoderProcesses();
     const QTemporaryDir home;
     if (!home.isValid())
         return dev::fail(QStringLiteral("no temporary folder could be made"));
@@ -138,8 +141,11 @@ int main(int argc, char **argv)
     // Qt's own options (-platform, -style ...) are not taken from a developer's arguments: they may be file names.
     int count = 1;
     for (const dev::Command &command : dev::commands()) {
-        if (word == command.name)
-            return runCommand(command, arguments, count, argv);
+        if (word != command.name)
+            continue;
+        const int status = runCommand(command, arguments, count, argv);
+        stopDecoderProcesses();
+        return status;
     }
     return dev::wrongCall(QStringLiteral("there is no command %1").arg(pathFromBytes(word)));
 }

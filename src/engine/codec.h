@@ -3,8 +3,10 @@
 #include "engine/decode.h"
 #include "engine/encode.h"
 #include "engine/metadata.h"
+#include "engine/picturememory.h"
 
 #include <span>
+#include <vector>
 
 /// One row of the codec table: a decoder behind one name, with the content test that selects it.
 struct Codec
@@ -22,12 +24,21 @@ struct Codec
     bool worksEarly = false;
 };
 
+/// Those that need no module.
+std::span<const Codec *const> builtInCodecs();
+
 /// All codecs, those of the loadable module (`lumora-codecs`) included once it is loaded.
 /// The module holds what drags large libraries in, so that a start that shows a JPEG does not pay for them.
 std::span<const Codec *const> codecTable();
 
 /// The same after an attempt to load the module. Safe to call from any thread; the attempt is made once.
 std::span<const Codec *const> fullCodecTable();
+
+/// Those that need no module.
+std::span<const Codec *const> builtInCodecs();
+
+/// Where the modules may lie, the first one that has them counts.
+std::vector<QByteArray> moduleFolders();
 
 /// Why the module's codecs are missing; empty when they are there or were not asked for yet.
 QString codecModuleFailure();
@@ -49,6 +60,10 @@ struct CodecModule
     /// The raw blocks of a file whose own codec does not collect them. Null pointers: this build cannot.
     Metadata (*readMetadata)(const EncodedFile &file);
     Result<PictureTexts> (*readTexts)(const EncodedFile &file);
+    /// Touches all that is loaded or opened at first use (a library's tables, plug-ins, fonts, what the limits ask of
+    /// the system): the decoder process opens no file any more once it has locked itself in. Takes over where that
+    /// process wants large pictures.
+    void (*warmUp)(const PictureMemory &memory) = nullptr;
 };
 using CodecModuleEntry = const CodecModule *(*)();
 

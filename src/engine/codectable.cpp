@@ -33,16 +33,6 @@ QByteArray programFolder()
     return program.left(program.lastIndexOf('/'));
 }
 
-std::vector<QByteArray> moduleFolders()
-{
-    std::vector<QByteArray> folders;
-    if (const QByteArray asked = qgetenv("LUMORA_MODULES"); !asked.isEmpty())
-        folders.push_back(asked);
-    folders.push_back(programFolder() + "/lumora-modules");
-    folders.push_back(programFolder() + "/../lib/lumora");
-    return folders;
-}
-
 QString loadFrom(const QByteArray &folder)
 {
     const QByteArray path = folder + "/lumora-codecs.so";
@@ -64,9 +54,12 @@ void loadModule()
 {
     QString failure;
     for (const QByteArray &folder : moduleFolders()) {
-        failure = loadFrom(folder);
-        if (failure.isEmpty())
+        const QString reason = loadFrom(folder);
+        if (reason.isEmpty())
             return;
+        // The first reason counts: the other folders are for other ways of installing.
+        if (failure.isEmpty())
+            failure = reason;
     }
     const std::lock_guard lock(failureMutex);
     moduleFailure = QStringLiteral("the module lumora-codecs cannot be loaded: ") + failure;
@@ -74,10 +67,30 @@ void loadModule()
 
 }
 
+std::vector<QByteArray> moduleFolders()
+{
+    std::vector<QByteArray> folders;
+    if (const QByteArray asked = qgetenv("LUMORA_MODULES"); !asked.isEmpty())
+        folders.push_back(asked);
+    folders.push_back(programFolder() + "/lumora-modules");
+    folders.push_back(programFolder() + "/../lib/lumora");
+    return folders;
+}
+
+std::span<const Codec *const> builtInCodecs()
+{
+    return builtIn;
+}
+
 std::span<const Codec *const> codecTable()
 {
     if (const auto *table = loadedTable.load(std::memory_order_acquire))
         return *table;
+    return builtIn;
+}
+
+std::span<const Codec *const> builtInCodecs()
+{
     return builtIn;
 }
 

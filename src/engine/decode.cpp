@@ -2,6 +2,8 @@
 
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/metadatablocks.h"
+#include "engine/isolation/client.h"
 #include "engine/limits.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
@@ -66,13 +68,22 @@ template <class T, class Call> Result<T> guarded(const Codec &codec, Call call)
     }
 }
 
-/// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
-template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, Call call)
+/// The built-in codec that knows the content; null when none does.
+const Codec *knownBuiltIn(const EncodedFile &file)
+{
+    const std::vector<const Codec *> known = candidates(file, builtInCodecs());
+    return !known.empty() && sniffs(known.front(), file) ? known.front() : nullptr;
+}
+
+/// Attempts and what they came to.
+template <class T> struct Attempts
 {
     std::vector<const Codec *> tried;
     QString reasons;
     std::optional<Result<T>> answer;
-    const auto attempt = [&](const Codec *codec) {
+
+    template <class Call> bool attempt(const Codec *codec, Call call)
+    {
         tried.push_back(codec);
         Result<T> result = guarded<T>(*codec, call);
         if (result)
@@ -80,20 +91,33 @@ template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, C
         else
             reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + result.reason();
         return answer.has_value();
-    };
-    const std::vector<const Codec *> known = candidates(file, codecTable());
-    if (!known.empty() && sniffs(known.front(), file) && attempt(known.front()))
-        return *std::move(answer);
-    for (const Codec *codec : candidates(file, fullCodecTable())) {
-        if (tried.size() >= maximumAttempts)
-            break;
-        if (std::find(tried.begin(), tried.end(), codec) == tried.end() && attempt(codec))
-            return *std::move(answer);
     }
-    if (reasons.isEmpty())
+};
+
+/// Tries the built-in decoder that knows the content; only when there is none, or it fails, the module is loaded.
+template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, Codecs codecs, Call call)
+{
+    Attempts<T> attempts;
+    if (const Codec *known = knownBuiltIn(file)) {
+        if (codecs == Codecs::AfterBuiltIn)
+            attempts.tried.push_back(known);
+        else if (attempts.attempt(known, call))
+            return *std::move(attempts.answer);
+    }
+    if (codecs == Codecs::BuiltIn)
+        return Failure{attempts.reasons};
+    for (const Codec *codec : candidates(file, fullCodecTable())) {
+        if (attempts.tried.size() >= maximumAttempts)
+            break;
+        const bool again = std::find(attempts.tried.begin(), attempts.tried.end(), codec) != attempts.tried.end();
+        if (!again && attempts.attempt(codec, call))
+            return *std::move(attempts.answer);
+    }
+    QString reasons = attempts.reasons;
+    if (attempts.tried.empty())
         reasons = QStringLiteral("no decoder for this file");
     if (const QString missing = codecModuleFailure(); !missing.isEmpty())
-        reasons += QStringLiteral("; ") + missing;
+        reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + missing;
     return Failure{reasons};
 }
 
@@ -107,6 +131,20 @@ QString extensionOf(const QString &path)
     const QString name = FileNameOfPath(path);
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     return dot < 0 ? QString() : name.mid(dot + 1).toLower();
+}
+
+/// The palette that lies beside a CUT, whichever case its name is written in.
+QByteArray companionOf(const QString &path, const QString &extension)
+{
+    if (extension != QLatin1String("cut"))
+        return {};
+    constexpr qint64 maximumBytes = 64LL * 1024;
+    const QString base = path.chopped(extension.size());
+    for (const char *palette : {"pal", "PAL", "Pal"}) {
+        if (Result<QByteArray> bytes = readFile(base + QLatin1String(palette), maximumBytes))
+            return *std::move(bytes);
+    }
+    return {};
 }
 
 Result<QByteArray> readHead(int descriptor, qsizetype count)
@@ -133,6 +171,17 @@ struct Descriptor
     ~Descriptor() { close(value); }
 };
 
+Result<ImageInfo> probeSomewhere(const EncodedFile &file, int sizeIndex, Codecs codecs)
+{
+    const std::optional<isolation::Answer> answer =
+        isolation::ask({isolation::Work::Probe, codecs, {QSize(), sizeIndex, 0}}, file);
+    if (!answer)
+        return probeHere(file, sizeIndex, codecs);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return answer->picture.info;
+}
+
 /// The answer from the file's start, as far as a codec that can work with a start knows the content.
 std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
 {
@@ -147,11 +196,11 @@ std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
         if (!head)
             return {};
         const EncodedFile start{*head, extensionOf(path)};
-        const std::vector<const Codec *> known = candidates(start, codecTable());
-        if (known.empty() || !known.front()->probesPrefix || !sniffs(known.front(), start))
+        const Codec *const known = knownBuiltIn(start);
+        if (!known || !known->probesPrefix)
             return {};
-        const auto call = [&](const Codec &codec) { return codec.probe(start, sizeIndex); };
-        if (Result<ImageInfo> info = guarded<ImageInfo>(*known.front(), call); isComplete(info))
+        const Result<ImageInfo> info = probeSomewhere(start, sizeIndex, Codecs::BuiltIn);
+        if (isComplete(info))
             return *info;
         if (start.bytes.size() < count)
             return {};
@@ -159,21 +208,37 @@ std::optional<ImageInfo> probeStart(const QString &path, int sizeIndex)
     return {};
 }
 
+/// What goes along with the whole pixels of a file's first picture. The codecs of everyday formats fill the blocks
+/// themselves, for a small part of the price of the module's library.
+void completeMetadata(Picture &picture, const EncodedFile &file, const Codec &codec, const DecodeHint &hint)
+{
+    if (picture.isReduced() || hint.page != 0)
+        return;
+    const std::span<const Codec *const> simple = builtInCodecs();
+    const bool ownBlocks = std::find(simple.begin(), simple.end(), &codec) != simple.end();
+    const CodecModule *const module = ownBlocks ? nullptr : codecModule();
+    if (picture.metadata.isEmpty() && module && module->readMetadata)
+        picture.metadata = module->readMetadata(file);
+    applyExifResolution(picture.pixels, picture.metadata.exif);
 }
 
-Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint)
+}
+
+Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint, Codecs codecs)
 {
-    return firstSuccess<Picture>(file, [&](const Codec &codec) -> Result<Picture> {
+    return firstSuccess<Picture>(file, codecs, [&](const Codec &codec) -> Result<Picture> {
         Result<Picture> picture = codec.decode(file, hint);
         if (picture && picture->isNull())
             return Failure{QStringLiteral("the decoder gave no pixels")};
+        if (picture)
+            completeMetadata(*picture, file, codec, hint);
         return picture;
     });
 }
 
-Result<ImageInfo> probeHere(const EncodedFile &file, int sizeIndex)
+Result<ImageInfo> probeHere(const EncodedFile &file, int sizeIndex, Codecs codecs)
 {
-    return firstSuccess<ImageInfo>(file, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
+    return firstSuccess<ImageInfo>(file, codecs, [&](const Codec &codec) { return codec.probe(file, sizeIndex); });
 }
 
 Result<PictureTexts> readTextsHere(const EncodedFile &file)
@@ -184,19 +249,34 @@ Result<PictureTexts> readTextsHere(const EncodedFile &file)
     return module->readTexts(file);
 }
 
+bool builtInCodecKnows(const EncodedFile &file)
+{
+    return knownBuiltIn(file) != nullptr;
+}
+
 Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint)
 {
-    return decodeHere(file, hint);
+    std::optional<isolation::Answer> answer = isolation::ask({isolation::Work::Decode, Codecs::All, hint}, file);
+    if (!answer)
+        return decodeHere(file, hint);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return std::move(answer->picture);
 }
 
 Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex)
 {
-    return probeHere(file, sizeIndex);
+    return probeSomewhere(file, sizeIndex, Codecs::All);
 }
 
 Result<PictureTexts> readTexts(const EncodedFile &file)
 {
-    return readTextsHere(file);
+    std::optional<isolation::Answer> answer = isolation::ask({isolation::Work::ReadTexts, Codecs::All, {}}, file);
+    if (!answer)
+        return readTextsHere(file);
+    if (!answer->succeeded)
+        return Failure{answer->reason};
+    return std::move(answer->texts);
 }
 
 Result<PictureTexts> readTextsOfFile(const QString &path)
@@ -212,7 +292,8 @@ Result<EncodedFile> readEncodedFile(const QString &path)
     Result<QByteArray> bytes = readFile(path, limits::maximumFileBytes);
     if (!bytes)
         return bytes.failure();
-    return EncodedFile{*std::move(bytes), extensionOf(path)};
+    const QString extension = extensionOf(path);
+    return EncodedFile{*std::move(bytes), extension, companionOf(path, extension)};
 }
 
 Result<Picture> decodeFile(const QString &path, const DecodeHint &hint)

@@ -14,6 +14,8 @@ struct EncodedFile
 {
     QByteArray bytes;
     QString extension; ///< lower case, without the dot
+    /// Of the file that goes with it, for the few formats that lie in two: the palette of a CUT. Empty for all others.
+    QByteArray companion = {};
 };
 
 struct DecodeHint
@@ -34,7 +36,8 @@ Result<Picture> decode(const EncodedFile &file, const DecodeHint &hint = {});
 Result<ImageInfo> probe(const EncodedFile &file, int sizeIndex = -1);
 
 /// Reads a regular file into memory: never a folder, FIFO or device, never more than limits::maximumFileBytes, never by
-/// a mapping (another program may cut the file meanwhile). `path` follows platform/filepath.h.
+/// a mapping (another program may cut the file meanwhile). `path` follows platform/filepath.h. A CUT's companion is the
+/// regular file of the same name that ends in .pal, .PAL or .Pal.
 Result<EncodedFile> readEncodedFile(const QString &path);
 
 /// readEncodedFile and decode in one.

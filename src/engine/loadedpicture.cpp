@@ -75,5 +75,5 @@ Picture LoadedPicture::atLeast(QSize needed) const
 qint64 LoadedPicture::cost() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_picture.pixels.sizeInBytes() + m_picture.iccProfile.size() + m_file.bytes.size();
+    return m_picture.pixels.sizeInBytes() + m_picture.iccProfile.size() + m_file.bytes.size() + m_file.companion.size();
 }

@@ -1,6 +1,7 @@
 #include "engine/picture.h"
 
 #include "engine/limits.h"
+#include "engine/picturememory.h"
 
 #include <algorithm>
 #include <new>
@@ -24,6 +25,8 @@ void unmap(void *mapping)
     munmap(held->start, held->length);
     delete held;
 }
+
+PictureMemory memory;
 
 bool isOpaqueTable(const QList<QRgb> &table)
 {
@@ -102,6 +105,17 @@ bool hasTransparency(const Picture &picture)
     }
 }
 
+void setPictureMemory(const PictureMemory &wanted)
+{
+    memory = wanted;
+}
+
+void publishRows(const uchar *pixels, int rows)
+{
+    if (memory.watched && memory.watched->load(std::memory_order_relaxed) == pixels)
+        memory.publish(rows);
+}
+
 QImage allocateImage(QSize size, QImage::Format format)
 {
     const int depth = QImage::toPixelFormat(format).bitsPerPixel();
@@ -109,6 +123,10 @@ QImage allocateImage(QSize size, QImage::Format format)
         return {};
     const size_t stride = (size_t(size.width()) * size_t(depth) + 31) / 32 * 4;
     const size_t bytes = stride * size_t(size.height());
+    if (memory.allocate) {
+        if (QImage given = memory.allocate(size, format); !given.isNull())
+            return given;
+    }
     if (bytes < smallBuffer)
         return QImage(size, format);
 

@@ -1,5 +1,6 @@
 #include "engine/enginefiles.h"
 
+#include "engine/rasterfiles.h"
 #include "support/support.h"
 
 #include <QBuffer>
@@ -16,21 +17,6 @@ template <class Number> QByteArray number(Number value, bool bigEndian)
     else
         qToLittleEndian(value, bytes.data());
     return bytes;
-}
-
-QByteArray le16(int value)
-{
-    return number(quint16(value), false);
-}
-
-QByteArray le32(qsizetype value)
-{
-    return number(quint32(value), false);
-}
-
-QByteArray be16(int value)
-{
-    return number(quint16(value), true);
 }
 
 quint32 crc(const QByteArray &bytes)
@@ -196,7 +182,7 @@ QList<SmallFile> smallFiles()
     const QImage mono = colors.convertToFormat(QImage::Format_Mono);
     const QImage alpha = rampImage({9, 7}, QImage::Format_ARGB32);
     const QByteArray plain = written(colors, "jpg", 80);
-    return {
+    const QList<SmallFile> files{
         {"JPEG", QStringLiteral("jpg"), plain},
         {"JPEG with EXIF", QStringLiteral("jpg"), withOrientation(plain, 6, true)},
         {"PNG", QStringLiteral("png"), written(colors, "png")},
@@ -224,4 +210,5 @@ QList<SmallFile> smallFiles()
         {"PPM", QStringLiteral("ppm"), QByteArray("P6 4 3 255\n") + QByteArray(36, '\x70')},
         {"ART", QStringLiteral("art"), QByteArray("\0\0\x10\0\0\0\x02\0\xaa\x55\x0f\xf0", 12)},
     };
+    return files + rasterFiles();
 }

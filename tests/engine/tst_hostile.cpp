@@ -2,6 +2,7 @@
 #include "engine/enginefiles.h"
 #include "support/support.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTest>
@@ -50,6 +51,8 @@ private Q_SLOTS:
     void everyChangedByteIsAnswered();
     void damagedSamplesAreAnswered_data();
     void damagedSamplesAreAnswered();
+    void whatOnceBrokeSomethingIsAnswered_data();
+    void whatOnceBrokeSomethingIsAnswered();
 };
 
 void tst_Hostile::initTestCase()
@@ -97,7 +100,10 @@ void tst_Hostile::damagedSamplesAreAnswered_data()
              "mrw/synthetic.mrw", "dcr/synthetic.dcr", "jp2/palette.jp2", "jp2/gray.jp2", "tif/ojpeg.tif",
              "tif/1bit-g4.tif", "tif/tiled.tif", "pcd/photo-portrait.pcd", "wpg/v1-4bit.wpg", "wpg/v2-8bit.wpg",
              "sfw/a.sfw", "rle/utah-gray.rle", "mac/a.mac", "dcx/small.dcx", "gif/interlace.gif", "jpg/progressive.jpg",
-             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic"})
+             "jpg/ycck.jpg", "png/rgba8-interlaced.png", "cur/sample.cur", "pic/quickdraw-a.pic", "pic/softimage-a.pic",
+             "iff/ham6.iff", "iff/vdat-compression2.iff", "iff/mask-plane.iff", "lbm/pbm-chunky.lbm", "img/16bit.img",
+             "img/256.img", "msp/v2-c.msp", "cut/photo.cut", "pmp/a.pmp", "psp/v12-logo.psp", "psp/v4-4bit-rle.psp",
+             "psp/v7-logo.psp", "fpx/jpeg-tiles.fpx", "fpx/mono.fpx"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
@@ -123,5 +129,29 @@ void tst_Hostile::damagedSamplesAreAnswered()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_Hostile)
+void tst_Hostile::whatOnceBrokeSomethingIsAnswered_data()
+{
+    QTest::addColumn<QString>("path");
+    QDirIterator files(QStringLiteral(LUMORA_FOUND), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString path = files.next();
+        QTest::newRow(qPrintable(path.section(QLatin1Char('/'), -2))) << path;
+    }
+}
+
+void tst_Hostile::whatOnceBrokeSomethingIsAnswered()
+{
+    if (QDir(QStringLiteral(LUMORA_FOUND)).isEmpty())
+        QSKIP("nothing was found yet");
+    QFETCH(QString, path);
+    const Result<EncodedFile> found = readEncodedFile(path);
+    QVERIFY2(found, qPrintable(found.reason()));
+    // Under every name that it could have had: the codec that it was made for is among them.
+    for (const Codec *codec : fullCodecTable()) {
+        const QString extension = QString::fromLatin1(codec->extensions).section(QLatin1Char(' '), 0, 0);
+        QVERIFY2(answer({found->bytes, extension}) != 0, codec->name);
+    }
+}
+
+QTEST_MAIN(tst_Hostile)
 #include "tst_hostile.moc"

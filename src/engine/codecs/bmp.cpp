@@ -11,6 +11,7 @@
 namespace {
 
 constexpr qsizetype fileHeaderBytes = 14;
+constexpr quint32 plainHeaderBytes = 40;
 enum Compression : quint32 { Plain = 0, Rle8 = 1, Rle4 = 2, Bitfields = 3, AlphaBitfields = 6 };
 
 /// The published bitmap header, of 12 bytes (core) or of 40 and more.
@@ -77,6 +78,54 @@ struct Bitmap
     ImageInfo info() const { return {header.size(), header.bits, 1, bmpCodec.name}; }
 };
 
+/// Gives a file with the core header the longer one: Qt's reader takes its sizes for signed numbers.
+void replaceCoreHeader(Bitmap &bitmap)
+{
+    const Header &header = bitmap.header;
+    const ByteReader bytes(bitmap.file);
+    constexpr size_t tableAt = size_t(fileHeaderBytes) + 12;
+    size_t pixelsAt = bytes.u32le(10);
+    if (pixelsAt > bytes.size())
+        return;
+    if (pixelsAt < tableAt)
+        pixelsAt = tableAt + header.colors * 3;
+    const quint32 offset = quint32(fileHeaderBytes) + plainHeaderBytes + header.colors * 4;
+    ByteWriter out;
+    out.text("BM");
+    out.u32le(0);
+    out.u32le(0);
+    out.u32le(offset);
+    out.u32le(plainHeaderBytes);
+    out.u32le(quint32(header.width));
+    out.u32le(quint32(header.height));
+    out.u16le(1);
+    out.u16le(quint32(header.bits));
+    out.fill(16); // not packed; resolution unknown
+    out.u32le(header.colors);
+    out.u32le(0);
+    for (size_t i = 0, at = tableAt; i < header.colors; ++i, at += 3)
+        out.u32le(at + 3 <= pixelsAt ? bytes.u16le(at) | quint32(bytes.u8(at + 2)) << 16 : 0);
+    bitmap.file = out.bytes + bitmap.file.mid(qsizetype(pixelsAt));
+    bitmap.header.bytes = plainHeaderBytes;
+}
+
+/// Headers that end between two of those that Qt's reader knows get the fields they lack, as 0.
+void lengthenHeader(Bitmap &bitmap)
+{
+    const quint32 bytes = bitmap.header.bytes;
+    const quint32 known = bytes == 16 ? plainHeaderBytes : bytes == 52 || bytes == 56 ? 108 : bytes;
+    if (known == bytes)
+        return;
+    const ByteReader file(bitmap.file);
+    const quint32 offset = file.u32le(10);
+    ByteWriter numbers;
+    numbers.u32le(offset + known - bytes);
+    numbers.u32le(known);
+    bitmap.file.insert(fileHeaderBytes + qsizetype(bytes), QByteArray(qsizetype(known - bytes), '\0'));
+    bitmap.file.replace(10, 8, numbers.bytes);
+    bitmap.header.bytes = known;
+}
+
 Result<Bitmap> openBitmap(const QByteArray &bytes)
 {
     const ByteReader reader(bytes);
@@ -88,6 +137,12 @@ Result<Bitmap> openBitmap(const QByteArray &bytes)
     if (!limits::allows(bitmap.header.size(), 8))
         return Failure{tooLarge(bitmap.header.size())};
     bitmap.file = whole ? bytes : fileHeaderFor(bytes, bitmap.header) + bytes;
+    // The long header of OS/2 numbers its packings in another way.
+    if (bitmap.header.bytes == 64 && bitmap.header.compression > Rle4)
+        return Failure{QStringLiteral("a bitmap packed in a way of OS/2")};
+    if (bitmap.header.isCore())
+        replaceCoreHeader(bitmap);
+    lengthenHeader(bitmap);
     // Of two colours more cannot be told; the library would complain about each of them on standard error.
     if (bitmap.header.bits == 1 && bitmap.header.bytes >= 40 && bitmap.header.colors > 2)
         bitmap.file.replace(fileHeaderBytes + 32, 4, QByteArray::fromHex("02000000"));
@@ -150,6 +205,36 @@ bool unpackRuns(const ByteReader &bytes, size_t at, const Header &header, uchar 
     return y >= header.height;
 }
 
+/// The start of a plain file of 8 bits with the colours of `bitmap`: headers, table and pixels of the first colour.
+QByteArray eightBitFile(const Bitmap &bitmap)
+{
+    const Header &header = bitmap.header;
+    const ByteReader bytes(bitmap.file);
+    const size_t fields = size_t(fileHeaderBytes);
+    const quint32 offset = quint32(fileHeaderBytes) + plainHeaderBytes + header.colors * 4;
+    const qsizetype pixelBytes = (qsizetype(header.width) + 3) / 4 * 4 * header.height;
+    ByteWriter plain;
+    plain.text("BM");
+    plain.u32le(quint32(offset + quint32(pixelBytes)));
+    plain.u32le(0);
+    plain.u32le(offset);
+    plain.u32le(plainHeaderBytes);
+    plain.u32le(quint32(header.width));
+    plain.u32le(bytes.u32le(fields + 8)); // the height with its sign
+    plain.u16le(1);
+    plain.u16le(8);
+    plain.u32le(Plain);
+    plain.u32le(0);
+    plain.u32le(bytes.u32le(fields + 24)); // pixels a metre
+    plain.u32le(bytes.u32le(fields + 28));
+    plain.u32le(header.colors);
+    plain.u32le(0);
+    for (size_t i = 0, at = fields + header.bytes; i < header.colors; ++i, at += 4)
+        plain.u32le(bytes.u32le(at) & 0x00ffffff);
+    plain.fill(pixelBytes);
+    return plain.bytes;
+}
+
 /// Turns a run-length file into a plain one of 8 bits: Qt's reader leaves what memory held where the runs skip.
 /// The answer is whether pixels were missing.
 bool unpackFile(Bitmap &bitmap)
@@ -157,25 +242,29 @@ bool unpackFile(Bitmap &bitmap)
     const Header &header = bitmap.header;
     const ByteReader bytes(bitmap.file);
     const qsizetype stride = (qsizetype(header.width) + 3) / 4 * 4;
-    const quint32 tableBytes = header.colors * 4;
-    const quint32 offset = quint32(fileHeaderBytes) + header.bytes + tableBytes;
-    QByteArray plain = bitmap.file.left(offset);
-    plain.resize(offset + stride * header.height);
-    std::fill(plain.begin() + qMin<qsizetype>(offset, bitmap.file.size()), plain.end(), '\0');
-    const auto write = [&](qsizetype at, quint32 value, int count) {
-        for (int i = 0; i < count; ++i)
-            plain[at + i] = char(value >> 8 * i);
-    };
-    uchar *const pixels = reinterpret_cast<uchar *>(plain.data()) + offset;
+    QByteArray plain = eightBitFile(bitmap);
+    uchar *const pixels = reinterpret_cast<uchar *>(plain.data()) + plain.size() - stride * header.height;
     const bool complete = unpackRuns(bytes, bytes.u32le(10), header, pixels, stride);
-    write(2, quint32(plain.size()), 4);
-    write(10, offset, 4);
-    write(fileHeaderBytes + 14, 8, 2);
-    write(fileHeaderBytes + 16, Plain, 4);
-    write(fileHeaderBytes + 20, 0, 4);
-    write(fileHeaderBytes + 32, header.colors, 4);
     bitmap.file = plain;
     return !complete;
+}
+
+/// The same for a file of two bits a pixel, which Qt's reader does not know. Its rows are complete.
+void widenTwoBits(Bitmap &bitmap)
+{
+    const Header &header = bitmap.header;
+    const ByteReader bytes(bitmap.file);
+    const size_t from = (size_t(header.width) * 2 + 31) / 32 * 4;
+    const size_t to = (size_t(header.width) + 3) / 4 * 4;
+    const size_t height = size_t(header.height);
+    const size_t offset = bytes.u32le(10);
+    QByteArray plain = eightBitFile(bitmap);
+    uchar *const pixels = reinterpret_cast<uchar *>(plain.data()) + size_t(plain.size()) - to * height;
+    for (size_t y = 0; y < height; ++y) {
+        for (size_t x = 0; x < size_t(header.width); ++x)
+            pixels[y * to + x] = bytes.u8(offset + y * from + x / 4) >> (6 - x % 4 * 2) & 3;
+    }
+    bitmap.file = plain;
 }
 
 bool sniffBmp(Bytes head)
@@ -204,6 +293,8 @@ Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &)
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)
         || (bitmap->header.compression == Rle4 && bitmap->header.bits == 4);
     picture.partial = runs ? unpackFile(*bitmap) : completeRows(*bitmap);
+    if (bitmap->header.bits == 2 && bitmap->header.compression == Plain)
+        widenTwoBits(*bitmap);
     Result<QImage> image = readByQt(bitmap->file, "bmp");
     if (!image)
         return image.failure();

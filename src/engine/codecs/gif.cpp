@@ -1,6 +1,7 @@
 #include "engine/codecs/qtformats.h"
 
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/codecs/qtread.h"
 #include "engine/limits.h"
@@ -97,6 +98,7 @@ Result<Picture> decodeGif(const EncodedFile &file, const DecodeHint &hint)
     picture.pixels = *std::move(image);
     picture.info.size = picture.pixels.size();
     picture.partial = !walk->firstFrameComplete;
+    picture.metadata = gifMetadata(file.bytes);
     return picture;
 }
 

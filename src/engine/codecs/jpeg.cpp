@@ -1,8 +1,10 @@
 #include "engine/codecs/jpeg.h"
 
 #include "engine/codecs/exif.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
+#include "engine/picturememory.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -79,6 +81,7 @@ public:
     bool prepare(); ///< output colours and size; after `scaleTo`
     void scaleTo(QSize target);
     int readRows(QImage &image, uchar *cmykRow);
+    int readSamples(uchar *to, qsizetype stride, bool isYcc);
     bool readProfile();
 
     QSize storedSize() const { return {int(m_info.image_width), int(m_info.image_height)}; }
@@ -163,6 +166,7 @@ int Reader::readRows(QImage &image, uchar *cmykRow)
         if (cmykRow) {
             jpeg_read_scanlines(&m_info, &cmykRow, 1);
             convertCmykRow(cmykRow, reinterpret_cast<QRgb *>(pixels + first * stride));
+            publishRows(pixels, int(m_info.output_scanline));
             continue;
         }
         constexpr JDIMENSION atOnce = 8;
@@ -171,6 +175,26 @@ int Reader::readRows(QImage &image, uchar *cmykRow)
         for (JDIMENSION i = 0; i < count; ++i)
             rows[i] = pixels + (first + i) * stride;
         jpeg_read_scanlines(&m_info, rows, count);
+        publishRows(pixels, int(m_info.output_scanline));
+    }
+    return int(m_info.output_scanline);
+}
+
+// With three components YCbCr becomes RGB. With a fourth the library knows the pair YCCK and CMYK alone, whose inks are
+// the opposite of the light.
+int Reader::readSamples(uchar *to, qsizetype stride, bool isYcc)
+{
+    if (setjmp(m_error.jump))
+        return int(m_info.output_scanline);
+    const bool turned = isYcc && m_info.num_components == 4;
+    m_info.jpeg_color_space = turned ? JCS_YCCK : isYcc && m_info.num_components == 3 ? JCS_YCbCr : JCS_UNKNOWN;
+    m_info.out_color_space = turned ? JCS_CMYK : m_info.jpeg_color_space == JCS_YCbCr ? JCS_RGB : JCS_UNKNOWN;
+    jpeg_start_decompress(&m_info);
+    while (m_info.output_scanline < m_info.output_height) {
+        JSAMPROW row = to + m_info.output_scanline * stride;
+        jpeg_read_scanlines(&m_info, &row, 1);
+        for (JDIMENSION x = 0; turned && x < m_info.output_width * 4; ++x)
+            row[x] ^= x % 4 == 3 ? 0 : 255;
     }
     return int(m_info.output_scanline);
 }
@@ -279,6 +303,8 @@ Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStore
     picture.pixels = uprighted(image, orientation);
     if (picture.isNull())
         return Failure{outOfMemory(picture.info.size)};
+    if (!asStored && !picture.isReduced())
+        picture.metadata = jpegMetadata(bytes);
     return picture;
 }
 
@@ -307,4 +333,20 @@ Result<Picture> decodeStoredJpeg(const QByteArray &bytes, QSize target)
     return decodeTurned(bytes, target, true);
 }
 
-const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif", sniffJpeg, probeJpeg, decodeJpeg, true, true};
+Result<JpegSamples> decodeJpegSamples(const QByteArray &bytes, QSize size, int components, bool isYcc)
+{
+    Reader reader(bytes);
+    if (!reader.readHeader())
+        return Failure{reader.reason()};
+    const QSize stored = reader.storedSize();
+    if (reader.info().data_precision != 8 || reader.info().num_components != components || stored.width() > size.width()
+        || stored.height() > size.height())
+        return Failure{QStringLiteral("a JPEG of another kind than the file around it says")};
+    const qsizetype stride = qsizetype(size.width()) * components;
+    JpegSamples jpeg{QByteArray(stride * size.height(), '\xff'), false};
+    const int rows = reader.readSamples(reinterpret_cast<uchar *>(jpeg.samples.data()), stride, isYcc);
+    jpeg.isDamaged = reader.isDamaged() || rows < stored.height();
+    return jpeg;
+}
+
+const Codec jpegCodec{"JPEG", "jpg jpeg jpe thm jfif jif jfi", sniffJpeg, probeJpeg, decodeJpeg, true, true};

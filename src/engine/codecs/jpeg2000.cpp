@@ -5,6 +5,7 @@
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
 
+#include <cmath>
 #include <cstring>
 #include <memory>
 
@@ -206,6 +207,48 @@ bool endsEarly(const QByteArray &bytes)
     return bytes.lastIndexOf("\xff\xd9") < bytes.indexOf("\xff\x4f\xff\x51");
 }
 
+/// The place of the content of the first box of that kind between `at` and `end`, and its end.
+struct BoxPlace
+{
+    size_t start = 0;
+    size_t end = 0;
+};
+
+template <size_t N> BoxPlace findBox(const ByteReader &bytes, BoxPlace within, const char (&kind)[N])
+{
+    for (size_t at = within.start; at + 8 <= within.end;) {
+        const size_t length = bytes.u32be(at);
+        if (length < 8 || length > within.end - at)
+            return {};
+        if (bytes.is(at + 4, kind))
+            return {at + 8, at + length};
+        at += length;
+    }
+    return {};
+}
+
+/// Dots a metre from the header's box of the capture resolution, else of the one for display.
+void setResolution(QImage &image, const QByteArray &file)
+{
+    const ByteReader bytes(file);
+    const BoxPlace resolution = findBox(bytes, findBox(bytes, {0, bytes.size()}, "jp2h"), "res ");
+    BoxPlace place = findBox(bytes, resolution, "resc");
+    if (place.start == 0)
+        place = findBox(bytes, resolution, "resd");
+    if (place.end - place.start < 10)
+        return;
+    const auto dotsPerMeter = [&](size_t fraction, size_t exponent) {
+        const int divisor = bytes.u16be(place.start + fraction + 2);
+        const double value = divisor == 0 ? 0
+                                          : double(bytes.u16be(place.start + fraction)) / divisor
+                * std::pow(10, qint8(bytes.u8(place.start + exponent)));
+        constexpr double most = 10'000'000;
+        return value > 0 && value < most ? qRound(value) : 0;
+    };
+    image.setDotsPerMeterY(dotsPerMeter(0, 8));
+    image.setDotsPerMeterX(dotsPerMeter(4, 9));
+}
+
 Result<Picture> decodeReduced(const EncodedFile &file, QSize target)
 {
     Reader reader;
@@ -218,6 +261,7 @@ Result<Picture> decodeReduced(const EncodedFile &file, QSize target)
     picture.pixels = jpeg2000Pixels(reader.image());
     if (picture.isNull())
         return Failure{QStringLiteral("JPEG 2000: components that make no picture")};
+    setResolution(picture.pixels, file.bytes);
     picture.info = reader.info();
     picture.partial = reader.isDamaged() || endsEarly(file.bytes);
     if (reader.image().icc_profile_buf && reader.image().icc_profile_len <= quint32(limits::maximumMetadataBytes))
@@ -239,4 +283,4 @@ Result<Picture> decodeJpeg2000(const EncodedFile &file, const DecodeHint &hint)
 
 }
 
-const Codec jpeg2000Codec{"JPEG 2000", "jp2 j2k jpc j2c jpf", sniffJpeg2000, probeJpeg2000, decodeJpeg2000};
+const Codec jpeg2000Codec{"JPEG 2000", "jp2 j2k jpc j2c jpf jpx", sniffJpeg2000, probeJpeg2000, decodeJpeg2000};

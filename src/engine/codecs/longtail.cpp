@@ -34,6 +34,16 @@ int depthOf(const QImage &image)
     return image.format() == QImage::Format_Indexed8 ? 8 : image.hasAlphaChannel() ? 32 : 24;
 }
 
+/// The library reads a single deep channel as red.
+void spreadRed(QImage &deep)
+{
+    for (int y = 0; y < deep.height(); ++y) {
+        QRgba64 *const row = reinterpret_cast<QRgba64 *>(deep.scanLine(y));
+        for (int x = 0; x < deep.width(); ++x)
+            row[x] = QRgba64::fromRgba64(row[x].red(), row[x].red(), row[x].red(), row[x].alpha());
+    }
+}
+
 Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const DecodeHint &hint)
 {
     const Result<MagickHeader> header = readHeader(format, file.bytes, hint.sizeIndex);
@@ -43,12 +53,19 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
         return Failure{QStringLiteral("the file has no picture %1").arg(hint.page)};
     // The library counts a Photo CD's sizes as pictures, from 1.
     const int page = format.isPhotoCd ? photoCdSize(hint.sizeIndex) + 1 : hint.page;
-    const Result<MagickPicture> read = readByMagick(file.bytes, format.magick, page, header->bits >= 48);
+    const Result<MagickPicture> read =
+        readByMagick(file.bytes, format.magick, page, header->deep || header->bits >= 48);
     if (!read)
         return read.failure();
     Picture picture;
     picture.pixels = read->pixels;
     picture.partial = read->damaged;
+    if (header->deep && header->bits < 48)
+        spreadRed(picture.pixels);
+    if (!header->dotsPerInch.isEmpty()) {
+        picture.pixels.setDotsPerMeterX(qRound(header->dotsPerInch.width() / 0.0254));
+        picture.pixels.setDotsPerMeterY(qRound(header->dotsPerInch.height() / 0.0254));
+    }
     picture.info = {
         picture.pixels.size(), header->bits ? header->bits : depthOf(picture.pixels), header->pages, format.name};
     return picture;
@@ -85,10 +102,8 @@ constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
 constexpr Format mac{"MacPaint", "MAC", macHeader};
 constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
 constexpr Format pcx{"PCX", "PCX", pcxHeader};
-constexpr Format pict{"PICT", "PICT", pictHeader};
 constexpr Format pnm{"PNM", "PNM", pnmHeader};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
-constexpr Format tga{"TGA", "TGA", tgaHeader};
 constexpr Format utah{"Utah RLE", "RLE", utahHeader};
 constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
 constexpr Format wpg{"WPG", "WPG", wpgHeader};
@@ -101,13 +116,11 @@ const Codec rows[] = {
     row<pcx>("pcx", [](Bytes head) { return head.size() > 128 && sniffHeader<pcx>(head); }),
     row<dcx>("dcx", sniffHeader<dcx>),
     row<sgi>("rgb rgba sgi bw", sniffHeader<sgi>),
-    row<pnm>("pnm pbm pgm ppm", sniffHeader<pnm>),
+    row<pnm>("pnm pbm pgm ppm pam", sniffHeader<pnm>),
     row<pcd>("pcd", sniffHeader<pcd>),
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),
     row<xwd>("xwd", [](Bytes head) { return head.size() > 100 && sniffHeader<xwd>(head); }),
-    row<pict>("pic pict pct", [](Bytes head) { return head.size() > 560 && sniffHeader<pict>(head); }),
-    row<tga>("tga"),
     row<wbmp>("wbmp"),
     row<mac>("mac"),
     row<hrz>("hrz"),

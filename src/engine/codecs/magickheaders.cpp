@@ -23,7 +23,18 @@ std::optional<MagickHeader> pcxAt(const ByteReader &bytes, size_t at)
         return {};
     const int width = bytes.u16le(at + 8) - bytes.u16le(at + 4) + 1;
     const int height = bytes.u16le(at + 10) - bytes.u16le(at + 6) + 1;
-    return MagickHeader{{width, height}, bytes.u8(at + 3) * bytes.u8(at + 65)};
+    MagickHeader header{{width, height}, bytes.u8(at + 3) * bytes.u8(at + 65)};
+    // Many programs put the size of the screen or of the picture where the resolution belongs.
+    const QSize told(bytes.u16le(at + 12), bytes.u16le(at + 14));
+    constexpr int least = 30;
+    constexpr int most = 4800;
+    const bool sane = qMin(told.width(), told.height()) >= least && qMax(told.width(), told.height()) <= most
+        && told.width() <= 2 * told.height() && told.height() <= 2 * told.width();
+    const bool isScreen = told == header.size || told == QSize(320, 200) || told == QSize(640, 350)
+        || told == QSize(640, 480) || told == QSize(800, 600) || told == QSize(1024, 768);
+    if (sane && !isScreen)
+        header.dotsPerInch = told;
+    return header;
 }
 
 }
@@ -72,16 +83,6 @@ std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex)
     return MagickHeader{onItsSide ? size.transposed() : size, 24};
 }
 
-std::optional<MagickHeader> pictHeader(const ByteReader &bytes, int)
-{
-    // With and without the 512 bytes that a file has in front of what the clipboard holds.
-    for (const size_t at : {size_t(512 + 10), size_t(10)}) {
-        if (bytes.is(at, "\x11\x01") || bytes.is(at, "\0\x11\x02\xff"))
-            return MagickHeader{};
-    }
-    return {};
-}
-
 namespace {
 
 /// The next number of a text header; what stands behind "#" up to the line's end is a comment. -1 at the end.
@@ -103,10 +104,38 @@ int nextNumber(const ByteReader &bytes, size_t &at)
     return number;
 }
 
+/// The number that stands behind a word of a PAM header; -1 when the header lacks it.
+int pamNumber(const QByteArray &header, const char *word)
+{
+    const qsizetype at = header.indexOf(word);
+    if (at < 0)
+        return -1;
+    size_t behind = size_t(at) + qstrlen(word);
+    return nextNumber(ByteReader(header), behind);
+}
+
+std::optional<MagickHeader> pamHeader(const ByteReader &bytes)
+{
+    constexpr size_t longest = 1024;
+    QByteArray header;
+    for (size_t i = 0; i < std::min(bytes.size(), longest) && !header.endsWith("ENDHDR\n"); ++i)
+        header.append(char(bytes.u8(i)));
+    const int width = pamNumber(header, "\nWIDTH ");
+    const int height = pamNumber(header, "\nHEIGHT ");
+    const int channels = pamNumber(header, "\nDEPTH ");
+    const int largest = pamNumber(header, "\nMAXVAL ");
+    if (!header.endsWith("ENDHDR\n") || width < 1 || height < 1 || channels < 1 || channels > 4 || largest < 1
+        || largest > 65535)
+        return {};
+    return MagickHeader{{width, height}, channels * (largest == 1 ? 1 : largest > 255 ? 16 : 8)};
+}
+
 }
 
 std::optional<MagickHeader> pnmHeader(const ByteReader &bytes, int)
 {
+    if (bytes.is(0, "P7\n"))
+        return pamHeader(bytes);
     const int kind = bytes.u8(1) - '0';
     if (bytes.u8(0) != 'P' || kind < 1 || kind > 6)
         return {};
@@ -126,15 +155,7 @@ std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
     const int dimensions = bytes.u16be(4);
     const int height = dimensions >= 2 ? bytes.u16be(8) : 1;
     const int channels = dimensions >= 3 ? bytes.u16be(10) : 1;
-    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels};
-}
-
-std::optional<MagickHeader> tgaHeader(const ByteReader &bytes, int)
-{
-    const int kind = bytes.u8(2) & ~8;
-    if (!bytes.has(0, 18) || bytes.u8(1) > 1 || kind < 1 || kind > 3)
-        return {};
-    return MagickHeader{{bytes.u16le(12), bytes.u16le(14)}, bytes.u8(16)};
+    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels, 1, bytes.u8(3) == 2};
 }
 
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int)
@@ -173,11 +194,43 @@ std::optional<MagickHeader> wbmpHeader(const ByteReader &bytes, int)
     return MagickHeader{{width, height}, 1};
 }
 
+namespace {
+
+/// Whether the records of a WPG of version 1 draw lines, shapes or text: then its bitmaps are only a part of it.
+bool wpgDraws(const ByteReader &bytes)
+{
+    constexpr quint8 drawing[] = {5, 6, 7, 8, 9, 0x0c, 0x13};
+    constexpr quint8 end = 0x10;
+    constexpr int mostRecords = 10000;
+    size_t at = bytes.u32le(4);
+    for (int i = 0; i < mostRecords && bytes.has(at, 2) && bytes.u8(at) != end; ++i) {
+        if (std::find(std::begin(drawing), std::end(drawing), bytes.u8(at)) != std::end(drawing))
+            return true;
+        size_t length = bytes.u8(at + 1);
+        at += 2;
+        if (length == 0xff) {
+            length = bytes.u16le(at);
+            at += 2;
+            if (length & 0x8000) {
+                length = (length & 0x7fff) << 16 | bytes.u16le(at);
+                at += 2;
+            }
+        }
+        at += length;
+    }
+    return false;
+}
+
+}
+
 std::optional<MagickHeader> wpgHeader(const ByteReader &bytes, int)
 {
+    constexpr quint8 firstVersion = 1;
     if (!bytes.is(0,
             "\xff"
             "WPC"))
+        return {};
+    if (bytes.u8(10) == firstVersion && wpgDraws(bytes))
         return {};
     return MagickHeader{};
 }

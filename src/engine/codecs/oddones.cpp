@@ -105,15 +105,18 @@ Result<Picture> decodeCompuServe(const EncodedFile &file, const DecodeHint &)
     const int pixels = width * info->size.height();
     int position = 0;
     bool foreground = false;
-    for (qsizetype at = 3; at < file.bytes.size() && position < pixels; ++at, foreground = !foreground) {
+    constexpr char escape = 0x1b;
+    for (qsizetype at = 3; at < file.bytes.size() && position < pixels && file.bytes[at] != escape; ++at) {
+        // Line ends are of the terminal program that caught the picture.
         const int count = uchar(file.bytes[at]) - 32;
         if (count < 0)
-            break;
+            continue;
         const int end = qMin(position + count, pixels);
         for (; position < end; ++position) {
             if (foreground)
                 picture.pixels.scanLine(position / width)[position % width / 8] |= uchar(0x80 >> position % 8);
         }
+        foreground = !foreground;
     }
     picture.partial = position < pixels;
     return picture;

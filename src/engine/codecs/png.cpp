@@ -1,8 +1,10 @@
 #include "engine/codecs/png.h"
 
 #include "engine/codecs/exif.h"
+#include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
+#include "engine/picturememory.h"
 
 #include <cstdio>
 #include <cstring>
@@ -170,6 +172,8 @@ int Reader::readRows(QImage &image)
         for (int y = 0; y < height; ++y) {
             png_read_row(m_png, nullptr, pixels + y * stride);
             m_rows = interlaced ? 1 : y + 1;
+            if (!interlaced)
+                publishRows(pixels, m_rows);
         }
     }
     m_complete = true;
@@ -293,9 +297,10 @@ Result<Picture> decodePng(const EncodedFile &file, const DecodeHint &)
     picture.pixels = uprighted(image, orientation);
     if (picture.isNull())
         return Failure{outOfMemory(picture.info.size)};
+    picture.metadata = pngMetadata(file.bytes);
     return picture;
 }
 
 }
 
-const Codec pngCodec{"PNG", "png", sniffPng, probePng, decodePng, true, true};
+const Codec pngCodec{"PNG", "png apng", sniffPng, probePng, decodePng, true, true};

@@ -141,7 +141,8 @@ bool sniffRaw(Bytes head)
     const ByteReader bytes(head);
     const bool tiffLike = bytes.is(0, "II*\0") || bytes.is(0, "MM\0*") || bytes.is(0, "IIRO") || bytes.is(0, "IIRS")
         || bytes.is(0, "MMOR") || bytes.is(0, "IIU\0");
-    return tiffLike || bytes.is(6, "HEAPCCDR") || bytes.is(0, "\0MRM") || bytes.is(0, "FUJIFILMCCD-RAW");
+    const bool otherLike = bytes.is(4, "ftypcrx ") || bytes.is(0, "FOVb");
+    return tiffLike || otherLike || bytes.is(6, "HEAPCCDR") || bytes.is(0, "\0MRM") || bytes.is(0, "FUJIFILMCCD-RAW");
 }
 
 Result<ImageInfo> probeRaw(const EncodedFile &file, int)
@@ -210,5 +211,6 @@ Result<Picture> decodeRaw(const EncodedFile &file, const DecodeHint &hint)
 
 }
 
-const Codec rawCodec{
-    "camera raw", "crw dcr mrw nef orf raf dng cr2 arw pef rw2 srw nrw kdc", sniffRaw, probeRaw, decodeRaw};
+const Codec rawCodec{"camera raw",
+    "crw dcr mrw nef orf raf dng cr2 cr3 arw srf sr2 pef ptx rw2 rwl srw nrw erf mef mos 3fr fff iiq kdc dcs k25 x3f",
+    sniffRaw, probeRaw, decodeRaw};

@@ -74,6 +74,7 @@ TiffLayout readTiffLayout(TIFF *file)
     TIFFGetFieldDefaulted(file, TIFFTAG_EXTRASAMPLES, &extraCount, &extras);
     layout.hasAlpha =
         extraCount > 0 && extras && (extras[0] == EXTRASAMPLE_ASSOCALPHA || extras[0] == EXTRASAMPLE_UNASSALPHA);
+    layout.hasPlainAlpha = layout.hasAlpha && extras[0] == EXTRASAMPLE_UNASSALPHA;
     return layout;
 }
 
@@ -88,7 +89,9 @@ bool canReadTiffRows(const TiffLayout &layout)
         return shallow && (layout.samples == 1 || layout.bits == 8);
     if (layout.isGrey())
         return (shallow && layout.samples == 1) || deep;
-    return layout.isRgb() && deep && layout.samples >= 3;
+    // The library's own conversion multiplies colours with alpha, which cannot be undone without loss.
+    const bool plainAlpha = whole && layout.bits == 8 && layout.samples == 4 && layout.hasPlainAlpha;
+    return layout.isRgb() && ((deep && layout.samples >= 3) || plainAlpha);
 }
 
 namespace {
@@ -135,6 +138,8 @@ public:
         uchar *const row = m_image.scanLine(y);
         if (m_image.format() == QImage::Format_RGBA64)
             writeDeep(samples, reinterpret_cast<QRgba64 *>(row) + left, count);
+        else if (m_image.format() == QImage::Format_ARGB32)
+            writeColors(samples, reinterpret_cast<QRgb *>(row) + left, count);
         else if (m_image.format() == QImage::Format_Mono && left % 8 == 0)
             std::memcpy(row + left / 8, samples, size_t(count + 7) / 8);
         else if (m_image.format() == QImage::Format_Mono)
@@ -163,6 +168,12 @@ private:
         const int mask = (1 << m_layout.bits) - 1;
         for (int i = 0; i < count; ++i)
             to[i] = uchar(samples[i / perByte] >> (8 - m_layout.bits * (i % perByte + 1)) & mask);
+    }
+
+    static void writeColors(const uchar *samples, QRgb *to, int count)
+    {
+        for (int i = 0; i < count; ++i, samples += 4)
+            to[i] = qRgba(samples[0], samples[1], samples[2], samples[3]);
     }
 
     quint16 deepSample(const uchar *samples, int index) const
@@ -201,6 +212,8 @@ QImage imageFor(TIFF *file, const TiffLayout &layout)
 {
     if (layout.bits > 8)
         return allocateImage(layout.size, QImage::Format_RGBA64);
+    if (layout.isRgb())
+        return allocateImage(layout.size, QImage::Format_ARGB32);
     const bool plainGrey = layout.bits == 8 && layout.photometric == PHOTOMETRIC_MINISBLACK;
     const QImage::Format format = layout.bits == 1 ? QImage::Format_Mono
         : plainGrey                                ? QImage::Format_Grayscale8

@@ -17,6 +17,7 @@ struct TiffLayout
     int sampleFormat = 1;
     int orientation = 1;
     bool hasAlpha = false; ///< the sample behind the colours is one
+    bool hasPlainAlpha = false; ///< and the colours are not multiplied with it
     bool isTiled = false;
     int dotsPerMeterX = 0;
     int dotsPerMeterY = 0;
@@ -30,7 +31,8 @@ struct TiffLayout
 
 TiffLayout readTiffLayout(tiff *file);
 
-/// Whether readTiffRows can read it: grey, palette and deep RGB, with the samples of a pixel side by side.
+/// Whether readTiffRows can read it: grey, palette, deep RGB and RGB with alpha that its colours are not multiplied
+/// with, with the samples of a pixel side by side.
 bool canReadTiffRows(const TiffLayout &layout);
 
 /// Reads strips or tiles and keeps the depth. Null when nothing could be read.

@@ -1,0 +1,6 @@
+#pragma once
+
+/// Ends the program when there is no such library.
+void *openLibrary(const char *name);
+
+bool decodeByGraphicsMagick(const char *path);

@@ -1,0 +1,76 @@
+#include "engine/codecs/gem.h"
+
+#include "engine/codecs/gemplayer.h"
+#include "engine/codecs/pixels.h"
+#include "engine/limits.h"
+
+namespace {
+
+constexpr int nominalDepth = 24; ///< a drawing has none; it is painted in true colour
+
+Result<GemHeader> readHeader(const EncodedFile &file)
+{
+    const std::optional<GemHeader> header = gemHeader(ByteReader(file.bytes));
+    if (!header)
+        return Failure{QStringLiteral("not a GEM metafile")};
+    if (!limits::allows(header->size, 8))
+        return Failure{tooLarge(header->size)};
+    return *header;
+}
+
+ImageInfo infoOf(const GemHeader &header)
+{
+    return {header.size, nominalDepth, 1, gemCodec.name};
+}
+
+bool sniffGem(Bytes head)
+{
+    return gemHeader(ByteReader(head)).has_value();
+}
+
+Result<ImageInfo> probeGem(const EncodedFile &file, int)
+{
+    const Result<GemHeader> header = readHeader(file);
+    if (!header)
+        return header.failure();
+    return infoOf(*header);
+}
+
+Result<Picture> decodeGem(const EncodedFile &file, const DecodeHint &hint)
+{
+    const Result<GemHeader> header = readHeader(file);
+    if (!header)
+        return header.failure();
+    if (hint.page != 0)
+        return Failure{QStringLiteral("a GEM metafile has one picture")};
+    Picture picture;
+    picture.info = infoOf(*header);
+    // A drawing is as sharp at any size: a smaller one is drawn smaller.
+    QSize size = header->size;
+    if (!hint.target.isEmpty() && (hint.target.width() < size.width() || hint.target.height() < size.height()))
+        size = size.scaled(hint.target, Qt::KeepAspectRatio).expandedTo({1, 1});
+    picture.pixels = allocateImage(size, QImage::Format_RGB32);
+    if (picture.pixels.isNull())
+        return Failure{outOfMemory(size)};
+    picture.pixels.fill(Qt::white);
+    QPainter painter(&picture.pixels);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QTransform reduced = QTransform::fromScale(
+        double(size.width()) / header->size.width(), double(size.height()) / header->size.height());
+    GemPlayer player(painter, header->toPixels * reduced);
+    const ByteReader bytes(file.bytes);
+    size_t at = header->bytes;
+    while (!player.isExhausted()) {
+        const std::optional<GemRecord> record = nextGemRecord(bytes, at);
+        if (!record)
+            break;
+        player.play(*record);
+    }
+    // A whole file ends with its mark.
+    picture.partial = !bytes.has(at, 2) || bytes.u16le(at) != 0xffff;
+    return picture;
+}
+
+}
+
+const Codec gemCodec{"GEM", "gem", sniffGem, probeGem, decodeGem};

@@ -1,0 +1,98 @@
+#include "engine/codecs/vectorcanvas.h"
+
+#include "engine/codecs/pixels.h"
+#include "engine/limits.h"
+
+#include <QColor>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double farthest = 1e6; ///< pixels from the canvas's corner; beyond it nothing is seen anyway
+
+double safe(double value)
+{
+    return std::isfinite(value) ? std::clamp(value, -farthest, farthest) : 0;
+}
+
+bool isSafe(const QPainterPath &path)
+{
+    for (int i = 0; i < path.elementCount(); ++i) {
+        const QPainterPath::Element element = path.elementAt(i);
+        if (!(std::abs(element.x) <= farthest && std::abs(element.y) <= farthest))
+            return false;
+    }
+    return true;
+}
+
+}
+
+QSize naturalVectorSize(QSizeF wanted, int longestSide)
+{
+    if (!(wanted.width() > 0 && wanted.height() > 0) || !std::isfinite(wanted.width())
+        || !std::isfinite(wanted.height()))
+        return {};
+    const double longest = std::max(wanted.width(), wanted.height());
+    const double scale = longest > longestSide ? longestSide / longest : 1;
+    const auto pixels = [scale](double side) { return std::max(1, int(std::lround(side * scale))); };
+    return {pixels(wanted.width()), pixels(wanted.height())};
+}
+
+QSize renderedVectorSize(QSize natural, QSize target)
+{
+    if (target.isEmpty() || natural.isEmpty())
+        return natural;
+    const double scale = std::min(target.width() / double(natural.width()), target.height() / double(natural.height()));
+    if (scale >= 1)
+        return natural;
+    return {
+        std::max(1, int(std::ceil(natural.width() * scale))), std::max(1, int(std::ceil(natural.height() * scale)))};
+}
+
+Result<QImage> vectorGround(QSize size, const QColor &ground)
+{
+    if (!limits::allows(size, 8))
+        return Failure{tooLarge(size)};
+    const bool opaque = ground.alpha() == 255;
+    QImage image = allocateImage(size, opaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull())
+        return Failure{outOfMemory(size)};
+    image.fill(ground);
+    return image;
+}
+
+Picture vectorPicture(const QImage &drawn, const ImageInfo &info, bool partial)
+{
+    Picture picture;
+    picture.pixels = drawn.format() == QImage::Format_RGB32 ? drawn : drawn.convertToFormat(QImage::Format_ARGB32);
+    picture.info = info;
+    picture.partial = partial;
+    return picture;
+}
+
+double vectorPathCost(const QPainterPath &path, QSize size)
+{
+    // Each pixel that an edge crosses is a cell of its own to the rasteriser, each covered pixel is written once.
+    const auto clamped = [size](double value, int most) { return std::clamp(value, 0.0, double(most)); };
+    double length = 0;
+    for (int i = 1; i < path.elementCount(); ++i) {
+        const QPainterPath::Element from = path.elementAt(i - 1);
+        const QPainterPath::Element to = path.elementAt(i);
+        length += std::abs(clamped(to.x, size.width()) - clamped(from.x, size.width()));
+        length += std::abs(clamped(to.y, size.height()) - clamped(from.y, size.height()));
+    }
+    const QRectF visible = path.controlPointRect() & QRectF(QPointF(), QSizeF(size));
+    return 1000.0 + 200.0 * path.elementCount() + 20 * length + visible.width() * visible.height();
+}
+
+QPainterPath safeVectorPath(const QPainterPath &path)
+{
+    if (isSafe(path))
+        return path;
+    QPainterPath result = path;
+    for (int i = 0; i < result.elementCount(); ++i)
+        result.setElementPositionAt(i, safe(path.elementAt(i).x), safe(path.elementAt(i).y));
+    return result;
+}

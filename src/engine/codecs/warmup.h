@@ -1,0 +1,6 @@
+#pragma once
+
+#include "engine/codec.h"
+
+/// CodecModule::warmUp.
+void warmUpCodecs(const PictureMemory &memory);
