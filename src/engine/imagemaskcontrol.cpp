@@ -16,7 +16,7 @@ void drawRaisedFrame(QPainter &painter, const QRect &rect)
     const QColor light(0xff, 0xff, 0xff);
     const QColor shade(0x80, 0x80, 0x80);
     for (int i = 0; i < frameWidth; ++i) {
-        const QRect line = rect.adjusted(i, i, -i - 1, -i - 1);
+        const QRect line = rect.adjusted(i, i, -i, -i);
         painter.setPen(light);
         painter.drawPolyline(std::array{line.bottomLeft(), line.topLeft(), line.topRight()}.data(), 3);
         painter.setPen(shade);

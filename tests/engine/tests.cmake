@@ -6,6 +6,7 @@ target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumo
 
 lumora_test(engine/tst_asx.cpp rules)
 lumora_test(engine/tst_decode.cpp rules)
+lumora_test(engine/tst_depth.cpp rules)
 lumora_test(engine/tst_encode.cpp rules)
 lumora_test(engine/tst_fpx.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)

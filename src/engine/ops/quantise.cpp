@@ -1,10 +1,14 @@
 #include "engine/ops/quantise.h"
 
+#include "engine/ops/diffusion.h"
+#include "engine/ops/nearestcolor.h"
 #include "engine/picture.h"
 
 #include <libimagequant.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -18,33 +22,72 @@ using Attributes = std::unique_ptr<liq_attr, Released<liq_attr_destroy>>;
 using Image = std::unique_ptr<liq_image, Released<liq_image_destroy>>;
 using Outcome = std::unique_ptr<liq_result, Released<liq_result_destroy>>;
 
-/// Searching longer for a palette pays on small pictures; on large ones nobody sees the difference and everybody waits.
-constexpr int thoroughSpeed = 4;
-constexpr int quickSpeed = 8;
-constexpr qint64 thoroughPixels = 4'000'000;
+constexpr int speed = 4; // 1 takes longest; below this nothing is gained that can be measured
+constexpr double samplePixels = 1e6;
+constexpr int settlingRounds = 3;
 
 liq_color opaque(QRgb pixel)
 {
     return {uchar(qRed(pixel)), uchar(qGreen(pixel)), uchar(qBlue(pixel)), 255};
 }
 
-/// Called row by row, so that no second copy of the picture is needed. A transparent pixel passes for the one before
-/// it: it takes no part in the palette and spreads no error.
-void giveRow(liq_color *to, int y, int width, void *image)
+/// About a million pixels stand for all of a large picture: more change nothing that can be seen, and take their time.
+/// One of each square is taken, at a place of its own in it, so that no pattern of the picture hides. A transparent
+/// pixel is passed over.
+std::vector<liq_color> sampleOf(const QImage &image, int side)
 {
-    const QImage &source = *static_cast<const QImage *>(image);
-    const QRgb *const row = reinterpret_cast<const QRgb *>(source.constScanLine(y));
-    if (source.format() == QImage::Format_RGB32) {
-        std::transform(row, row + width, to, opaque);
-        return;
+    const bool hasAlpha = image.format() == QImage::Format_ARGB32;
+    std::vector<liq_color> sample;
+    quint32 random = 1;
+    for (int top = 0; top < image.height(); top += side) {
+        for (int left = 0; left < image.width(); left += side) {
+            random = random * 1664525 + 1013904223;
+            const int x = std::min(left + int(random >> 16) % side, image.width() - 1);
+            const int y = std::min(top + int(random >> 24) % side, image.height() - 1);
+            const QRgb pixel = reinterpret_cast<const QRgb *>(image.constScanLine(y))[x];
+            if (!hasAlpha || qAlpha(pixel) != 0)
+                sample.push_back(opaque(pixel));
+        }
     }
-    const QRgb *const first = std::find_if(row, row + width, [](QRgb pixel) { return qAlpha(pixel) != 0; });
-    QRgb last = first == row + width ? qRgb(255, 255, 255) : *first;
-    for (int x = 0; x < width; ++x) {
-        if (qAlpha(row[x]) != 0)
-            last = row[x];
-        to[x] = opaque(last);
+    return sample;
+}
+
+std::vector<liq_color> sampleOf(const QImage &image)
+{
+    const double pixels = double(image.width()) * image.height();
+    const int side = std::max(1, int(std::ceil(std::sqrt(pixels / samplePixels))));
+    std::vector<liq_color> sample = sampleOf(image, side);
+    // Little that can be seen in a large picture: all of it counts.
+    return side > 1 && sample.size() < samplePixels / 100 ? sampleOf(image, 1) : sample;
+}
+
+/// Moves every entry to the mean of the pixels that are nearest to it, some times over.
+QList<QRgb> settled(QList<QRgb> palette, const std::vector<liq_color> &sample)
+{
+    struct Sum
+    {
+        std::array<quint64, 3> channels{};
+        quint64 count = 0;
+    };
+    for (int round = 0; round < settlingRounds; ++round) {
+        NearestColor nearest(palette);
+        std::vector<Sum> sums(size_t(palette.size()));
+        for (const liq_color &color : sample) {
+            Sum &sum = sums[size_t(nearest.indexOf({color.r, color.g, color.b}))];
+            sum.channels[0] += color.r;
+            sum.channels[1] += color.g;
+            sum.channels[2] += color.b;
+            ++sum.count;
+        }
+        for (qsizetype i = 0; i < palette.size(); ++i) {
+            const Sum &sum = sums[size_t(i)];
+            if (sum.count == 0)
+                continue;
+            const auto mean = [&](size_t channel) { return int((sum.channels[channel] + sum.count / 2) / sum.count); };
+            palette[i] = qRgb(mean(0), mean(1), mean(2));
+        }
     }
+    return palette;
 }
 
 bool isAllGrey(const QImage &image)
@@ -69,6 +112,16 @@ QList<QRgb> paletteOf(liq_result *outcome, bool grey)
     return colors;
 }
 
+void mapToNearest(const QImage &image, const QList<QRgb> &palette, QImage &indexed)
+{
+    NearestColor nearest(palette);
+    for (int y = 0; y < image.height(); ++y) {
+        const QRgb *const from = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        std::transform(from, from + image.width(), indexed.scanLine(y),
+            [&](QRgb pixel) { return uchar(nearest.indexOf(NearestColor::colorOf(pixel))); });
+    }
+}
+
 void putTransparentEntry(const QImage &source, QImage &indexed, uchar entry)
 {
     for (int y = 0; y < source.height(); ++y) {
@@ -87,37 +140,41 @@ Failure refused(liq_error error)
                                               : QStringLiteral("no palette could be made (%1)").arg(int(error))};
 }
 
-}
-
-Result<QImage> quantised(const QImage &image, int colors, bool diffuse)
+Result<QList<QRgb>> paletteFor(const std::vector<liq_color> &sample, int colors, bool grey)
 {
-    const bool hasAlpha = image.format() == QImage::Format_ARGB32;
-    QImage source = image;
     const Attributes attributes(liq_attr_create());
     if (!attributes)
         return refused(LIQ_OUT_OF_MEMORY);
-    const qint64 pixels = qint64(image.width()) * image.height();
-    liq_set_speed(attributes.get(), pixels <= thoroughPixels ? thoroughSpeed : quickSpeed);
-    liq_set_max_colors(attributes.get(), std::max(2, colors - (hasAlpha ? 1 : 0)));
-    const Image input(liq_image_create_custom(attributes.get(), giveRow, &source, image.width(), image.height(), 0));
+    liq_set_speed(attributes.get(), speed);
+    liq_set_max_colors(attributes.get(), colors);
+    const Image input(liq_image_create_rgba(attributes.get(), sample.data(), int(sample.size()), 1, 0));
     if (!input)
         return refused(LIQ_OUT_OF_MEMORY);
     liq_result *made = nullptr;
     if (const liq_error error = liq_image_quantize(input.get(), attributes.get(), &made); error != LIQ_OK)
         return refused(error);
     const Outcome outcome(made);
-    liq_set_dithering_level(outcome.get(), diffuse ? 1.0F : 0.0F);
+    return paletteOf(outcome.get(), grey);
+}
 
+}
+
+Result<QImage> quantised(const QImage &image, int colors, bool diffused)
+{
+    const bool hasAlpha = image.format() == QImage::Format_ARGB32;
+    const bool grey = isAllGrey(image);
+    const std::vector<liq_color> sample = sampleOf(image);
+    Result<QList<QRgb>> found = paletteFor(sample, std::max(2, colors - (hasAlpha ? 1 : 0)), grey);
+    if (!found)
+        return found.failure();
     QImage indexed = allocateImage(image.size(), QImage::Format_Indexed8);
     if (indexed.isNull())
         return refused(LIQ_OUT_OF_MEMORY);
-    std::vector<uchar *> rows(size_t(image.height()));
-    for (int y = 0; y < image.height(); ++y)
-        rows[size_t(y)] = indexed.scanLine(y);
-    if (const liq_error error = liq_write_remapped_image_rows(outcome.get(), input.get(), rows.data()); error != LIQ_OK)
-        return refused(error);
-    // Asked for last: writing without diffusion still betters the palette.
-    QList<QRgb> palette = paletteOf(outcome.get(), isAllGrey(image));
+    QList<QRgb> palette = settled(*std::move(found), sample);
+    if (diffused)
+        diffuse(image, palette, indexed);
+    else
+        mapToNearest(image, palette, indexed);
     if (hasAlpha) {
         putTransparentEntry(image, indexed, uchar(palette.size()));
         palette.append(qRgba(0, 0, 0, 0));
