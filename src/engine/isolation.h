@@ -29,5 +29,8 @@ void startDecoderProcesses(const DecoderOptions &options = {});
 /// Ends all of them. Requests under way and later ones fail until the next start.
 void stopDecoderProcesses();
 
+/// Whether decoding is done in other processes, or will be as soon as they stand.
+bool decoderProcessesRun();
+
 /// One sentence for the log and the developers: which layers of protection are in force.
 QString decoderProtection();

@@ -2,6 +2,7 @@
 
 #include "engine/codec.h"
 #include "engine/codecs/bytes.h"
+#include "engine/isolation.h"
 #include "engine/limits.h"
 #include "platform/files.h"
 
@@ -280,9 +281,11 @@ void PictureCache::startEarly(const QString &path, int sizeIndex, QSize target)
     const std::shared_ptr<Flight> flight = d->takeOff(key, sizeIndex);
     const auto decodeEarly = [self = d, flight, path, target, startedIn = d->generation] {
         Result<EncodedFile> file = readEncodedFile(path);
+        const bool elsewhere = decoderProcessesRun();
         const auto fits = [&](const Codec *codec) {
             const Bytes bytes = file ? bytesOf(file->bytes) : Bytes();
-            return codec->worksEarly && codec->sniff(bytes.first(std::min<size_t>(bytes.size(), 64)));
+            return (codec->worksEarly || elsewhere) && codec->sniff
+                && codec->sniff(bytes.first(std::min<size_t>(bytes.size(), 64)));
         };
         const auto table = codecTable();
         std::optional<Answer> answer;

@@ -14,6 +14,7 @@ lumora_test(engine/tst_hostilemetafiles.cpp rules)
 lumora_test(engine/tst_iff.cpp rules)
 lumora_test(engine/tst_metadata.cpp rules)
 lumora_test(engine/tst_metafiles.cpp rules)
+lumora_test(engine/tst_isolation.cpp rules)
 lumora_test(engine/tst_missingmodule.cpp rules)
 lumora_test(engine/tst_modernformats.cpp rules)
 lumora_test(engine/tst_pic.cpp rules)
@@ -48,3 +49,10 @@ lumora_test(engine/tst_tga.cpp rules)
 foreach(name tst_mbm tst_psd tst_tga)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
+
+# The decoder program loads this in place of the real codecs.
+add_library(lumora_test_obedient MODULE engine/obedient/obedientcodec.cpp)
+target_link_libraries(lumora_test_obedient PRIVATE Qt6::Gui lumora_options)
+set_target_properties(lumora_test_obedient PROPERTIES PREFIX "" OUTPUT_NAME lumora-codecs
+    LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin/tests/obedient")
+add_dependencies(tst_isolation lumora_test_obedient)

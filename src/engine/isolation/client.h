@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/isolation/protocol.h"
+#include "engine/isolation/answer.h"
 
 namespace isolation {
 

@@ -57,6 +57,13 @@ void stopDecoderProcesses()
         pool->stop();
 }
 
+bool decoderProcessesRun()
+{
+    bool stopped = false;
+    const std::shared_ptr<isolation::Pool> pool = isolation::currentPool(&stopped);
+    return pool && pool->canStart();
+}
+
 QString decoderProtection()
 {
     bool stopped = false;

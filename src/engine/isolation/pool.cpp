@@ -243,6 +243,12 @@ std::chrono::milliseconds Pool::patienceFor(qint64 fileBytes) const
     return m_options.patience.count() > 0 ? m_options.patience : std::chrono::seconds(limits::decodeSeconds(fileBytes));
 }
 
+bool Pool::canStart() const
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_stopping && !of(Family::Quick).failed;
+}
+
 void Pool::stop()
 {
     {

@@ -58,6 +58,8 @@ public:
     void noteLayers(quint32 layers);
     QString protection() const;
     std::chrono::milliseconds patienceFor(qint64 fileBytes) const;
+    /// Not known to be impossible.
+    bool canStart() const;
     void stop();
 
 private:
@@ -74,6 +76,7 @@ private:
         bool failed = false;
     };
 
+    const Household &of(Family family) const { return m_households[family == Family::Quick ? 0 : 1]; }
     Household &of(Family family) { return m_households[family == Family::Quick ? 0 : 1]; }
     std::unique_ptr<Worker> idleWorker(Family family);
     std::shared_ptr<ZygoteLink> zygoteOf(Family family, std::unique_lock<std::mutex> &lock);

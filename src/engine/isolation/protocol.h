@@ -2,13 +2,9 @@
 
 #include "engine/decodehere.h"
 
-#include <QStringList>
 #include <QtGlobal>
 
 #include <array>
-#include <chrono>
-#include <optional>
-#include <span>
 
 /// What the program, its zygotes and the decoder processes say to each other: messages of a fixed layout, the same
 /// version of the program on both sides.
@@ -113,30 +109,5 @@ struct Done
     qint32 pageCount = 0;
     std::array<quint32, FieldCount> lengths{}; ///< bytes; the fields follow one another, in this and in Piece messages
 };
-
-/// One for all kinds of work.
-struct Answer
-{
-    bool succeeded = false;
-    QString reason;
-    Picture picture; ///< of a probe only its info
-    PictureTexts texts;
-};
-
-/// The bytes of one row; 0 for a format that no picture has.
-qint64 strideOf(QSize size, quint32 format);
-/// Whether a picture of these numbers may be: an existing format and within the limits.
-bool isAcceptable(QSize size, quint32 format);
-
-/// The fields of an answer, and back. What comes back was made by a process that may have been taken over: an answer
-/// that makes no sense gives nothing. `pixels` is what has been taken out of the arena already.
-struct Packed
-{
-    Done head;
-    QByteArray fields;
-};
-Packed packed(const Answer &answer, bool pixelsInFields);
-std::optional<qint64> fieldBytes(const Done &head);
-std::optional<Answer> unpacked(const Done &head, const QByteArray &fields, Work work, QImage pixels);
 
 }

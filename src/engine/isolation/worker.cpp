@@ -2,6 +2,7 @@
 
 #include "engine/codec.h"
 #include "engine/codecs/pixels.h"
+#include "engine/isolation/answer.h"
 #include "engine/isolation/arena.h"
 #include "engine/isolation/channel.h"
 

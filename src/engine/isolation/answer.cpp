@@ -1,4 +1,4 @@
-#include "engine/isolation/protocol.h"
+#include "engine/isolation/answer.h"
 
 #include "engine/codecs/pixels.h"
 #include "engine/limits.h"
