@@ -1,7 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 
-add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/rasterfiles.cpp engine/testpictures.cpp)
-add_library(lumora_test_engine STATIC engine/enginefiles.cpp engine/ownfiles.cpp)
+add_library(lumora_test_engine STATIC
+    engine/enginefiles.cpp engine/ownfiles.cpp engine/rasterfiles.cpp engine/testpictures.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
 lumora_test(engine/tst_asx.cpp rules)
@@ -12,6 +12,9 @@ lumora_test(engine/tst_fpx.cpp rules)
 lumora_test(engine/tst_hostile.cpp rules)
 lumora_test(engine/tst_hostilemetafiles.cpp rules)
 lumora_test(engine/tst_iff.cpp rules)
+lumora_test(engine/tst_mbm.cpp rules)
+lumora_test(engine/tst_psd.cpp rules)
+lumora_test(engine/tst_tga.cpp rules)
 lumora_test(engine/tst_metadata.cpp rules)
 lumora_test(engine/tst_metafiles.cpp rules)
 lumora_test(engine/tst_isolation.cpp rules)
@@ -24,7 +27,7 @@ lumora_test(engine/tst_psp.cpp rules)
 lumora_test(engine/tst_samples.cpp rules)
 lumora_test(engine/tst_smallformats.cpp rules)
 lumora_test(engine/tst_vectordrawings.cpp rules)
-foreach(name tst_decode tst_encode tst_fpx tst_hostile tst_iff tst_metadata tst_missingmodule tst_modernformats tst_pic tst_picturecache tst_psp tst_smallformats)
+foreach(name tst_decode tst_encode tst_fpx tst_hostile tst_iff tst_mbm tst_metadata tst_missingmodule tst_modernformats tst_pic tst_picturecache tst_psd tst_psp tst_smallformats tst_tga)
     target_link_libraries(${name} PRIVATE lumora_test_engine)
 endforeach()
 foreach(name tst_hostilemetafiles tst_metafiles)
@@ -37,18 +40,9 @@ pkg_check_modules(MODERN_ENCODERS REQUIRED IMPORTED_TARGET libwebp libwebpmux li
 target_sources(tst_modernformats PRIVATE engine/modernfiles.cpp)
 target_link_libraries(tst_modernformats PRIVATE PkgConfig::MODERN_ENCODERS)
 
-
 # Writes the containers that are read.
 pkg_check_modules(GSF REQUIRED IMPORTED_TARGET libgsf-1)
 target_link_libraries(tst_fpx PRIVATE PkgConfig::GSF)
-lumora_test(engine/tst_asx.cpp rules)
-lumora_test(engine/tst_player.cpp rules)
-lumora_test(engine/tst_mbm.cpp rules)
-lumora_test(engine/tst_psd.cpp rules)
-lumora_test(engine/tst_tga.cpp rules)
-foreach(name tst_mbm tst_psd tst_tga)
-    target_link_libraries(${name} PRIVATE lumora_test_engine)
-endforeach()
 
 # The decoder program loads this in place of the real codecs.
 add_library(lumora_test_obedient MODULE engine/obedient/obedientcodec.cpp)

@@ -1,6 +1,6 @@
 #include "engine/codecs/bytes.h"
-#include "engine/decodehere.h"
 #include "engine/damage.h"
+#include "engine/decodehere.h"
 #include "engine/enginefiles.h"
 #include "support/support.h"
 

@@ -3,8 +3,8 @@
 #include "engine/codecs/bitplanes.h"
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/encodepixels.h"
-#include "engine/codecs/packbits.h"
 #include "engine/codecs/metadatawrite.h"
+#include "engine/codecs/packbits.h"
 #include "engine/limits.h"
 
 #include <algorithm>

@@ -310,6 +310,7 @@ std::optional<Answer> Exchange::run(const Question &question, Codecs codecs, con
     request.targetHeight = question.hint.target.height();
     request.sizeIndex = question.hint.sizeIndex;
     request.page = question.hint.page;
+    request.companionBytes = file.companion.size();
     if (file.extension.size() <= qsizetype(request.extension.size())) {
         request.extensionLength = quint32(file.extension.size());
         std::memcpy(request.extension.data(), file.extension.utf16(), size_t(file.extension.size()) * 2);
@@ -356,8 +357,12 @@ QString faultText(Fault fault, const QString &end, std::chrono::milliseconds pat
     }
 }
 
-Outcome request(Pool &pool, Family family, const Question &question, Codecs codecs, const EncodedFile &file)
+Outcome request(Pool &pool, Family family, const Question &question, Codecs codecs, const EncodedFile &wanted)
 {
+    // The companion of the few files that have one goes behind the file.
+    const EncodedFile file = wanted.companion.isEmpty()
+        ? wanted
+        : EncodedFile{wanted.bytes + wanted.companion, wanted.extension, wanted.companion};
     Pool::Lease lease = pool.acquire(family);
     if (lease.lack == Pool::Lack::NoProcesses)
         return {};

@@ -70,6 +70,7 @@ struct Request
     quint32 extensionLength = 0;
     std::array<char16_t, 16> extension{}; ///< a longer one is no codec's
     qint64 inputBytes = 0;
+    qint64 companionBytes = 0; ///< the last ones of the input are the file's companion
     qint64 arenaBytes = 0; ///< the input lies in the arena of that size; 0: it follows here
     quint32 bringsArena = 0;
 };

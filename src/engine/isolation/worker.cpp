@@ -203,8 +203,12 @@ void serveOne()
     if (request.arenaBytes > 0 && !client.input)
         _exit(1);
     client.buffer[size_t(got)] = 0;
-    const EncodedFile file{inputOf(request, std::span(client.buffer).subspan(sizeof request)),
+    EncodedFile file{inputOf(request, std::span(client.buffer).subspan(sizeof request)),
         QString::fromUtf16(request.extension.data(), qsizetype(request.extensionLength))};
+    if (request.companionBytes > 0) {
+        file.companion = file.bytes.right(request.companionBytes);
+        file.bytes = file.bytes.chopped(request.companionBytes);
+    }
     client.announced = false;
     watchedPixels = nullptr;
     answerRequest(doWork(request, file));
