@@ -1,4 +1,5 @@
 #include "engine/codecs/encodepixels.h"
+#include "engine/codecs/metadatawrite.h"
 #include "engine/codecs/packbits.h"
 #include "engine/codecs/psd.h"
 #include "engine/codecs/psdlayout.h"
@@ -156,14 +157,16 @@ void appendResource(ByteWriter &out, Resource id, const QByteArray &data)
     out.fill(data.size() % 2);
 }
 
-QByteArray resolutionData(const QImage &image)
+QByteArray resolutionData(QSize dotsPerMeter)
 {
-    const auto fixedPoint = [](int dotsPerMeter) {
-        return quint32(std::lround(std::clamp(dotsPerMeter * 0.0254, 0.0, 30'000.0) * 65536));
+    if (dotsPerMeter.isEmpty())
+        return {};
+    const auto fixedPoint = [](int dots) {
+        return quint32(std::lround(std::clamp(dotsPerInch(dots), 0.0, 30'000.0) * 65536));
     };
     ByteWriter data;
-    for (const int dotsPerMeter : {image.dotsPerMeterX(), image.dotsPerMeterY()}) {
-        data.u32be(fixedPoint(dotsPerMeter));
+    for (const int dots : {dotsPerMeter.width(), dotsPerMeter.height()}) {
+        data.u32be(fixedPoint(dots));
         data.u16be(1); // shown as dots per inch
         data.u16be(1); // sides shown in inches
     }
@@ -173,16 +176,18 @@ QByteArray resolutionData(const QImage &image)
 QByteArray resources(const Picture &picture, const Stored &stored)
 {
     ByteWriter out;
-    appendResource(out, Resolution, resolutionData(picture.pixels));
-    appendResource(out, Iptc, picture.metadata.iptc);
-    appendResource(out, IccProfile, picture.iccProfile);
+    const Metadata metadata = preparedForWriting(picture);
+    const bool grey = stored.mode == Bitmap || stored.mode == Grey;
+    appendResource(out, Resolution, resolutionData(knownDotsPerMeter(picture.pixels)));
+    appendResource(out, Iptc, metadata.iptc);
+    appendResource(out, IccProfile, profileFor(picture, grey ? ProfileColors::Grey : ProfileColors::Rgb));
     if (stored.transparentIndex >= 0) {
         ByteWriter index;
         index.u16be(quint32(stored.transparentIndex));
         appendResource(out, TransparentIndex, index.bytes);
     }
-    appendResource(out, Exif, picture.metadata.exif);
-    appendResource(out, Xmp, picture.metadata.xmp);
+    appendResource(out, Exif, metadata.exif);
+    appendResource(out, Xmp, metadata.xmp);
     return out.bytes;
 }
 
