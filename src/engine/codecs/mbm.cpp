@@ -276,7 +276,7 @@ Result<Picture> decodeMbm(const EncodedFile &file, const DecodeHint &hint)
         return pixels.failure();
     Picture picture;
     picture.info = opened->info;
-    picture.pixels = pixels->image;
+    picture.pixels = std::move(pixels->image);
     picture.partial = !pixels->complete;
     if (const QSize twips = opened->bitmap.twips; !twips.isEmpty()) {
         picture.pixels.setDotsPerMeterX(dotsPerMeter(opened->bitmap.size.width(), twips.width()));

@@ -32,6 +32,8 @@ void blankRows(QImage &image, int first)
 
 void completeColorTable(QImage &image)
 {
+    if (image.format() != QImage::Format_Mono && image.format() != QImage::Format_Indexed8)
+        return;
     const int count = image.colorCount();
     int largest = image.format() == QImage::Format_Mono ? 1 : 0;
     for (int y = 0; image.format() == QImage::Format_Indexed8 && count < 256 && y < image.height(); ++y) {

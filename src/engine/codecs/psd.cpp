@@ -63,7 +63,7 @@ Result<Picture> decodePsd(const EncodedFile &file, const DecodeHint &hint)
         return pixels.failure();
     Picture picture;
     picture.info = infoOf(*layout);
-    picture.pixels = pixels->image;
+    picture.pixels = std::move(pixels->image);
     picture.partial = !pixels->complete;
     picture.pixels.setDotsPerMeterX(dotsPerMeter(layout->dotsPerInchX));
     picture.pixels.setDotsPerMeterY(dotsPerMeter(layout->dotsPerInchY));

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -227,21 +228,30 @@ QList<QRgb> tableOf(const Layout &layout)
     return table;
 }
 
-/// Calls `write` with every row of stored channels. False when rows were missing; they come as white and opaque.
-template <class Write> Result<bool> forEachRow(const Planes &planes, const Layout &layout, Write write)
+/// Calls `write` with every row of stored channels and the picture's row. False when some were missing: where all of a
+/// row are, it is white, and a single channel is full.
+template <class Write> Result<bool> forEachRow(const Planes &planes, const Layout &layout, QImage &image, Write write)
 {
     bool complete = true;
     bool isEmpty = true;
+    const int blank = layout.mode == Indexed ? 0 : 0xff;
     std::vector<std::vector<uchar>> stored(size_t(planes.count()), std::vector<uchar>(layout.rowBytes()));
     for (int y = 0; y < layout.size.height(); ++y) {
+        size_t there = 0;
+        size_t whole = 0;
         for (int channel = 0; channel < planes.count(); ++channel) {
             std::vector<uchar> &row = stored[size_t(channel)];
-            std::fill(row.begin(), row.end(), uchar(layout.mode == Bitmap ? 0 : 0xff));
-            const bool read = planes.read(channel, y, row);
-            complete = complete && read;
-            isEmpty = isEmpty && !read;
+            std::fill(row.begin(), row.end(), uchar(layout.mode == Bitmap ? 0 : blank));
+            const Planes::Extent extent = planes.read(channel, y, row);
+            there += extent != Planes::Extent::Nothing;
+            whole += extent == Planes::Extent::Whole;
         }
-        write(stored, y);
+        complete = complete && whole == stored.size();
+        isEmpty = isEmpty && whole == 0;
+        if (there > 0)
+            write(stored, image.scanLine(y));
+        else
+            std::memset(image.scanLine(y), blank, size_t(image.bytesPerLine()));
     }
     if (isEmpty)
         return Failure{QStringLiteral("a Photoshop document without a whole row")};
@@ -251,7 +261,7 @@ template <class Write> Result<bool> forEachRow(const Planes &planes, const Layou
 template <class Sample> Result<bool> convertRows(const Planes &planes, const Layout &layout, QImage &image)
 {
     RowConverter<Sample> converter(layout, !planes.isFromLayer());
-    return forEachRow(planes, layout, [&](const auto &stored, int y) { converter.write(stored, image.scanLine(y)); });
+    return forEachRow(planes, layout, image, [&](const auto &stored, uchar *row) { converter.write(stored, row); });
 }
 
 }
@@ -272,9 +282,9 @@ Result<Pixels> readPixels(const Planes &planes, const Layout &layout)
             return convertRows<quint8>(planes, layout, image);
         // In a bitmap a set bit is black.
         const uchar inversion = format == QImage::Format_Mono ? 0xff : 0;
-        return forEachRow(planes, layout, [&](const auto &stored, int y) {
-            std::transform(stored[0].begin(), stored[0].end(), image.scanLine(y),
-                [inversion](uchar byte) { return uchar(byte ^ inversion); });
+        return forEachRow(planes, layout, image, [&](const auto &stored, uchar *row) {
+            std::transform(
+                stored[0].begin(), stored[0].end(), row, [inversion](uchar byte) { return uchar(byte ^ inversion); });
         });
     };
     const Result<bool> complete = convert();

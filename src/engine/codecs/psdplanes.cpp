@@ -157,23 +157,26 @@ void Planes::undoPrediction(std::span<uchar> row) const
         row[i] = apart[i % 4 * samples + i / 4];
 }
 
-bool Planes::read(int channel, int y, std::span<uchar> row) const
+Planes::Extent Planes::read(int channel, int y, std::span<uchar> row) const
 {
     const Plane &plane = m_planes[size_t(channel)];
     if (!plane.packedRows.empty()) {
         const quint64 begin = plane.packedRows[size_t(y)];
         const quint64 end = std::min<quint64>(plane.packedRows[size_t(y) + 1], m_file.size());
+        if (begin >= end)
+            return Extent::Nothing;
         size_t at = 0;
-        return begin < end && unpackBits(m_file.subspan(size_t(begin), size_t(end - begin)), at, row);
+        const bool whole = unpackBits(m_file.subspan(size_t(begin), size_t(end - begin)), at, row);
+        return whole ? Extent::Whole : Extent::Part;
     }
     const quint64 begin = std::min<quint64>(quint64(row.size()) * quint64(y), plane.plain.size());
     const size_t count = std::min(row.size(), size_t(plane.plain.size() - begin));
     std::copy_n(plane.plain.begin() + std::ptrdiff_t(begin), count, row.begin());
     if (count < row.size())
-        return false;
+        return count > 0 ? Extent::Part : Extent::Nothing;
     if (plane.isPredicted)
         undoPrediction(row);
-    return true;
+    return Extent::Whole;
 }
 
 }

@@ -14,8 +14,9 @@ public:
     static Result<Planes> open(Bytes file, const Layout &layout);
 
     int count() const { return int(m_planes.size()); }
-    /// False when the file does not hold all of the row; what is missing of `row` (layout.rowBytes()) stays as it was.
-    bool read(int channel, int y, std::span<uchar> row) const;
+    enum class Extent { Nothing, Part, Whole };
+    /// How much of the row the file holds; what is missing of `row` (layout.rowBytes()) stays as it was.
+    Extent read(int channel, int y, std::span<uchar> row) const;
     /// Whether these are the colours before they were flattened over white.
     bool isFromLayer() const { return m_isFromLayer; }
 

@@ -6,6 +6,7 @@
 #include "engine/limits.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 using namespace tga;
@@ -150,22 +151,31 @@ Result<Pixels> readPixels(const Layout &layout, const QList<QRgb> &palette)
     Bytes plain = layout.pixels;
     const RowWriter writer(layout, palette);
     const int height = layout.size.height();
-    for (int stored = 0; stored < height; ++stored) {
+    const auto rowOf = [&](int stored) {
+        return image.scanLine(layout.descriptor & FromTop ? stored : height - 1 - stored);
+    };
+    int reached = 0;
+    for (; reached < height && pixels.complete; ++reached) {
         size_t filled = 0;
-        if (pixels.complete && layout.isPacked) {
+        if (layout.isPacked) {
             filled = runs.read(row);
-        } else if (pixels.complete) {
+        } else {
             filled = std::min(row.size(), plain.size());
             std::copy_n(plain.begin(), filled, row.begin());
             plain = plain.subspan(filled);
         }
-        // What a damaged file does not reach is the first colour, or black, or clear.
-        std::fill(row.begin() + std::ptrdiff_t(filled), row.end(), uchar(0));
         pixels.complete = filled == row.size();
-        if (!pixels.complete && stored == 0)
+        if (!pixels.complete && reached == 0)
             return Failure{QStringLiteral("a TGA without a whole row")};
-        writer.write(row.data(), image.scanLine(layout.descriptor & FromTop ? stored : height - 1 - stored));
+        if (filled == 0)
+            break;
+        std::fill(row.begin() + std::ptrdiff_t(filled), row.end(), uchar(0));
+        writer.write(row.data(), rowOf(reached));
     }
+    // White, or clear, or the first colour, as everywhere.
+    const bool isWhite = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_Grayscale8;
+    for (; reached < height; ++reached)
+        std::memset(rowOf(reached), isWhite ? 0xff : 0, size_t(image.bytesPerLine()));
     return pixels;
 }
 
@@ -227,7 +237,7 @@ Result<Picture> decodeTga(const EncodedFile &file, const DecodeHint &)
         return pixels.failure();
     Picture picture;
     picture.info = infoOf(*layout);
-    picture.pixels = pixels->image;
+    picture.pixels = std::move(pixels->image);
     picture.partial = !pixels->complete;
     picture.metadata.comment = layout->comment;
     dropEmptyAlpha(*layout, picture.pixels);
