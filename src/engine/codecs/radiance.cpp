@@ -208,4 +208,4 @@ Result<Picture> decodeRadiance(const EncodedFile &file, const DecodeHint &)
 
 }
 
-const Codec radianceCodec{"Radiance", "pic", sniffRadiance, probeRadiance, decodeRadiance};
+const Codec radianceCodec{"Radiance", "pic hdr", sniffRadiance, probeRadiance, decodeRadiance};
