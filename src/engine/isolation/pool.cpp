@@ -6,6 +6,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 
 #include <fcntl.h>
@@ -60,7 +61,12 @@ Pool::Pool(const DecoderOptions &options)
     , m_limit(int(std::clamp(std::thread::hardware_concurrency(), 1U, 4U)) + 1)
 {
     of(Family::Quick).wanted = true;
+    // The program's signals are for its own threads.
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
     m_keeper = std::thread([this] { keepHouse(); });
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 Pool::~Pool()
@@ -297,8 +303,11 @@ bool Pool::startWanted(std::unique_lock<std::mutex> &lock)
             continue;
         lock.unlock();
         const QByteArray program = programOf(m_options);
-        Result<std::unique_ptr<ZygoteLink>> started = ZygoteLink::start(program, modulesOf(m_options, program), family);
+        Result<std::unique_ptr<ZygoteLink>> started =
+            ZygoteLink::start(program, modulesOf(m_options, program), family, m_stopping);
         lock.lock();
+        if (m_stopping)
+            return true;
         if (started) {
             household.zygote = *std::move(started);
         } else {

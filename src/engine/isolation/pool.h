@@ -102,7 +102,7 @@ private:
     qint64 m_granted = 0;
     quint32 m_layers = 0;
     bool m_layersKnown = false;
-    bool m_stopping = false;
+    std::atomic<bool> m_stopping = false; ///< changes under the mutex
     /// Starts the zygotes, which end with the thread that has started them, and does what no caller should wait for.
     std::thread m_keeper;
 };

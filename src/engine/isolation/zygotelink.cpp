@@ -107,7 +107,7 @@ ZygoteLink::ZygoteLink(Descriptor control, pid_t pid)
 }
 
 Result<std::unique_ptr<ZygoteLink>> ZygoteLink::start(
-    const QByteArray &program, const QByteArray &modules, Family family)
+    const QByteArray &program, const QByteArray &modules, Family family, const std::atomic<bool> &givenUp)
 {
     auto [ours, theirs] = connectedPair();
     if (!ours)
@@ -117,15 +117,26 @@ Result<std::unique_ptr<ZygoteLink>> ZygoteLink::start(
     if (pid < 0)
         return Failure{QString::fromLocal8Bit(program) + QStringLiteral(": ") + QString::fromLocal8Bit(strerror(-pid))};
     std::unique_ptr<ZygoteLink> link(new ZygoteLink(std::move(ours), pid));
-    Hello hello;
-    if (!waitReadable(link->m_control.value(), Clock::now() + startPatience))
+    if (!link->isGreeted(givenUp))
         return Failure{QString::fromLocal8Bit(program) + QStringLiteral(" does not answer")};
+    Hello hello;
     const Received received = receive(link->m_control.value(), {reinterpret_cast<uchar *>(&hello), sizeof hello});
     hello.version.back() = 0;
     if (received.bytes != sizeof hello || hello.kind != Kind::Hello
         || qstrcmp(hello.version.data(), LUMORA_VERSION) != 0)
         return Failure{QString::fromLocal8Bit(program) + QStringLiteral(" ended, or belongs to another version")};
+    link->m_greeted = true;
     return link;
+}
+
+bool ZygoteLink::isGreeted(const std::atomic<bool> &givenUp)
+{
+    const Clock::time_point until = Clock::now() + startPatience;
+    while (!givenUp && Clock::now() < until) {
+        if (waitReadable(m_control.value(), Clock::now() + std::chrono::milliseconds(10)))
+            return true;
+    }
+    return false;
 }
 
 ZygoteLink::~ZygoteLink()
@@ -134,7 +145,7 @@ ZygoteLink::~ZygoteLink()
     // It ends its children first; then the connection is closed on its side too.
     uchar nothing[64];
     const Clock::time_point until = Clock::now() + std::chrono::seconds(2);
-    while (waitReadable(m_control.value(), until) && receive(m_control.value(), nothing).bytes > 0)
+    while (m_greeted && waitReadable(m_control.value(), until) && receive(m_control.value(), nothing).bytes > 0)
         ;
     kill(m_pid, SIGKILL);
     int status;

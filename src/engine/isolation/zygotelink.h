@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -15,9 +17,9 @@ namespace isolation {
 class ZygoteLink
 {
 public:
-    /// Starts the program and waits until it has said who it is. A reason when that fails.
+    /// Starts the program and waits until it has said who it is, or until `givenUp`. A reason when that fails.
     static Result<std::unique_ptr<ZygoteLink>> start(
-        const QByteArray &program, const QByteArray &modules, Family family);
+        const QByteArray &program, const QByteArray &modules, Family family, const std::atomic<bool> &givenUp);
     ~ZygoteLink();
     ZygoteLink(const ZygoteLink &) = delete;
     ZygoteLink &operator=(const ZygoteLink &) = delete;
@@ -31,10 +33,12 @@ public:
 
 private:
     ZygoteLink(Descriptor control, pid_t pid);
+    bool isGreeted(const std::atomic<bool> &givenUp);
     std::optional<ZygoteAnswer> ask(const ZygoteRequest &request, int descriptor, Kind expected);
 
     Descriptor m_control;
     pid_t m_pid;
+    bool m_greeted = false; ///< before that it has no children
     std::mutex m_mutex; ///< one question at a time
 };
 
