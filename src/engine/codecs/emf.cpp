@@ -121,7 +121,7 @@ Result<Picture> decodeEmf(const EncodedFile &file, const DecodeHint &hint)
         context.state().mapping.pixelsPerMillimetre = header->pixelsPerMillimetre;
         complete = playRecords(file.bytes, header->recordsAt, context);
     }
-    return vectorPicture(*canvas, infoOf(*header), !complete || work.isSpent());
+    return vectorPicture(*canvas, infoOf(*header), !complete || work.isIncomplete());
 }
 
 }

@@ -86,8 +86,10 @@ bool MetafileContext::prepare(double cost, const QRectF &bounds)
     const MetafileClip &clip = m_state.clip;
     const double outlineCost = clip.outline ? vectorEdgeCost(*clip.outline, m_canvas.size()) : 0;
     m_clipCost = outlineCost / 4 + 20.0 * clip.region.rectCount();
-    if (!m_work.spend(outlineCost + 100.0 * clip.region.rectCount()))
+    if (!m_work.spend(outlineCost + 100.0 * clip.region.rectCount())) {
+        m_clipChanged = true;
         return false;
+    }
     m_painter.setRenderHint(QPainter::Antialiasing);
     if (clip.region == QRegion(m_canvas.rect()))
         m_painter.setClipping(false);

@@ -2,8 +2,10 @@
 
 #include "engine/codecs/exiv2setup.h"
 #include "engine/codecs/fpx.h"
+#include "engine/codecs/iff.h"
 #include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/psp.h"
+#include "engine/codecs/smallformats.h"
 #include "engine/limits.h"
 
 #include <QStringDecoder>
@@ -86,6 +88,10 @@ Result<Sources> sourcesOf(const EncodedFile &file)
         return sourcesOf(pngMetadata(file.bytes));
     if (head.is(0, "GIF87a") || head.is(0, "GIF89a"))
         return sourcesOf(gifMetadata(file.bytes));
+    if (head.is(0, "FORM"))
+        return sourcesOf(readIffMetadata(file.bytes));
+    if (const Metadata camera = readPmpMetadata(file.bytes); !camera.isEmpty())
+        return sourcesOf(camera);
     return sourcesByLibrary(file);
 }
 

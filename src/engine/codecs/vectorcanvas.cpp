@@ -74,7 +74,6 @@ Picture vectorPicture(const QImage &drawn, const ImageInfo &info, bool partial)
 
 double vectorEdgeCost(const QPainterPath &path, QSize size)
 {
-    // Each pixel that an edge crosses is a cell of its own to the rasteriser.
     const auto clamped = [size](double value, int most) { return std::clamp(value, 0.0, double(most)); };
     double length = 0;
     for (int i = 1; i < path.elementCount(); ++i) {
@@ -83,7 +82,11 @@ double vectorEdgeCost(const QPainterPath &path, QSize size)
         length += std::abs(clamped(to.x, size.width()) - clamped(from.x, size.width()));
         length += std::abs(clamped(to.y, size.height()) - clamped(from.y, size.height()));
     }
-    return 1000.0 + 200.0 * path.elementCount() + 20 * length;
+    // Each pixel that an edge crosses is a cell of its own to the rasteriser, which walks the row's cells to find it.
+    const QRectF bounds = path.controlPointRect();
+    const double rows = clamped(bounds.bottom(), size.height()) - clamped(bounds.top(), size.height());
+    const double cellsInRow = std::min(length / std::max(rows, 1.0), double(size.width()));
+    return 1000.0 + 200.0 * path.elementCount() + length * (20 + 0.4 * cellsInRow);
 }
 
 double vectorPathCost(const QPainterPath &path, QSize size)

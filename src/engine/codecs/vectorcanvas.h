@@ -5,6 +5,8 @@
 
 #include <QPainterPath>
 
+#include <algorithm>
+
 /// What all vector formats decide alike: how many pixels a drawing has, what it is painted on, and how much painting
 /// one file may ask for.
 
@@ -28,16 +30,23 @@ Picture vectorPicture(const QImage &drawn, const ImageInfo &info, bool partial);
 class VectorWork
 {
 public:
-    /// False when all is spent; then nothing more must be painted.
+    /// False when that is more than what is left: it must not be done. Smaller things may still be.
     bool spend(double units)
     {
-        m_left -= units > 0 ? units : 0;
-        return m_left > 0;
+        const bool affordable = units <= m_left;
+        m_refused |= !affordable;
+        m_left -= affordable ? std::max(units, 0.0) : costOfRefusing;
+        return affordable;
     }
     bool isSpent() const { return m_left <= 0; }
+    /// Whether something was left out.
+    bool isIncomplete() const { return m_refused; }
 
 private:
+    static constexpr double costOfRefusing = 1e6; ///< what was refused had to be measured
+
     double m_left = 6e9;
+    bool m_refused = false;
 };
 
 /// What following the edges of a path in pixels costs on a canvas of `size`.

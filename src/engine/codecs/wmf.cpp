@@ -158,7 +158,7 @@ Result<Picture> decodeWmf(const EncodedFile &file, const DecodeHint &hint)
         mapping.windowExtent = {header->window->width(), header->window->height()};
         complete = playRecords(file.bytes, header->recordsAt, context);
     }
-    return vectorPicture(*canvas, infoOf(*header), !complete || work.isSpent());
+    return vectorPicture(*canvas, infoOf(*header), !complete || work.isIncomplete());
 }
 
 }

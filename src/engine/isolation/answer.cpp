@@ -204,7 +204,8 @@ Packed packed(const Answer &answer, bool pixelsInFields)
     };
     add(CodecName, picture.info.codec.left(largestCodecName));
     add(Reason, answer.reason.left(largestReason / 4).toUtf8());
-    add(ColorTable, bytesOfTable(picture.pixels));
+    if (hasColorTable(quint32(picture.pixels.format())))
+        add(ColorTable, bytesOfTable(picture.pixels));
     add(IccProfile, picture.iccProfile);
     add(Exif, picture.metadata.exif);
     add(Iptc, picture.metadata.iptc);

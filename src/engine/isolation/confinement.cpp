@@ -46,14 +46,14 @@ constexpr int allowedCalls[] = {SCMP_SYS(read), SCMP_SYS(readv), SCMP_SYS(pread6
     SCMP_SYS(gettid), SCMP_SYS(getuid), SCMP_SYS(geteuid), SCMP_SYS(getgid), SCMP_SYS(getegid), SCMP_SYS(sysinfo),
     SCMP_SYS(uname), SCMP_SYS(getrusage), SCMP_SYS(getcpu), SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask),
     SCMP_SYS(rt_sigreturn), SCMP_SYS(sigaltstack), SCMP_SYS(restart_syscall), SCMP_SYS(exit), SCMP_SYS(exit_group),
-    SCMP_SYS(dup)};
+    SCMP_SYS(dup), SCMP_SYS(eventfd2)}; // the last one for the threads of Qt's painter
 
 /// Refused in every case with the reason that a library expects where there is no permission.
 constexpr int refusedCalls[] = {SCMP_SYS(open), SCMP_SYS(openat), SCMP_SYS(openat2), SCMP_SYS(creat), SCMP_SYS(stat),
     SCMP_SYS(lstat), SCMP_SYS(statx), SCMP_SYS(access), SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(readlink),
     SCMP_SYS(readlinkat), SCMP_SYS(getcwd), SCMP_SYS(getdents64), SCMP_SYS(socket), SCMP_SYS(socketpair),
     SCMP_SYS(ioctl), SCMP_SYS(prctl), SCMP_SYS(unlink), SCMP_SYS(mkdir), SCMP_SYS(rename), SCMP_SYS(pipe2),
-    SCMP_SYS(eventfd2), SCMP_SYS(memfd_create), SCMP_SYS(sched_setaffinity), SCMP_SYS(sched_setscheduler),
+    SCMP_SYS(memfd_create), SCMP_SYS(sched_setaffinity), SCMP_SYS(sched_setscheduler),
     SCMP_SYS(sched_getparam), SCMP_SYS(sched_getscheduler), SCMP_SYS(setpriority)};
 
 template <class... Tests> bool allow(const Filter &filter, int call, Tests... tests)
