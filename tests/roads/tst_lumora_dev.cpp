@@ -50,6 +50,10 @@ private Q_SLOTS:
             << QStringList{QStringLiteral("probe"), QStringLiteral("--deep"), QStringLiteral("a")};
         QTest::newRow("a target that is no size")
             << QStringList{QStringLiteral("decode"), QStringLiteral("--target=8"), QStringLiteral("a")};
+        QTest::newRow("encode to a format that is not there")
+            << QStringList{QStringLiteral("encode"), QStringLiteral("a"), QStringLiteral("23"), QStringLiteral("b")};
+        QTest::newRow("encode at a quality that is none") << QStringList{QStringLiteral("encode"), QStringLiteral("a"),
+            QStringLiteral("4"), QStringLiteral("b"), QStringLiteral("--quality=101")};
         QTest::newRow("two list files") << QStringList{
             QStringLiteral("list"), QStringLiteral("a"), QStringLiteral("b")};
         QTest::newRow("a window that is not there")
@@ -147,6 +151,30 @@ private Q_SLOTS:
         const QString target = m_home.path() + QStringLiteral("out.png");
         QCOMPARE(run({QStringLiteral("decode"), source, QStringLiteral("--png"), target}).status, 0);
         QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), ramp);
+    }
+
+    void aPictureIsWrittenAsInABatch()
+    {
+        const QString source = m_home.path() + QStringLiteral("batch.png");
+        QVERIFY(rampImage(QSize(300, 200)).save(source));
+        const auto encode = [&](const char *index, const char *name, const QStringList &options) {
+            const QString target = m_home.path() + QLatin1String(name);
+            run(QStringList{QStringLiteral("encode"), source, QLatin1String(index), target} + options);
+            return target;
+        };
+        const QString gray = encode("9", "batch.pgm", {});
+        QCOMPARE(
+            run({QStringLiteral("probe"), gray}).rows.value(0).mid(0, 4), QByteArrayList({"PNM", "300", "200", "8"}));
+        const QFileInfo poor(encode("4", "poor.jpg", {QStringLiteral("--quality=10")}));
+        const QFileInfo good(encode("4", "good.jpg", {}));
+        QVERIFY(poor.size() > 0 && poor.size() * 2 < good.size());
+        QFile plain(encode("20", "plain.xbm", {}));
+        QFile diffused(encode("20", "diffused.xbm", {QStringLiteral("--diffuse")}));
+        QVERIFY(plain.open(QIODevice::ReadOnly) && diffused.open(QIODevice::ReadOnly));
+        QVERIFY(plain.readAll() != diffused.readAll());
+        QCOMPARE(run({QStringLiteral("encode"), m_home.path() + QStringLiteral("gone.png"), QStringLiteral("0"), gray})
+                     .status,
+            1);
     }
 
     void cellsKeepTabsAndLineBreaksApart()
