@@ -1,5 +1,6 @@
 // bench_decodewith LIBRARY ROUNDS FILE...
-// Decodes every file ROUNDS times after one unmeasured time and prints the median and the shortest in milliseconds, one line a file;
+// Decodes every file ROUNDS times after one unmeasured time and prints the median and the shortest in milliseconds, one
+// line a file;
 // "-" where the library cannot read it. One library a process: some of them have functions of the same names.
 
 #include "decodewith.h"
