@@ -139,9 +139,9 @@ QByteArray tiffOf(const QImage &image, int orientation)
 QByteArray gifOf(int frames)
 {
     QByteArray gif = "GIF89a" + le16(4) + le16(3) + QByteArray("\x80\0\0\xff\0\0\0\0\xff", 9);
-    // Clear, then twelve times index 1 with clears between, so that all codes have three bits.
+    // Six times clear and twice index 1, so that all codes have three bits.
     const QByteArray frame = QByteArray("\x2c\0\0\0\0", 5) + le16(4) + le16(3)
-        + QByteArray("\0\x02\x0a\x4c\x24\x99\x4c\x92\x29\x93\x64\x32\x05\0", 14);
+        + QByteArray("\0\x02\x08\x4c\x98\x30\x61\xc2\x84\x49\x01\0", 12);
     for (int i = 0; i < frames; ++i)
         gif += frame;
     return gif + ';';

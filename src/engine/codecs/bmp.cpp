@@ -1,5 +1,6 @@
 #include "engine/codecs/qtformats.h"
 
+#include "engine/codecs/bmprows.h"
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/pixels.h"
 #include "engine/codecs/qtread.h"
@@ -273,6 +274,23 @@ bool sniffBmp(Bytes head)
     return bytes.is(0, "BM") && readHeader(bytes, size_t(fileHeaderBytes)).isKnown();
 }
 
+/// Rows that need no more than their bytes put in order; null for all others.
+QImage plainRows(const Bitmap &bitmap)
+{
+    const Header &header = bitmap.header;
+    if (header.compression != Plain)
+        return {};
+    const ByteReader bytes(bitmap.file);
+    constexpr size_t fields = size_t(fileHeaderBytes);
+    const bool topFirst = !header.isCore() && qint32(bytes.u32le(fields + 8)) < 0;
+    QImage image = readBmpRows(bytesOf(bitmap.file), bytes.u32le(10), header.size(), header.bits, topFirst);
+    if (!image.isNull() && header.bytes >= 40) {
+        image.setDotsPerMeterX(qint32(bytes.u32le(fields + 24)));
+        image.setDotsPerMeterY(qint32(bytes.u32le(fields + 28)));
+    }
+    return image;
+}
+
 Result<ImageInfo> probeBmp(const EncodedFile &file, int)
 {
     const Result<Bitmap> bitmap = openBitmap(file.bytes);
@@ -290,6 +308,10 @@ Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &)
         return Failure{QStringLiteral("a bitmap whose pixels lie behind its end")};
     Picture picture;
     picture.info = bitmap->info();
+    if (QImage image = plainRows(*bitmap); !image.isNull()) {
+        picture.pixels = std::move(image);
+        return picture;
+    }
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)
         || (bitmap->header.compression == Rle4 && bitmap->header.bits == 4);
     picture.partial = runs ? unpackFile(*bitmap) : completeRows(*bitmap);

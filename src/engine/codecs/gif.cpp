@@ -1,9 +1,9 @@
 #include "engine/codecs/qtformats.h"
 
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/gifframes.h"
 #include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
-#include "engine/codecs/qtread.h"
 #include "engine/limits.h"
 
 namespace {
@@ -90,14 +90,14 @@ Result<Picture> decodeGif(const EncodedFile &file, const DecodeHint &hint)
         return walk.failure();
     if (hint.page < 0 || hint.page >= walk->frames)
         return Failure{QStringLiteral("the GIF has no frame %1").arg(hint.page)};
-    Result<QImage> image = readByQt(file.bytes, "gif", {hint.page, -1});
+    Result<GifPicture> image = readGifFrame(file.bytes, walk->canvas, hint.page);
     if (!image)
         return image.failure();
     Picture picture;
     picture.info = infoOf(*walk);
-    picture.pixels = *std::move(image);
+    picture.pixels = std::move(image->pixels);
     picture.info.size = picture.pixels.size();
-    picture.partial = !walk->firstFrameComplete;
+    picture.partial = !walk->firstFrameComplete || !image->complete;
     picture.metadata = gifMetadata(file.bytes);
     return picture;
 }

@@ -120,6 +120,45 @@ QRgba64 colorAt(const std::vector<Plane> &planes, const Shape &shape, int x)
     return {};
 }
 
+/// Whether every sample is a whole byte of its own pixel, as in nearly all files: then rows are plain loops.
+bool isPlain(const opj_image &image, const Shape &shape)
+{
+    if (shape.deep || shape.colors == Colors::Ycc || shape.colors == Colors::Cmyk)
+        return false;
+    return std::all_of(image.comps, image.comps + image.numcomps, [&](const opj_image_comp_t &component) {
+        return component.prec == 8 && !component.sgnd && int(component.w) == shape.size.width()
+            && int(component.h) == shape.size.height();
+    });
+}
+
+// The irreversible transform can leave the range a little.
+quint32 byteOf(OPJ_INT32 sample)
+{
+    return quint32(std::clamp<OPJ_INT32>(sample, 0, 255));
+}
+
+void fillPlainRow(const opj_image &image, const Shape &shape, size_t start, uchar *row)
+{
+    const int width = shape.size.width();
+    const OPJ_INT32 *const red = image.comps[0].data + start;
+    if (shape.colors == Colors::Grey && shape.alpha < 0) {
+        for (int x = 0; x < width; ++x)
+            row[x] = uchar(byteOf(red[x]));
+        return;
+    }
+    const bool grey = shape.colors == Colors::Grey;
+    const OPJ_INT32 *const green = grey ? red : image.comps[1].data + start;
+    const OPJ_INT32 *const blue = grey ? red : image.comps[2].data + start;
+    QRgb *const to = reinterpret_cast<QRgb *>(row);
+    for (int x = 0; x < width; ++x)
+        to[x] = 0xff000000 | byteOf(red[x]) << 16 | byteOf(green[x]) << 8 | byteOf(blue[x]);
+    if (shape.alpha < 0)
+        return;
+    const OPJ_INT32 *const alpha = image.comps[shape.alpha].data + start;
+    for (int x = 0; x < width; ++x)
+        to[x] = (to[x] & 0x00ffffff) | byteOf(alpha[x]) << 24;
+}
+
 QImage::Format formatOf(const Shape &shape)
 {
     if (shape.deep)
@@ -139,6 +178,11 @@ QImage jpeg2000Pixels(const opj_image &image)
     QImage pixels = allocateImage(shape.size, formatOf(shape));
     if (pixels.isNull())
         return pixels;
+    if (isPlain(image, shape)) {
+        for (int y = 0; y < shape.size.height(); ++y)
+            fillPlainRow(image, shape, size_t(y) * size_t(shape.size.width()), pixels.scanLine(y));
+        return pixels;
+    }
     std::vector<Plane> planes;
     for (quint32 i = 0; i < image.numcomps; ++i)
         planes.emplace_back(image.comps[i], shape.size);

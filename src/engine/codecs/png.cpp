@@ -3,12 +3,14 @@
 #include "engine/codecs/exif.h"
 #include "engine/codecs/metadatablocks.h"
 #include "engine/codecs/pixels.h"
+#include "engine/codecs/rgbrows.h"
 #include "engine/limits.h"
 #include "engine/picturememory.h"
 
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include <png.h>
 
@@ -64,12 +66,15 @@ private:
     static void give(png_structp png, png_bytep to, size_t count);
     QList<QRgb> paletteTable() const;
     QList<QRgb> greyTable() const;
+    bool takesStoredRows() const;
+    void readRow(uchar *to);
 
     png_structp m_png = nullptr;
     png_infop m_info = nullptr;
     char m_text[160] = "out of memory";
     const QByteArray m_bytes;
     size_t m_position = 0;
+    std::vector<uchar> m_stored; ///< a row as the file has it; empty where the library makes the picture's rows itself
     int m_rows = 0;
     bool m_complete = false;
 };
@@ -105,6 +110,8 @@ bool Reader::readHeader()
     png_set_chunk_malloc_max(m_png, limits::maximumMetadataBytes);
     png_set_chunk_cache_max(m_png, 1000);
     png_set_read_fn(m_png, this, give);
+    // Every chunk has a sum of its own; the one over the unpacked bytes tells no more and costs a pass.
+    png_set_option(m_png, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
     // The library unpacks nothing of a piece that is not whole; small pieces show nearly all that a cut file holds.
     if (endsEarly(m_bytes))
         png_set_compression_buffer_size(m_png, 32);
@@ -130,13 +137,41 @@ QImage::Format Reader::format() const
     }
 }
 
+// The library adds a channel, turns the order and swaps bytes in one pass each; here it is one in all. Of an interlaced
+// file the passes of the library work within the rows of the picture.
+bool Reader::takesStoredRows() const
+{
+    if (isInterlaced() || hasTransparentColor())
+        return false;
+    const int type = colorType();
+    return bits() == 16 || (bits() == 8 && (type == PNG_COLOR_TYPE_RGB || type == PNG_COLOR_TYPE_RGB_ALPHA));
+}
+
+void Reader::readRow(uchar *to)
+{
+    if (m_stored.empty()) {
+        png_read_row(m_png, nullptr, to);
+        return;
+    }
+    png_read_row(m_png, nullptr, m_stored.data());
+    const int width = storedSize().width();
+    if (bits() == 16)
+        bigEndianRow(m_stored.data(), reinterpret_cast<QRgba64 *>(to), width, png_get_channels(m_png, m_info));
+    else if (colorType() == PNG_COLOR_TYPE_RGB)
+        rgbRow(m_stored.data(), reinterpret_cast<QRgb *>(to), width);
+    else
+        rgbaRow(m_stored.data(), reinterpret_cast<QRgb *>(to), width);
+}
+
 bool Reader::prepare()
 {
     const QImage::Format target = format();
     const int type = colorType();
     if (setjmp(png_jmpbuf(m_png)))
         return false;
-    if (target == QImage::Format_Indexed8) {
+    if (takesStoredRows()) {
+        m_stored.resize(png_get_rowbytes(m_png, m_info));
+    } else if (target == QImage::Format_Indexed8) {
         png_set_packing(m_png);
     } else if (target == QImage::Format_Grayscale8) {
         png_set_expand_gray_1_2_4_to_8(m_png);
@@ -170,7 +205,7 @@ int Reader::readRows(QImage &image)
         return m_rows;
     for (int pass = 0; pass < (interlaced ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
         for (int y = 0; y < height; ++y) {
-            png_read_row(m_png, nullptr, pixels + y * stride);
+            readRow(pixels + y * stride);
             m_rows = interlaced ? 1 : y + 1;
             if (!interlaced)
                 publishRows(pixels, m_rows);

@@ -3,6 +3,7 @@
 #include "engine/codecs/exif.h"
 #include "engine/codecs/pixels.h"
 #include "engine/codecs/tiffdirectory.h"
+#include "engine/codecs/tiffrgb.h"
 #include "engine/codecs/tiffrows.h"
 #include "engine/limits.h"
 
@@ -199,7 +200,9 @@ Result<Picture> decodeTiff(const EncodedFile &file, const DecodeHint &hint)
         return opened.failure();
     const TiffLayout &layout = opened->layout;
     TIFF *const tiff = opened->reader->tiff();
-    QImage image = canReadTiffRows(layout) ? readTiffRows(tiff, layout) : QImage();
+    QImage image = canReadTiffRgb(tiff, layout) ? readTiffRgb(tiff, layout)
+        : canReadTiffRows(layout)               ? readTiffRows(tiff, layout)
+                                                : QImage();
     if (image.isNull())
         image = readConverted(tiff, layout);
     if (image.isNull())
