@@ -112,8 +112,8 @@ private:
     bool handle(Kind kind, qsizetype bytes);
     bool giveMemory();
     bool layOut(const Need &need, ArenaGiven &given);
-    void copyRows(int rows);
-    void copyFinishedRows();
+    bool copyRows(int rows);
+    bool copyFinishedRows();
     std::optional<Answer> takeAnswer(qsizetype bytes, Work work);
     bool receiveFields(qsizetype bytes, const Done &head, QByteArray &fields);
     std::optional<Answer> failed(Fault fault)
@@ -162,8 +162,10 @@ bool Exchange::sendRequest(Request request, const EncodedFile &file)
             return failed(Fault::NoMemory), false;
         request.bringsArena = 1;
     }
-    std::memcpy(m_worker.input->data(), content.data(), content.size());
-    m_worker.input->data()[bytes] = 0;
+    // With a zero behind it, as codecs may expect of a byte array.
+    const uchar end = 0;
+    if (!m_worker.input->write(0, content) || !m_worker.input->write(bytes, {&end, 1}))
+        return failed(Fault::NoMemory), false;
     request.arenaBytes = m_worker.input->size();
     const int brought = request.bringsArena ? m_worker.input->descriptor() : -1;
     if (!send(m_worker.connection.value(), bytesOfStruct(request), {}, brought))
@@ -179,8 +181,10 @@ qsizetype Exchange::nextMessage()
         const bool copying = m_copied < m_pixels.height();
         if (waitReadable(m_worker.connection.value(), copying ? std::min(look, Clock::now() + copyingPeriod) : look))
             break;
-        if (copying)
-            copyFinishedRows();
+        if (copying && !copyFinishedRows()) {
+            m_fault = Fault::NoMemory;
+            return 0;
+        }
         if (m_deadline.isOver()) {
             m_fault = Fault::TooLong;
             return 0;
@@ -193,19 +197,20 @@ qsizetype Exchange::nextMessage()
     return m_fault == Fault::None ? received.bytes : 0;
 }
 
-void Exchange::copyRows(int rows)
+bool Exchange::copyRows(int rows)
 {
     const qint64 stride = m_pixels.bytesPerLine();
     const qint64 from = m_copied * stride;
-    if (rows > m_copied)
-        std::memcpy(m_pixelBytes + from, m_worker.output->data() + arenaHeader + from, size_t(rows * stride - from));
-    m_copied = std::max(m_copied, rows);
+    if (rows <= m_copied)
+        return true;
+    m_copied = rows;
+    return m_worker.output->read(arenaHeader + from, {m_pixelBytes + from, size_t(rows * stride - from)});
 }
 
-void Exchange::copyFinishedRows()
+bool Exchange::copyFinishedRows()
 {
     const auto &counter = *reinterpret_cast<const std::atomic<quint32> *>(m_worker.output->data());
-    copyRows(int(std::min(counter.load(std::memory_order_acquire), quint32(m_pixels.height()))));
+    return copyRows(int(std::min(counter.load(std::memory_order_acquire), quint32(m_pixels.height()))));
 }
 
 /// Checks what is asked for before any memory is taken, then finds it.
@@ -292,7 +297,8 @@ std::optional<Answer> Exchange::takeAnswer(qsizetype bytes, Work work)
             return failed(Fault::Nonsense);
         if (!head.rowsAreFinal)
             m_copied = 0;
-        copyRows(m_pixels.height());
+        if (!copyRows(m_pixels.height()))
+            return failed(Fault::NoMemory);
         pixels = std::move(m_pixels);
     }
     std::optional<Answer> answer = unpacked(head, fields, work, std::move(pixels));
