@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace {
 
@@ -71,6 +72,14 @@ double lengthOf(const QPainterPath &path)
         length += to.isMoveTo() ? 0 : std::hypot(to.x - from.x, to.y - from.y);
     }
     return length;
+}
+
+/// What stroking costs: each point of a line, and each dash, has edges as long as the pen is wide.
+double strokeCost(const QPainterPath &path, double width, double dashCount, QSize size)
+{
+    const double pieces = path.elementCount() + dashCount;
+    const double rows = std::min(path.controlPointRect().height() + width, double(size.height()));
+    return 4 * vectorPathCost(path, size) + 3000 * pieces + vectorCellCost(4 * pieces * width, rows, size);
 }
 
 }
@@ -164,22 +173,22 @@ void MetafileContext::strokeCanvasPath(const QPainterPath &path, QPen pen)
 {
     if (path.isEmpty())
         return;
-    const double cost = 4 * vectorPathCost(path, m_canvas.size());
+    double dashCount = 0;
+    if (pen.style() != Qt::SolidLine) {
+        const QList<qreal> pattern = dashes(pen);
+        const double period = std::accumulate(pattern.begin(), pattern.end(), 0.0) * pen.widthF();
+        dashCount = period > 0 ? lengthOf(path) / period : mostDashes + 1;
+        if (dashCount > mostDashes) {
+            pen.setStyle(Qt::SolidLine);
+            dashCount = 0;
+        } else {
+            pen.setDashPattern(pattern);
+        }
+    }
+    const double cost = strokeCost(path, pen.widthF(), dashCount, m_canvas.size());
     const double half = pen.widthF() / 2;
     if (!prepare(cost, path.controlPointRect().adjusted(-half, -half, half, half)) || !setOperation())
         return;
-    if (pen.style() != Qt::SolidLine) {
-        const QList<qreal> pattern = dashes(pen);
-        double period = 0;
-        for (const qreal dash : pattern)
-            period += dash;
-        period *= pen.widthF();
-        const double count = period > 0 ? lengthOf(path) / period : mostDashes + 1;
-        if (count > mostDashes || !m_work.spend(count * 3000))
-            pen.setStyle(Qt::SolidLine);
-        else
-            pen.setDashPattern(pattern);
-    }
     // A line's coordinates name the middle of pixels, an area's their corners.
     m_painter.translate(0.5, 0.5);
     m_painter.strokePath(path, pen);

@@ -72,21 +72,28 @@ Picture vectorPicture(const QImage &drawn, const ImageInfo &info, bool partial)
     return picture;
 }
 
+double vectorCellCost(double cells, double rows, QSize size)
+{
+    // The rasteriser walks the cells of a row to find each.
+    return cells * (20 + 0.4 * std::min(cells / std::max(rows, 1.0), double(size.width())));
+}
+
 double vectorEdgeCost(const QPainterPath &path, QSize size)
 {
-    const auto clamped = [size](double value, int most) { return std::clamp(value, 0.0, double(most)); };
-    double length = 0;
+    // Each pixel that an edge crosses is a cell of its own, also to the left and right of the canvas.
+    constexpr double walked = 32768;
+    const auto row = [size](double y) { return std::clamp(y, 0.0, double(size.height())); };
+    double cells = 0;
     for (int i = 1; i < path.elementCount(); ++i) {
         const QPainterPath::Element from = path.elementAt(i - 1);
         const QPainterPath::Element to = path.elementAt(i);
-        length += std::abs(clamped(to.x, size.width()) - clamped(from.x, size.width()));
-        length += std::abs(clamped(to.y, size.height()) - clamped(from.y, size.height()));
+        const double down = std::abs(row(to.y) - row(from.y));
+        const double across = std::abs(std::clamp(to.x, -walked, walked) - std::clamp(from.x, -walked, walked));
+        const bool within = down > 0 || (to.y >= 0 && to.y <= size.height());
+        cells += within ? down + across : 0;
     }
-    // Each pixel that an edge crosses is a cell of its own to the rasteriser, which walks the row's cells to find it.
     const QRectF bounds = path.controlPointRect();
-    const double rows = clamped(bounds.bottom(), size.height()) - clamped(bounds.top(), size.height());
-    const double cellsInRow = std::min(length / std::max(rows, 1.0), double(size.width()));
-    return 1000.0 + 200.0 * path.elementCount() + length * (20 + 0.4 * cellsInRow);
+    return 1000.0 + 200.0 * path.elementCount() + vectorCellCost(cells, row(bounds.bottom()) - row(bounds.top()), size);
 }
 
 double vectorPathCost(const QPainterPath &path, QSize size)

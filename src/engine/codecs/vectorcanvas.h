@@ -49,6 +49,9 @@ private:
     bool m_refused = false;
 };
 
+/// What filling so many cells - pixels that edges cross - in so many rows costs.
+double vectorCellCost(double cells, double rows, QSize size);
+
 /// What following the edges of a path in pixels costs on a canvas of `size`.
 double vectorEdgeCost(const QPainterPath &path, QSize size);
 
