@@ -19,3 +19,4 @@ pkg_check_modules(MODERN_ENCODERS REQUIRED IMPORTED_TARGET libwebp libwebpmux li
 lumora_test(engine/tst_modernformats.cpp rules)
 target_sources(tst_modernformats PRIVATE engine/modernfiles.cpp)
 target_link_libraries(tst_modernformats PRIVATE lumora_test_engine PkgConfig::MODERN_ENCODERS)
+lumora_test(engine/tst_pixels.cpp rules)
