@@ -50,3 +50,6 @@ target_link_libraries(lumora_test_obedient PRIVATE Qt6::Gui lumora_options)
 set_target_properties(lumora_test_obedient PROPERTIES PREFIX "" OUTPUT_NAME lumora-codecs
     LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin/tests/obedient")
 add_dependencies(tst_isolation lumora_test_obedient)
+target_link_libraries(tst_modernformats PRIVATE lumora_test_engine PkgConfig::MODERN_ENCODERS)
+lumora_test(engine/tst_pixels.cpp rules)
+lumora_test(engine/tst_gifframes.cpp rules)

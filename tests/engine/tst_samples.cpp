@@ -190,6 +190,9 @@ void tst_Samples::aPhotoCdHasFiveSizes()
         QCOMPARE(probeFile(path, index)->size, size);
     }
     QCOMPARE(decodeFile(path)->info.size, QSize(512, 768));
+    const Picture small = *decodeFile(path, {QSize(200, 300), 4, 0});
+    QCOMPARE(small.info.size, QSize(2048, 3072));
+    QCOMPARE(small.pixels.size(), QSize(256, 384));
 }
 
 void tst_Samples::rawPreviewsServeSmallWishesOnly()

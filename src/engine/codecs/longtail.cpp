@@ -71,6 +71,22 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
     return picture;
 }
 
+/// The smallest of the five sizes that serves, told as a reduction of the one that was asked for.
+Result<Picture> decodePhotoCd(const Format &format, const EncodedFile &file, const DecodeHint &hint)
+{
+    const Result<MagickHeader> asked = readHeader(format, file.bytes, hint.sizeIndex);
+    if (!asked)
+        return asked.failure();
+    const int most = photoCdSize(hint.sizeIndex);
+    int index = 0;
+    while (index < most && !isLargeEnough(asked->size / (1 << (most - index)), asked->size, hint.target))
+        ++index;
+    Result<Picture> picture = decodeAs(format, file, {hint.target, index, hint.page});
+    if (picture && index < most)
+        picture->info.size = asked->size;
+    return picture;
+}
+
 Result<ImageInfo> probeAs(const Format &format, const EncodedFile &file, int sizeIndex)
 {
     const Result<MagickHeader> header = readHeader(format, file.bytes, sizeIndex);
@@ -93,7 +109,9 @@ template <const Format &format> constexpr Codec row(const char *extensions, bool
 {
     return {format.name, extensions, sniff,
         [](const EncodedFile &file, int sizeIndex) { return probeAs(format, file, sizeIndex); },
-        [](const EncodedFile &file, const DecodeHint &hint) { return decodeAs(format, file, hint); }};
+        [](const EncodedFile &file, const DecodeHint &hint) {
+            return format.isPhotoCd ? decodePhotoCd(format, file, hint) : decodeAs(format, file, hint);
+        }};
 }
 
 constexpr Format art{"ART", "ART", artHeader};

@@ -14,7 +14,7 @@ namespace {
 /// A file can claim millions of strips or tiles and hold none of them.
 constexpr int maximumFailures = 4096;
 
-enum class Extra { None, Alpha, Other };
+enum class Extra { None, Alpha, MultipliedAlpha, Other };
 
 Extra extraSample(TIFF *file)
 {
@@ -22,8 +22,15 @@ Extra extraSample(TIFF *file)
     quint16 *kinds = nullptr;
     TIFFGetFieldDefaulted(file, TIFFTAG_EXTRASAMPLES, &count, &kinds);
     if (count == 0 || !kinds)
-        return Extra::None;
-    return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Extra::Alpha : Extra::Other;
+        return Extra::Other;
+    switch (kinds[0]) {
+    case EXTRASAMPLE_UNASSALPHA:
+        return Extra::Alpha;
+    case EXTRASAMPLE_ASSOCALPHA:
+        return Extra::MultipliedAlpha;
+    default:
+        return Extra::Other;
+    }
 }
 
 bool isJpegYcc(const TiffLayout &layout)
@@ -73,14 +80,35 @@ bool readBlock(TIFF *file, const TiffLayout &layout, int left, int top, std::vec
     return TIFFReadEncodedStrip(file, TIFFComputeStrip(file, quint32(top), 0), block.data(), wanted) >= 0;
 }
 
-void writeRow(const uchar *samples, QRgb *to, int count, const TiffLayout &layout, bool alpha)
+// Some writers say that alpha is multiplied in and forget to do it: no colour gets brighter than full.
+void divideByAlpha(QRgb *row, int count)
 {
-    if (alpha) {
+    for (int x = 0; x < count; ++x) {
+        const int alpha = qAlpha(row[x]);
+        if (alpha == 255)
+            continue;
+        const auto divided = [alpha](int color) {
+            return alpha == 0 ? 0 : std::min((color * 255 + alpha / 2) / alpha, 255);
+        };
+        row[x] = qRgba(divided(qRed(row[x])), divided(qGreen(row[x])), divided(qBlue(row[x])), alpha);
+    }
+}
+
+void writeRow(const uchar *samples, QRgb *to, int count, Extra extra)
+{
+    switch (extra) {
+    case Extra::Alpha:
         rgbaRow(samples, to, count);
-    } else if (layout.samples == 3) {
+        break;
+    case Extra::MultipliedAlpha:
+        rgbaRow(samples, to, count);
+        divideByAlpha(to, count);
+        break;
+    case Extra::None:
         rgbRow(samples, to, count);
-    } else {
-        for (int x = 0; x < count; ++x, samples += layout.samples)
+        break;
+    case Extra::Other:
+        for (int x = 0; x < count; ++x, samples += 4)
             to[x] = qRgb(samples[0], samples[1], samples[2]);
     }
 }
@@ -96,8 +124,7 @@ bool canReadTiffRgb(TIFF *file, const TiffLayout &layout)
         TIFFSetField(file, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
         return true;
     }
-    return layout.isRgb() && layout.compression != COMPRESSION_OJPEG
-        && (layout.samples == 3 || extraSample(file) == Extra::Alpha);
+    return layout.isRgb() && layout.compression != COMPRESSION_OJPEG;
 }
 
 QImage readTiffRgb(TIFF *file, const TiffLayout &layout)
@@ -105,7 +132,8 @@ QImage readTiffRgb(TIFF *file, const TiffLayout &layout)
     const Blocks blocks = blocksOf(file, layout);
     if (!areSound(blocks, layout))
         return {};
-    const bool alpha = layout.samples == 4;
+    const Extra extra = layout.samples == 3 ? Extra::None : extraSample(file);
+    const bool alpha = extra == Extra::Alpha || extra == Extra::MultipliedAlpha;
     QImage image = allocateImage(layout.size, alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     if (image.isNull())
         return image;
@@ -127,7 +155,7 @@ QImage readTiffRgb(TIFF *file, const TiffLayout &layout)
             failures += read ? 0 : 1;
             for (int y = 0; y < rows; ++y)
                 writeRow(block.data() + y * blocks.stride, reinterpret_cast<QRgb *>(image.scanLine(top + y)) + left,
-                    columns, layout, alpha);
+                    columns, extra);
         }
     }
     return any ? image : QImage();
