@@ -45,10 +45,10 @@ const QList<Format> &formats()
         {TypeCode::PngInterlaced, "PNG interlaced", "png", Format::All, true, true, 0,
             {1, 2, 4, 8, 16, 24, 32, 48, 64}},
         {TypeCode::Ppm, "PPM", "ppm", Format::All, false, false, 0, {24}},
-        {TypeCode::Psd, "PSD", "psd"},
+        {TypeCode::Psd, "PSD", "psd", Format::All, true, true},
         {TypeCode::Sgi, "SGI", "rgb", Format::All, true, true},
-        {TypeCode::Tga, "TGA", "tga"},
-        {TypeCode::TgaCompressed, "TGA packed", "tga"},
+        {TypeCode::Tga, "TGA", "tga", Format::All, true},
+        {TypeCode::TgaCompressed, "TGA packed", "tga", Format::All, true},
         {TypeCode::Tiff, "TIFF", "tif", Format::All, true, true, 0, {1, 4, 8, 16, 24, 32, 48, 64}},
         {TypeCode::TiffJpeg, "TIFF JPEG", "tif", Format::All, false, false, 30},
         {TypeCode::Wbmp, "WBMP", "wbmp", Format::TwoColors, false, false, 0, {1}},
@@ -158,6 +158,7 @@ QList<Reader> readers()
         {"/usr/bin/python3", {QStringLiteral("-c"), script, QStringLiteral("%f")},
             {Bmp, Jpeg, Jpeg2000, Pbm, Pcx, Pgm, Png, PngInterlaced, Ppm, Psd, Sgi, Tga, TgaCompressed, Tiff,
                 TiffJpeg}},
+        {"convert", {QStringLiteral("%f[0]"), QStringLiteral("ppm:-")}, {Psd}},
         plain("bmptopnm", Bmp),
         plain("pcxtoppm", Pcx),
         plain("pngtopam", Png),
@@ -274,6 +275,8 @@ void tst_Encode::otherProgramsReadTheSame()
         const bool deepSource = named.picture.pixels.format() == QImage::Format_RGBA64;
         if (hasTransparency(named.picture) || (deepSource && format.deep))
             continue; // readers differ in what they make of these for a portable map
+        if (format.code == TypeCode::Psd && named.picture.info.bitsPerPixel == 1 && program.program[0] == '/')
+            continue; // it shows every bitmap of this format inverted
         const Result<QByteArray> bytes = encode(named.picture, format.code, {false, 95, 1.0, false});
         QVERIFY(bytes);
         const QString path = m_home.write(QStringLiteral("written.") + QLatin1String(format.extension), *bytes);

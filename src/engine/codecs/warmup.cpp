@@ -1,6 +1,7 @@
 #include "engine/codecs/warmup.h"
 
 #include "engine/codecs/longtail.h"
+#include "engine/codecs/vectortext.h"
 #include "engine/limits.h"
 
 #include <QFontDatabase>
@@ -39,5 +40,6 @@ void warmUpCodecs(const PictureMemory &memory)
     // The long-tail library reads its lists and asks the system for its limits.
     decodeAs("PNM", QByteArrayLiteral("P6 1 1 255\nabc"));
     openFonts();
+    warmUpVectorText();
     setPictureMemory(memory);
 }

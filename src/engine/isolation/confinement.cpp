@@ -53,8 +53,8 @@ constexpr int refusedCalls[] = {SCMP_SYS(open), SCMP_SYS(openat), SCMP_SYS(opena
     SCMP_SYS(lstat), SCMP_SYS(statx), SCMP_SYS(access), SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(readlink),
     SCMP_SYS(readlinkat), SCMP_SYS(getcwd), SCMP_SYS(getdents64), SCMP_SYS(socket), SCMP_SYS(socketpair),
     SCMP_SYS(ioctl), SCMP_SYS(prctl), SCMP_SYS(unlink), SCMP_SYS(mkdir), SCMP_SYS(rename), SCMP_SYS(pipe2),
-    SCMP_SYS(memfd_create), SCMP_SYS(sched_setaffinity), SCMP_SYS(sched_setscheduler),
-    SCMP_SYS(sched_getparam), SCMP_SYS(sched_getscheduler), SCMP_SYS(setpriority)};
+    SCMP_SYS(memfd_create), SCMP_SYS(sched_setaffinity), SCMP_SYS(sched_setscheduler), SCMP_SYS(sched_getparam),
+    SCMP_SYS(sched_getscheduler), SCMP_SYS(setpriority)};
 
 template <class... Tests> bool allow(const Filter &filter, int call, Tests... tests)
 {
