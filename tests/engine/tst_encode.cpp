@@ -158,7 +158,7 @@ QList<Reader> readers()
         {"/usr/bin/python3", {QStringLiteral("-c"), script, QStringLiteral("%f")},
             {Bmp, Jpeg, Jpeg2000, Pbm, Pcx, Pgm, Png, PngInterlaced, Ppm, Psd, Sgi, Tga, TgaCompressed, Tiff,
                 TiffJpeg}},
-        {"convert", {QStringLiteral("%f[0]"), QStringLiteral("ppm:-")}, {Psd}},
+        {"convert-im6.q16", {QStringLiteral("%f[0]"), QStringLiteral("ppm:-")}, {Psd}},
         plain("bmptopnm", Bmp),
         plain("pcxtoppm", Pcx),
         plain("pngtopam", Png),
