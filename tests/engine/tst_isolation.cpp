@@ -102,7 +102,7 @@ class tst_Isolation : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void cleanup() { stopDecoderProcesses(); }
+    void cleanupTestCase() { stopDecoderProcesses(); }
     void everythingOfAnAnswerCrosses();
     void badEndsAreAnswered_data();
     void badEndsAreAnswered();
@@ -117,10 +117,16 @@ private Q_SLOTS:
     void samplesAreTheSameBothWays();
 
 private:
-    static void startObedient(std::chrono::milliseconds patience = 0ms)
+    /// They stay from case to case: each also shows that the one before has left nothing that disturbs.
+    void startObedient(std::chrono::milliseconds patience = 0ms)
     {
+        if (m_patience != patience)
+            stopDecoderProcesses();
+        m_patience = patience;
         startDecoderProcesses({decoderProgram, obedientModules, patience});
     }
+
+    std::chrono::milliseconds m_patience = 0ms;
 };
 
 void tst_Isolation::initTestCase()
@@ -226,6 +232,7 @@ void tst_Isolation::manyThreadsAreServedAtOnce()
 
 void tst_Isolation::nothingIsLeftBehind()
 {
+    stopDecoderProcesses();
     const qsizetype before = openDescriptors();
     startObedient();
     for (int i = 0; i < 20; ++i)
@@ -269,6 +276,7 @@ void tst_Isolation::decodersEndWithTheProgram()
 
 void tst_Isolation::withoutTheProgramFilesAreDecodedHere()
 {
+    stopDecoderProcesses();
     const QtMessageHandler before = qInstallMessageHandler(countWarnings);
     startDecoderProcesses({"/nowhere/lumora-decoder", {}, {}});
     QVERIFY(decode({QByteArrayLiteral("P5 1 1 255\n\x20"), QStringLiteral("pgm")}));
@@ -281,6 +289,7 @@ void tst_Isolation::withoutTheProgramFilesAreDecodedHere()
 void tst_Isolation::samplesAreTheSameBothWays()
 {
     SKIP_WITHOUT_SAMPLES();
+    stopDecoderProcesses();
     startDecoderProcesses({decoderProgram, {}, {}});
     QDirIterator files(samplesFolder(), QDir::Files, QDirIterator::Subdirectories);
     int decoded = 0;
