@@ -66,7 +66,8 @@ for library in "${libraries[@]}"; do
     paste -- "$work/$library".[123] | awk '{ a = $1; b = $3; c = $5
         if (a == "-" || b == "-" || c == "-") { print "-"; next }
         a += 0; b += 0; c += 0
-        print a > b ? (b > c ? b : (a > c ? c : a)) : (a > c ? a : (b > c ? c : b)) }' > "$work/$library"
+        middle = a > b ? (b > c ? b : (a > c ? c : a)) : (a > c ? a : (b > c ? c : b))
+        print middle }' > "$work/$library"
 done
 printf '%s\n' "$@" | sed 's|.*/||' | paste -- - "$work/lumora" "$work/graphicsmagick" "$work/imagemagick" "$work/vips" \
     | awk 'BEGIN { printf "%-18s %10s %10s %10s %10s %8s\n", "file", "Lumora ms", "GM ms", "IM6 ms", "vips ms", "ratio" }

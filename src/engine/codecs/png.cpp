@@ -68,6 +68,8 @@ private:
     QList<QRgb> greyTable() const;
     bool takesStoredRows() const;
     void readRow(uchar *to);
+    void convertRow(uchar *to, int count) const;
+    void readStoredPasses(uchar *pixels, qsizetype stride);
 
     png_structp m_png = nullptr;
     png_infop m_info = nullptr;
@@ -75,6 +77,7 @@ private:
     const QByteArray m_bytes;
     size_t m_position = 0;
     std::vector<uchar> m_stored; ///< a row as the file has it; empty where the library makes the picture's rows itself
+    std::vector<uchar> m_converted; ///< a row of one pass of an interlaced file
     int m_rows = 0;
     bool m_complete = false;
 };
@@ -137,11 +140,10 @@ QImage::Format Reader::format() const
     }
 }
 
-// The library adds a channel, turns the order and swaps bytes in one pass each; here it is one in all. Of an interlaced
-// file the passes of the library work within the rows of the picture.
+// The library adds a channel, turns the order and swaps bytes in one pass each; here it is one in all.
 bool Reader::takesStoredRows() const
 {
-    if (isInterlaced() || hasTransparentColor())
+    if (hasTransparentColor())
         return false;
     const int type = colorType();
     return bits() == 16 || (bits() == 8 && (type == PNG_COLOR_TYPE_RGB || type == PNG_COLOR_TYPE_RGB_ALPHA));
@@ -154,13 +156,36 @@ void Reader::readRow(uchar *to)
         return;
     }
     png_read_row(m_png, nullptr, m_stored.data());
-    const int width = storedSize().width();
+    convertRow(to, storedSize().width());
+}
+
+void Reader::convertRow(uchar *to, int count) const
+{
     if (bits() == 16)
-        bigEndianRow(m_stored.data(), reinterpret_cast<QRgba64 *>(to), width, png_get_channels(m_png, m_info));
+        bigEndianRow(m_stored.data(), reinterpret_cast<QRgba64 *>(to), count, png_get_channels(m_png, m_info));
     else if (colorType() == PNG_COLOR_TYPE_RGB)
-        rgbRow(m_stored.data(), reinterpret_cast<QRgb *>(to), width);
+        rgbRow(m_stored.data(), reinterpret_cast<QRgb *>(to), count);
     else
-        rgbaRow(m_stored.data(), reinterpret_cast<QRgb *>(to), width);
+        rgbaRow(m_stored.data(), reinterpret_cast<QRgb *>(to), count);
+}
+
+// The seven passes of the published format, each a small picture whose pixels lie apart in the large one.
+void Reader::readStoredPasses(uchar *pixels, qsizetype stride)
+{
+    const quint32 width = quint32(storedSize().width());
+    const quint32 height = quint32(storedSize().height());
+    const size_t pixelBytes = bits() == 16 ? sizeof(QRgba64) : sizeof(QRgb);
+    for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) {
+        const quint32 columns = PNG_PASS_COLS(width, pass);
+        for (quint32 y = PNG_PASS_START_ROW(pass); columns > 0 && y < height; y += PNG_PASS_ROW_OFFSET(pass)) {
+            png_read_row(m_png, m_stored.data(), nullptr);
+            convertRow(m_converted.data(), int(columns));
+            uchar *to = pixels + qsizetype(y) * stride + PNG_PASS_START_COL(pass) * qsizetype(pixelBytes);
+            for (quint32 x = 0; x < columns; ++x, to += PNG_PASS_COL_OFFSET(pass) * pixelBytes)
+                std::memcpy(to, m_converted.data() + x * pixelBytes, pixelBytes);
+            m_rows = 1;
+        }
+    }
 }
 
 bool Reader::prepare()
@@ -171,6 +196,7 @@ bool Reader::prepare()
         return false;
     if (takesStoredRows()) {
         m_stored.resize(png_get_rowbytes(m_png, m_info));
+        m_converted.resize(isInterlaced() ? size_t(storedSize().width()) * sizeof(QRgba64) : 0);
     } else if (target == QImage::Format_Indexed8) {
         png_set_packing(m_png);
     } else if (target == QImage::Format_Grayscale8) {
@@ -187,7 +213,8 @@ bool Reader::prepare()
         else
             png_set_bgr(m_png);
     }
-    png_set_interlace_handling(m_png);
+    if (m_stored.empty())
+        png_set_interlace_handling(m_png);
     png_read_update_info(m_png, m_info);
     return true;
 }
@@ -203,6 +230,11 @@ int Reader::readRows(QImage &image)
         blankRows(image, 0);
     if (setjmp(png_jmpbuf(m_png)))
         return m_rows;
+    if (interlaced && !m_stored.empty()) {
+        readStoredPasses(pixels, stride);
+        m_complete = true;
+        return m_rows;
+    }
     for (int pass = 0; pass < (interlaced ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
         for (int y = 0; y < height; ++y) {
             readRow(pixels + y * stride);

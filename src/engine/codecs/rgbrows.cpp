@@ -41,14 +41,39 @@ template <class Order> __attribute__((target("ssse3"))) int quadsOf(const uchar 
     }
     return done;
 }
+
+// Two pixels of three samples of 16 bits at once, as above.
+__attribute__((target("ssse3"))) int deepPairs(const uchar *from, QRgba64 *to, int count)
+{
+    constexpr char no = -128;
+    const __m128i order = _mm_setr_epi8(1, 0, 3, 2, 5, 4, no, no, 7, 6, 9, 8, 11, 10, no, no);
+    const __m128i solid = _mm_set1_epi64x(qint64(0xffff000000000000));
+    int done = 0;
+    for (; done + 3 <= count; done += 2) {
+        __m128i pixels;
+        std::memcpy(&pixels, from + 6 * qsizetype(done), sizeof pixels);
+        pixels = _mm_or_si128(_mm_shuffle_epi8(pixels, order), solid);
+        std::memcpy(static_cast<void *>(to + done), &pixels, sizeof pixels);
+    }
+    return done;
+}
 #endif
+
+bool canShuffle()
+{
+#if defined(__x86_64__)
+    static const bool can = __builtin_cpu_supports("ssse3");
+    return can;
+#else
+    return false;
+#endif
+}
 
 template <class Order> void threeByteRow(const uchar *from, QRgb *to, int count)
 {
     int x = 0;
 #if defined(__x86_64__)
-    static const bool shuffles = __builtin_cpu_supports("ssse3");
-    if (shuffles)
+    if (canShuffle())
         x = quadsOf<Order>(from, to, count);
 #endif
     for (from += 3 * qsizetype(x); x < count; ++x, from += 3)
@@ -83,20 +108,26 @@ void rgbaRow(const uchar *from, QRgb *to, int count)
 void bigEndianRow(const uchar *from, QRgba64 *to, int count, int channels)
 {
     constexpr quint16 solid = 0xffff;
+    int x = 0;
+#if defined(__x86_64__)
+    if (channels == 3 && canShuffle())
+        x = deepPairs(from, to, count);
+#endif
+    from += qsizetype(x) * 2 * channels;
     switch (channels) {
     case 1:
     case 2:
-        for (int x = 0; x < count; ++x, from += 2 * channels) {
+        for (; x < count; ++x, from += 2 * channels) {
             const quint16 grey = sampleAt(from);
             to[x] = QRgba64::fromRgba64(grey, grey, grey, channels == 2 ? sampleAt(from + 2) : solid);
         }
         break;
     case 3:
-        for (int x = 0; x < count; ++x, from += 6)
+        for (; x < count; ++x, from += 6)
             to[x] = QRgba64::fromRgba64(sampleAt(from), sampleAt(from + 2), sampleAt(from + 4), solid);
         break;
     default:
-        for (int x = 0; x < count; ++x, from += 8)
+        for (; x < count; ++x, from += 8)
             to[x] = QRgba64::fromRgba64(sampleAt(from), sampleAt(from + 2), sampleAt(from + 4), sampleAt(from + 6));
     }
 }
