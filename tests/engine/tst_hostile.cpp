@@ -1,4 +1,5 @@
 #include "engine/codec.h"
+#include "engine/damage.h"
 #include "engine/enginefiles.h"
 #include "support/support.h"
 
@@ -6,38 +7,6 @@
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTest>
-
-#include <malloc.h>
-
-namespace {
-
-/// Decodes and touches every pixel; the answer, pixels or a reason, as a number to compare.
-size_t answer(const EncodedFile &file)
-{
-    ignore(probe(file));
-    const Result<Picture> picture = decode(file);
-    if (!picture)
-        return picture.reason().isEmpty() ? 0 : 1;
-    // Through the colour table too: an index behind its end would be read there.
-    const QImage pixels = picture->pixels.convertToFormat(QImage::Format_ARGB32);
-    size_t sum = 2;
-    for (int y = 0; y < pixels.height(); ++y)
-        sum = qHashBits(pixels.constScanLine(y), size_t(pixels.width()) * 4, sum);
-    return sum;
-}
-
-/// Twice, with other bytes in fresh memory: the answer must come from the file and nothing else.
-bool answersTheSameTwice(const EncodedFile &file)
-{
-    mallopt(M_PERTURB, 0x55);
-    const size_t first = answer(file);
-    mallopt(M_PERTURB, 0xaa);
-    const size_t second = answer(file);
-    mallopt(M_PERTURB, 0);
-    return first != 0 && first == second;
-}
-
-}
 
 /// Damaged files: every decoder answers, says why when it has no picture, and never shows what memory held.
 class tst_Hostile : public QObject
@@ -75,7 +44,7 @@ void tst_Hostile::everyCutIsAnswered()
     QFETCH(EncodedFile, file);
     for (qsizetype length = 0; length < file.bytes.size(); ++length) {
         const EncodedFile cut{file.bytes.left(length), file.extension};
-        QVERIFY2(answersTheSameTwice(cut), qPrintable(QStringLiteral("cut to %1 bytes").arg(length)));
+        QVERIFY2(damage::isAnswered(cut), qPrintable(QStringLiteral("cut to %1 bytes").arg(length)));
     }
 }
 
@@ -87,7 +56,7 @@ void tst_Hostile::everyChangedByteIsAnswered()
             EncodedFile changed = file;
             changed.bytes[at] = char(changed.bytes.at(at) ^ change);
             QVERIFY2(
-                answersTheSameTwice(changed), qPrintable(QStringLiteral("byte %1 changed by %2").arg(at).arg(change)));
+                damage::isAnswered(changed), qPrintable(QStringLiteral("byte %1 changed by %2").arg(at).arg(change)));
         }
     }
 }
@@ -121,11 +90,11 @@ void tst_Hostile::damagedSamplesAreAnswered()
         place = place * 1664525 + 1013904223;
         const qsizetype reach = i % 3 == 2 ? changed.bytes.size() : qMin<qsizetype>(changed.bytes.size(), 600);
         changed.bytes[place % reach] = char(place >> 16);
-        QVERIFY2(answer(changed) != 0, qPrintable(QStringLiteral("change %1").arg(i)));
+        QVERIFY2(damage::answer(changed) != 0, qPrintable(QStringLiteral("change %1").arg(i)));
     }
     for (const int percent : {1, 50, 98}) {
         const EncodedFile cut{file->bytes.left(file->bytes.size() * percent / 100), file->extension};
-        QVERIFY2(answer(cut) != 0, qPrintable(QStringLiteral("cut to %1 %").arg(percent)));
+        QVERIFY2(damage::answer(cut) != 0, qPrintable(QStringLiteral("cut to %1 %").arg(percent)));
     }
 }
 
@@ -149,7 +118,7 @@ void tst_Hostile::whatOnceBrokeSomethingIsAnswered()
     // Under every name that it could have had: the codec that it was made for is among them.
     for (const Codec *codec : fullCodecTable()) {
         const QString extension = QString::fromLatin1(codec->extensions).section(QLatin1Char(' '), 0, 0);
-        QVERIFY2(answer({found->bytes, extension}) != 0, codec->name);
+        QVERIFY2(damage::answer({found->bytes, extension}) != 0, codec->name);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "engine/codecs/gemplayer.h"
 #include "engine/codecs/pixels.h"
+#include "engine/codecs/vectorcanvas.h"
 #include "engine/limits.h"
 
 namespace {
@@ -43,32 +44,22 @@ Result<Picture> decodeGem(const EncodedFile &file, const DecodeHint &hint)
         return header.failure();
     if (hint.page != 0)
         return Failure{QStringLiteral("a GEM metafile has one picture")};
-    Picture picture;
-    picture.info = infoOf(*header);
-    // A drawing is as sharp at any size: a smaller one is drawn smaller.
-    QSize size = header->size;
-    if (!hint.target.isEmpty() && (hint.target.width() < size.width() || hint.target.height() < size.height()))
-        size = size.scaled(hint.target, Qt::KeepAspectRatio).expandedTo({1, 1});
-    picture.pixels = allocateImage(size, QImage::Format_RGB32);
-    if (picture.pixels.isNull())
-        return Failure{outOfMemory(size)};
-    picture.pixels.fill(Qt::white);
-    QPainter painter(&picture.pixels);
+    Result<QImage> canvas = vectorGround(renderedVectorSize(header->size, hint.target), Qt::white);
+    if (!canvas)
+        return canvas.failure();
+    QPainter painter(&*canvas);
     painter.setRenderHint(QPainter::Antialiasing);
     const QTransform reduced = QTransform::fromScale(
-        double(size.width()) / header->size.width(), double(size.height()) / header->size.height());
+        double(canvas->width()) / header->size.width(), double(canvas->height()) / header->size.height());
     GemPlayer player(painter, header->toPixels * reduced);
     const ByteReader bytes(file.bytes);
     size_t at = header->bytes;
-    while (!player.isExhausted()) {
-        const std::optional<GemRecord> record = nextGemRecord(bytes, at);
-        if (!record)
-            break;
+    while (const std::optional<GemRecord> record = nextGemRecord(bytes, at))
         player.play(*record);
-    }
+    painter.end();
     // A whole file ends with its mark.
-    picture.partial = !bytes.has(at, 2) || bytes.u16le(at) != 0xffff;
-    return picture;
+    const bool isCut = !bytes.has(at, 2) || bytes.u16le(at) != 0xffff;
+    return vectorPicture(*canvas, infoOf(*header), isCut || player.leftOut());
 }
 
 }

@@ -13,8 +13,7 @@ constexpr double heightOfEm = 1.35; ///< an em for each unit of what the format 
 // Far outside of every picture; beyond it the painter's arithmetic wears out.
 constexpr double farthest = 16000;
 constexpr double mostDashes = 100'000; ///< of one call; a line of more is drawn solid
-constexpr double workOfElement = 2000; ///< pixels that a line of a path counts for
-constexpr double mostWork = 1.5e9;
+constexpr double costOfMarker = 10'000;
 
 constexpr QRgb firstColors[] = {0xffffffff, 0xff000000, 0xffff0000, 0xff00ff00, 0xff0000ff, 0xff00ffff, 0xffffff00,
     0xffff00ff, 0xffc0c0c0, 0xff808080, 0xff800000, 0xff008000, 0xff000080, 0xff008080, 0xff808000, 0xff800080};
@@ -63,32 +62,30 @@ QPointF GemPlayer::map(const QPointF &point) const
     return {std::clamp(mapped.x(), -farthest, farthest), std::clamp(mapped.y(), -farthest, farthest)};
 }
 
-void GemPlayer::countWork(const QRectF &area, int elements)
-{
-    const QRectF painted = area & QRectF(m_painter.viewport());
-    m_work += painted.width() * painted.height() + elements * workOfElement;
-}
-
-bool GemPlayer::isExhausted() const
-{
-    return m_work > mostWork;
-}
-
-void GemPlayer::smoothUnlessTangled(const QPainterPath &path)
+void GemPlayer::smoothUnlessTangled(double length)
 {
     // Smooth edges cost the square of what crosses a row: a picture's lines cross it a few times, a scribble thousands.
     constexpr double mostCost = 2e7;
-    const double length = lengthOf(path);
     m_painter.setRenderHint(QPainter::Antialiasing, length * length / m_painter.viewport().height() < mostCost);
+}
+
+void GemPlayer::fill(const QPainterPath &path, const QBrush &brush)
+{
+    if (!m_work.spend(vectorPathCost(path, m_painter.viewport().size())))
+        return;
+    smoothUnlessTangled(lengthOf(path));
+    m_painter.fillPath(path, brush);
 }
 
 void GemPlayer::stroke(const QPainterPath &path, const QPen &pen)
 {
-    countWork(path.boundingRect(), path.elementCount());
+    if (!m_work.spend(vectorPathCost(path, m_painter.viewport().size()) * 2))
+        return;
+    const double length = lengthOf(path);
     QPen used = pen;
-    if (pen.style() != Qt::SolidLine && lengthOf(path) > mostDashes * pen.widthF())
+    if (pen.style() != Qt::SolidLine && length > mostDashes * pen.widthF())
         used.setStyle(Qt::SolidLine);
-    smoothUnlessTangled(path);
+    smoothUnlessTangled(length);
     m_painter.strokePath(path, used);
 }
 
@@ -156,11 +153,8 @@ QBrush GemPlayer::brush() const
 void GemPlayer::draw(const QPainterPath &path, bool filled, bool outlined)
 {
     // A hollow shape hides what lies behind it, unless the drawing asked for the transparent mode.
-    if (filled && (m_fill.interior != Hollow || m_replaces)) {
-        countWork(path.boundingRect(), path.elementCount());
-        smoothUnlessTangled(path);
-        m_painter.fillPath(path, brush());
-    }
+    if (filled && (m_fill.interior != Hollow || m_replaces))
+        fill(path, brush());
     // What is hollow would be nothing without its edge.
     if (outlined || (filled && m_fill.interior == Hollow && m_fill.perimeter))
         stroke(path, filled ? QPen(color(m_fill.color), std::max(1.0, std::min(m_scale, farthest))) : pen());
@@ -196,7 +190,8 @@ void GemPlayer::markers(const GemRecord &record)
     const double half = std::clamp(m_marker.height * m_scale / 2, 1.5, 64.0);
     m_painter.setPen(QPen(color(m_marker.color), 1));
     m_painter.setBrush(Qt::NoBrush);
-    countWork({}, int(record.points.size()));
+    if (!m_work.spend(double(record.points.size()) * costOfMarker))
+        return;
     for (const QPointF &place : record.points) {
         const QPointF at = map(place);
         switch (m_marker.type) {
@@ -345,9 +340,7 @@ void GemPlayer::text(const QPointF &at, std::span<const int> characters, double 
     place.rotate(font.angle);
     laidOut.outlines.setFillRule(Qt::WindingFill);
     const QPainterPath placed = place.map(laidOut.outlines);
-    countWork(placed.boundingRect(), placed.elementCount());
-    smoothUnlessTangled(placed);
-    m_painter.fillPath(placed, color(m_text.color));
+    fill(placed, color(m_text.color));
 }
 
 void GemPlayer::attribute(const GemRecord &record)
@@ -474,9 +467,9 @@ void GemPlayer::play(const GemRecord &record)
         shape(record);
         break;
     case 114: {
-        const QRectF box = mapped(point(record, 0), point(record, 1));
-        countWork(box, 1);
-        m_painter.fillRect(box, brush());
+        QPainterPath box;
+        box.addRect(mapped(point(record, 0), point(record, 1)));
+        fill(box, brush());
         break;
     }
     case 129:

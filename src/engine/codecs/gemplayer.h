@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/codecs/gemfile.h"
+#include "engine/codecs/vectorcanvas.h"
 #include "engine/codecs/vectortext.h"
 
 #include <QColor>
@@ -14,8 +15,8 @@ class GemPlayer
 public:
     GemPlayer(QPainter &painter, const QTransform &toDevice);
     void play(const GemRecord &record);
-    /// More was asked for than a drawing ever needs; what follows is not painted any more.
-    bool isExhausted() const;
+    /// More was asked for than a drawing ever needs, and not all of it was painted.
+    bool leftOut() const { return m_work.isIncomplete(); }
 
 private:
     enum Interior { Hollow, Solid, Pattern, Hatch, UserPattern };
@@ -30,9 +31,9 @@ private:
     void clip(const GemRecord &record);
     void draw(const QPainterPath &path, bool filled, bool outlined);
     QPainterPath lines(const GemRecord &record, bool closed) const;
+    void smoothUnlessTangled(double length);
+    void fill(const QPainterPath &path, const QBrush &brush);
     void stroke(const QPainterPath &path, const QPen &pen);
-    void smoothUnlessTangled(const QPainterPath &path);
-    void countWork(const QRectF &area, int elements);
     QPointF map(const QPointF &point) const;
     QRectF mapped(const QPointF &corner, const QPointF &opposite) const;
     QPen pen() const;
@@ -42,7 +43,7 @@ private:
     QPainter &m_painter;
     QTransform m_toDevice;
     double m_scale; ///< pixels a unit
-    double m_work = 0; ///< pixels and lines painted so far
+    VectorWork m_work;
     std::array<QColor, 16> m_colors;
     bool m_curves = false; ///< flags of Bézier points count
     bool m_replaces = true; ///< the writing mode: new shapes replace what is there

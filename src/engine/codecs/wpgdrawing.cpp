@@ -2,13 +2,12 @@
 
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/pixels.h"
+#include "engine/codecs/vectorcanvas.h"
 #include "engine/limits.h"
 
 #include <QGuiApplication>
 #include <QPainter>
 #include <QSvgRenderer>
-
-#include <cmath>
 
 #include <librevenge-stream/librevenge-stream.h>
 #include <librevenge/librevenge.h>
@@ -17,7 +16,6 @@
 namespace {
 
 constexpr int nominalDepth = 24; ///< a drawing has none; it is painted in true colour
-constexpr double longestSide = 8192;
 constexpr int mostSvgBytes = 64 * 1024 * 1024;
 
 bool sniffWpg(Bytes head)
@@ -75,15 +73,12 @@ QByteArray rootAttribute(const QByteArray &svg, const char *name)
 
 Result<QSize> naturalSize(const QByteArray &svg)
 {
-    QSizeF size(pixels(rootAttribute(svg, "width")), pixels(rootAttribute(svg, "height")));
-    if (!(size.width() > 0 && size.height() > 0 && size.width() < 1e6 && size.height() < 1e6))
+    const QSize size = naturalVectorSize({pixels(rootAttribute(svg, "width")), pixels(rootAttribute(svg, "height"))});
+    if (size.isEmpty())
         return Failure{QStringLiteral("the WPG's drawing has no size")};
-    if (const double longest = std::max(size.width(), size.height()); longest > longestSide)
-        size *= longestSide / longest;
-    const QSize whole = QSize(int(std::ceil(size.width())), int(std::ceil(size.height()))).expandedTo({1, 1});
-    if (!limits::allows(whole, 8))
-        return Failure{tooLarge(whole)};
-    return whole;
+    if (!limits::allows(size, 8))
+        return Failure{tooLarge(size)};
+    return size;
 }
 
 ImageInfo infoOf(QSize size)
@@ -115,22 +110,17 @@ Result<Picture> decodeWpg(const EncodedFile &file, const DecodeHint &hint)
     const Result<QSize> natural = naturalSize(*svg);
     if (!natural)
         return natural.failure();
-    QSize size = *natural;
-    if (!hint.target.isEmpty() && (hint.target.width() < size.width() || hint.target.height() < size.height()))
-        size = size.scaled(hint.target, Qt::KeepAspectRatio).expandedTo({1, 1});
     QSvgRenderer renderer(*svg);
     if (!renderer.isValid())
         return Failure{QStringLiteral("the WPG's drawing cannot be painted")};
-    Picture picture;
-    picture.info = infoOf(*natural);
-    picture.pixels = allocateImage(size, QImage::Format_RGB32);
-    if (picture.pixels.isNull())
-        return Failure{outOfMemory(size)};
-    picture.pixels.fill(Qt::white);
-    QPainter painter(&picture.pixels);
+    Result<QImage> canvas = vectorGround(renderedVectorSize(*natural, hint.target), Qt::white);
+    if (!canvas)
+        return canvas.failure();
+    QPainter painter(&*canvas);
     painter.setRenderHint(QPainter::Antialiasing);
-    renderer.render(&painter, QRectF(QPointF(0, 0), QSizeF(size)));
-    return picture;
+    renderer.render(&painter, QRectF(canvas->rect()));
+    painter.end();
+    return vectorPicture(*canvas, infoOf(*natural), false);
 }
 
 }
