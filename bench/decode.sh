@@ -2,6 +2,7 @@
 # decode.sh [ROUNDS] [FILE...]
 # How long a picture takes from a cached file to pixels in memory, beside GraphicsMagick, ImageMagick 6 and libvips: each in
 # a process of its own that is started before the clock is, three times in turns, the median of ROUNDS (default 5) decodes.
+# CPU=1 shows the processor time instead of the clock's, which says more on a machine that has other things to do.
 # Without files it makes one of each everyday format out of the same photograph-like picture.
 set -euo pipefail
 
@@ -9,6 +10,8 @@ here=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
 root=$(dirname -- "$here")
 rounds=${1:-5}
 shift || true
+column=1
+[ -z "${CPU:-}" ] || column=2
 build="$root/build/bench"
 
 "$root/packaging/require.sh" build run
@@ -63,7 +66,7 @@ done
 
 # The middle one of the three turns, line by line.
 for library in "${libraries[@]}"; do
-    paste -- "$work/$library".[123] | awk '{ a = $1; b = $3; c = $5
+    paste -- "$work/$library".[123] | awk -v column="$column" '{ a = $column; b = $(column + 2); c = $(column + 4)
         if (a == "-" || b == "-" || c == "-") { print "-"; next }
         a += 0; b += 0; c += 0
         middle = a > b ? (b > c ? b : (a > c ? c : a)) : (a > c ? a : (b > c ? c : b))

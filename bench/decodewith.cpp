@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <vector>
 
 #include <dlfcn.h>
@@ -26,6 +27,19 @@ template <class Function> Function symbol(void *library, const char *name)
         return found;
     std::fprintf(stderr, "bench_decodewith: no %s\n", name);
     std::exit(1);
+}
+
+double processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
+
+double median(std::vector<double> &times)
+{
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
 }
 
 bool decodeByLumora(const char *path)
@@ -99,18 +113,21 @@ int main(int argc, char **argv)
     const QGuiApplication application(argc, argv);
     for (int i = 3; i < argc; ++i) {
         std::vector<double> times;
+        std::vector<double> processorTimes;
         for (int round = 0; round <= rounds; ++round) {
+            const double used = processorTime();
             const auto start = std::chrono::steady_clock::now();
             if (!decode(argv[i]))
                 break;
             const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - start;
-            if (round > 0)
-                times.push_back(passed.count());
+            if (round == 0)
+                continue;
+            times.push_back(passed.count());
+            processorTimes.push_back(processorTime() - used);
         }
-        std::sort(times.begin(), times.end());
         if (int(times.size()) < rounds)
             std::printf("-\t-\n");
         else
-            std::printf("%.2f\t%.2f\n", times[times.size() / 2], times.front());
+            std::printf("%.2f\t%.2f\n", median(times), median(processorTimes));
     }
 }
