@@ -21,6 +21,7 @@ seed() {
     mkdir -p -- "$folder"
     [ -d "$samples" ] || { printf 'run.sh: no sample files, starting from nothing\n' >&2; return; }
     case $name in
+    qoi) true ;; # no sample files
     decode | texts) find "$samples" -type f -size -24k ! -path '*/media/*' ! -name '*.tsv' ! -name '*.md' ;;
     softimage | pictor | radiance | pict) find "$samples/pic" -type f -size -64k ;;
     compuserve) find "$samples/rle" -type f -size -64k ;;
