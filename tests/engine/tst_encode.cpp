@@ -85,10 +85,14 @@ QImage expected(const Picture &picture, const Format &format)
         return picture.pixels.convertToFormat(
             deepSource && format.deep ? QImage::Format_RGBA64 : QImage::Format_ARGB32);
     QImage image = overWhite(picture.pixels);
+    // Of two colours the darker one is black, however light.
+    int white = 128;
+    if (picture.pixels.format() == QImage::Format_Mono)
+        white = qMax(qGray(picture.pixels.color(0)), qGray(picture.pixels.color(1)));
     for (int y = 0; y < image.height() && format.colors != Format::All; ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const int grey = qGray(image.pixel(x, y));
-            const int value = format.colors == Format::Greys ? grey : grey < 128 ? 0 : 255;
+            const int value = format.colors == Format::Greys ? grey : grey < white ? 0 : 255;
             image.setPixel(x, y, qRgb(value, value, value));
         }
     }
@@ -192,6 +196,7 @@ private Q_SLOTS:
     void otherProgramsReadTheSame();
     void diffusionKeepsTheBrightness_data();
     void diffusionKeepsTheBrightness();
+    void oneLightColourStaysLight();
     void qualityAndFastSavesReachTheFile();
     void moreColoursThanXpmHoldsAreReduced();
     void whatCannotBeWrittenIsRefused();
@@ -329,6 +334,22 @@ void tst_Encode::diffusionKeepsTheBrightness()
     };
     QCOMPARE(whitePixels(false), 0);
     QVERIFY(std::abs(whitePixels(true) - 64 * 64 / 4) < 64 * 64 / 20);
+}
+
+void tst_Encode::oneLightColourStaysLight()
+{
+    // The other entry of the table, lighter or darker, is not in the picture.
+    for (const QRgb other : {qRgb(255, 255, 255), qRgb(0, 0, 0)}) {
+        QImage yellow({11, 3}, QImage::Format_Mono);
+        yellow.setColorTable({other, qRgb(250, 250, 120)});
+        yellow.fill(1);
+        for (const TypeCode code : {TypeCode::Pbm, TypeCode::Wbmp, TypeCode::Xbm}) {
+            const Result<QByteArray> bytes = encode(Picture::fromImage(yellow), code);
+            const QImage back = decode({*bytes, QLatin1String(formatOf(code).extension)})->pixels;
+            QCOMPARE(back.pixel(0, 0), qRgb(255, 255, 255));
+            QCOMPARE(back.pixel(10, 2), qRgb(255, 255, 255));
+        }
+    }
 }
 
 void tst_Encode::qualityAndFastSavesReachTheFile()

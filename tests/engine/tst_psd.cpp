@@ -294,6 +294,20 @@ void tst_Psd::cutDocumentsGiveWhatIsThere()
     QVERIFY(!decoded(large));
 }
 
+static Picture deepGrey()
+{
+    QImage image({11, 7}, QImage::Format_RGBA64);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const quint16 grey = quint16(x * 5741 + y * 977);
+            reinterpret_cast<QRgba64 *>(image.scanLine(y))[x] = qRgba64(grey, grey, grey, 0xffff);
+        }
+    }
+    Picture picture = Picture::fromImage(image);
+    picture.info.bitsPerPixel = 16;
+    return picture;
+}
+
 static Picture deepPicture(bool transparent)
 {
     QImage image({11, 7}, QImage::Format_RGBA64);
@@ -335,6 +349,7 @@ void tst_Psd::whatIsWrittenComesBack_data()
         }
         QTest::addRow("transparent, %d wide", width) << Picture::fromImage(clear) << 32;
     }
+    QTest::newRow("16 bits of grey") << deepGrey() << 16;
     QTest::newRow("16 bits") << deepPicture(false) << 48;
     QTest::newRow("16 bits, transparent") << deepPicture(true) << 64;
 }

@@ -135,7 +135,7 @@ void tst_Tga::whatIsWrittenComesBack_data()
         QTest::addRow("palette, %d wide", width) << Picture::fromImage(indexed) << 8;
         const int shown = indexed.pixelIndex(0, 0);
         indexed.setColor(shown, (indexed.color(shown) & 0xffffff) | 0x55000000);
-        QTest::addRow("palette with a pale colour, %d wide", width) << Picture::fromImage(indexed) << 8;
+        QTest::addRow("palette with a pale colour, %d wide", width) << Picture::fromImage(indexed) << 32;
         QTest::addRow("grey, %d wide", width)
             << Picture::fromImage(colors.convertToFormat(QImage::Format_Grayscale8)) << 8;
         QTest::addRow("true colour, %d wide", width) << Picture::fromImage(colors) << 24;

@@ -68,8 +68,47 @@ bool isGreyRamp(const QList<QRgb> &table, int bits)
     return true;
 }
 
+namespace {
+
+bool isOfOneColor(const QImage &mono)
+{
+    const bool first = mono.pixelIndex(0, 0) != 0;
+    const uchar whole = first ? 0xff : 0;
+    const int bytes = mono.width() / 8;
+    const uchar rest = uchar(0xff00 >> mono.width() % 8);
+    for (int y = 0; y < mono.height(); ++y) {
+        const uchar *const row = mono.constScanLine(y);
+        if (std::any_of(row, row + bytes, [whole](uchar byte) { return byte != whole; })
+            || (rest != 0 && ((row[bytes] ^ whole) & rest) != 0))
+            return false;
+    }
+    return true;
+}
+
+/// Two colours of different brightness as black and white; null for all other pictures.
+QImage twoColorsAsBlackAndWhite(const Picture &picture)
+{
+    if (picture.pixels.format() != QImage::Format_Mono || picture.pixels.colorCount() != 2
+        || isOfOneColor(picture.pixels))
+        return {};
+    const int first = qGray(overWhite(picture.pixels.color(0)));
+    const int second = qGray(overWhite(picture.pixels.color(1)));
+    if (first == second)
+        return {};
+    QImage mono = picture.pixels;
+    if (first > second)
+        mono.invertPixels();
+    return mono;
+}
+
+}
+
 QImage blackAndWhite(const Picture &picture, bool diffuse)
 {
+    if (QImage mono = twoColorsAsBlackAndWhite(picture); !mono.isNull()) {
+        mono.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+        return mono;
+    }
     const Qt::ImageConversionFlags how = Qt::MonoOnly | (diffuse ? Qt::DiffuseDither : Qt::ThresholdDither);
     const QImage mono = opaqueRgb(picture).convertToFormat(QImage::Format_Mono, how);
     QImage ordered = mono;

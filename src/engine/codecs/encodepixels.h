@@ -18,7 +18,8 @@ QImage opaqueIndexed(const Picture &picture);
 bool isGreyRamp(const QList<QRgb> &table, int bits);
 
 /// Format_Mono, 0 = black and 1 = white by its table, of any picture: by threshold at half brightness, or diffused
-/// (Floyd and Steinberg). A picture of two colours that are black and white keeps its pixels.
+/// (Floyd and Steinberg). Of two colours the darker one is black and the lighter one white, however dark or light both
+/// are.
 QImage blackAndWhite(const Picture &picture, bool diffuse);
 
 /// Format_Grayscale8 of any picture laid over white, by the luminance weights of qGray().

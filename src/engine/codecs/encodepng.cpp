@@ -284,7 +284,8 @@ bool Writer::write()
         for (int y = 0; y < m_layout.size().height(); ++y)
             png_write_row(m_png, m_rows.make(y));
     }
-    png_write_end(m_png, m_info);
+    // Everything stands before the pixels; asked again, the library would write EXIF twice.
+    png_write_end(m_png, nullptr);
     return true;
 }
 

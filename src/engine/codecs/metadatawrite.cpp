@@ -169,5 +169,7 @@ QSize knownDotsPerMeter(const QImage &image)
 
 double dotsPerInch(int dotsPerMeter)
 {
-    return dotsPerMeter * 0.0254;
+    constexpr double inch = 0.0254;
+    const int whole = qRound(dotsPerMeter * inch);
+    return qRound(whole / inch) == dotsPerMeter ? whole : dotsPerMeter * inch;
 }

@@ -17,7 +17,7 @@ QByteArray profileFor(const Picture &picture, ProfileColors colors);
 /// Resolution of the image in dots a metre; empty when nobody has set one, which is when it is what a fresh image has.
 QSize knownDotsPerMeter(const QImage &image);
 
-/// Dots a metre as dots an inch.
+/// Dots a metre as dots an inch: a whole number wherever rounding of one can have given them.
 double dotsPerInch(int dotsPerMeter);
 
 /// The most that a segment of a JPEG holds behind its length.

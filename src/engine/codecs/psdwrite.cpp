@@ -1,3 +1,4 @@
+#include "engine/codecs/encodedepth.h"
 #include "engine/codecs/encodepixels.h"
 #include "engine/codecs/metadatawrite.h"
 #include "engine/codecs/packbits.h"
@@ -18,7 +19,7 @@ namespace {
 /// A picture in the shape in which it is written.
 struct Stored
 {
-    QImage image; ///< Mono (0 = black), Indexed8, Grayscale8, RGB32, ARGB32 or RGBA64
+    QImage image; ///< Mono (0 = black), Indexed8, Grayscale8, RGB32, ARGB32 or RGBA64, whose red is grey in that mode
     Mode mode = Rgb;
     bool hasAlpha = false;
     int transparentIndex = -1;
@@ -48,8 +49,10 @@ Stored storedPixels(const Picture &picture)
     if (pixels.format() == QImage::Format_Grayscale8)
         return {pixels, Grey, false, -1};
     const bool hasAlpha = hasTransparency(picture);
-    if (pixels.format() == QImage::Format_RGBA64)
-        return {pixels, Rgb, hasAlpha, -1};
+    if (pixels.format() == QImage::Format_RGBA64) {
+        const bool grey = !hasAlpha && picture.info.bitsPerPixel == 16 && isAllGrey(pixels);
+        return {pixels, grey ? Grey : Rgb, hasAlpha, -1};
+    }
     const QList<QRgb> table = pixels.colorTable();
     if (pixels.format() == QImage::Format_Mono && !hasAlpha) {
         const QRgb black = qRgb(0, 0, 0);

@@ -29,19 +29,12 @@ Stored storedPixels(const Picture &picture)
 {
     if (picture.pixels.format() == QImage::Format_Grayscale8)
         return {picture.pixels, {}, false};
-    const bool hasAlpha = hasTransparency(picture);
+    // Many readers refuse palettes with transparency, or pass it over.
+    if (hasTransparency(picture))
+        return {rgbOrArgb(picture), {}, true};
     if (const QImage indexed = opaqueIndexed(picture); !indexed.isNull())
-        return {indexed, hasAlpha ? picture.pixels.colorTable() : indexed.colorTable(), hasAlpha};
-    return {rgbOrArgb(picture), {}, hasAlpha};
-}
-
-void appendColor(ByteWriter &out, QRgb color, bool hasAlpha)
-{
-    out.u8(quint32(qBlue(color)));
-    out.u8(quint32(qGreen(color)));
-    out.u8(quint32(qRed(color)));
-    if (hasAlpha)
-        out.u8(quint32(qAlpha(color)));
+        return {indexed, indexed.colorTable(), false};
+    return {opaqueRgb(picture), {}, false};
 }
 
 void appendHeader(ByteWriter &out, const Stored &stored, bool packed)
@@ -52,14 +45,16 @@ void appendHeader(ByteWriter &out, const Stored &stored, bool packed)
     out.u8(quint32(stored.kind() | (packed ? RunLengths : 0)));
     out.u16le(0);
     out.u16le(quint32(stored.palette.size()));
-    out.u8(!hasPalette ? 0 : stored.hasAlpha ? 32 : 24);
+    out.u8(hasPalette ? 24 : 0);
     out.u32le(0);
     out.u16le(quint32(stored.image.width()));
     out.u16le(quint32(stored.image.height()));
     out.u8(quint32(stored.pixelBytes() * 8));
     out.u8(FromTop | (stored.hasAlpha ? 8 : 0));
-    for (const QRgb color : stored.palette)
-        appendColor(out, color, stored.hasAlpha);
+    for (const QRgb color : stored.palette) {
+        for (const int channel : {qBlue(color), qGreen(color), qRed(color)})
+            out.u8(quint32(channel));
+    }
 }
 
 void convertRow(const Stored &stored, const uchar *from, std::vector<uchar> &to)
