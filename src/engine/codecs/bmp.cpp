@@ -153,7 +153,8 @@ Result<Bitmap> openBitmap(const QByteArray &bytes)
 /// Appends what a cut file lacks, so that its missing rows are the first colour and not what memory held.
 bool completeRows(Bitmap &bitmap)
 {
-    if (bitmap.header.compression != Plain && bitmap.header.compression != Bitfields)
+    const quint32 packing = bitmap.header.compression;
+    if (packing != Plain && packing != Bitfields && packing != AlphaBitfields)
         return false;
     const qint64 stride = (qint64(bitmap.header.width) * bitmap.header.bits + 31) / 32 * 4;
     const qint64 offset = ByteReader(bitmap.file).u32le(10);
@@ -274,16 +275,30 @@ bool sniffBmp(Bytes head)
     return bytes.is(0, "BM") && readHeader(bytes, size_t(fileHeaderBytes)).isKnown();
 }
 
-/// Rows that need no more than their bytes put in order; null for all others.
-QImage plainRows(const Bitmap &bitmap)
+/// Those of a masked bitmap stand behind the forty bytes, whether the header goes on there or not.
+ChannelMasks readMasks(const Bitmap &bitmap)
+{
+    constexpr size_t at = size_t(fileHeaderBytes) + plainHeaderBytes;
+    const ByteReader bytes(bitmap.file);
+    const bool alpha = bitmap.header.bytes > plainHeaderBytes || bitmap.header.compression == AlphaBitfields;
+    return {bytes.u32le(at), bytes.u32le(at + 4), bytes.u32le(at + 8), alpha ? bytes.u32le(at + 12) : 0};
+}
+
+/// Rows of whole-byte colours; null for all others.
+QImage colorRows(const Bitmap &bitmap)
 {
     const Header &header = bitmap.header;
-    if (header.compression != Plain)
+    const bool masked = header.compression == Bitfields || header.compression == AlphaBitfields;
+    if (header.compression != Plain && !masked)
         return {};
     const ByteReader bytes(bitmap.file);
     constexpr size_t fields = size_t(fileHeaderBytes);
     const bool topFirst = !header.isCore() && qint32(bytes.u32le(fields + 8)) < 0;
-    QImage image = readBmpRows(bytesOf(bitmap.file), bytes.u32le(10), header.size(), header.bits, topFirst);
+    const Bytes file = bytesOf(bitmap.file);
+    const size_t offset = bytes.u32le(10);
+    QImage image = masked || header.bits == 16 ? readMaskedBmpRows(
+                       file, offset, header.size(), header.bits, topFirst, masked ? readMasks(bitmap) : ChannelMasks())
+                                               : readBmpRows(file, offset, header.size(), header.bits, topFirst);
     if (!image.isNull() && header.bytes >= 40) {
         image.setDotsPerMeterX(qint32(bytes.u32le(fields + 24)));
         image.setDotsPerMeterY(qint32(bytes.u32le(fields + 28)));
@@ -308,13 +323,13 @@ Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &)
         return Failure{QStringLiteral("a bitmap whose pixels lie behind its end")};
     Picture picture;
     picture.info = bitmap->info();
-    if (QImage image = plainRows(*bitmap); !image.isNull()) {
-        picture.pixels = std::move(image);
-        return picture;
-    }
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)
         || (bitmap->header.compression == Rle4 && bitmap->header.bits == 4);
     picture.partial = runs ? unpackFile(*bitmap) : completeRows(*bitmap);
+    if (QImage image = colorRows(*bitmap); !image.isNull()) {
+        picture.pixels = std::move(image);
+        return picture;
+    }
     if (bitmap->header.bits == 2 && bitmap->header.compression == Plain)
         widenTwoBits(*bitmap);
     Result<QImage> image = readByQt(bitmap->file, "bmp");

@@ -1,5 +1,6 @@
 #include "engine/codecs/qtformats.h"
 
+#include "engine/codecs/bmprows.h"
 #include "engine/codecs/bytes.h"
 #include "engine/codecs/pixels.h"
 #include "engine/codecs/qtread.h"
@@ -58,6 +59,34 @@ Result<std::vector<Entry>> readDirectory(const QByteArray &file)
     return entries;
 }
 
+/// Pictures of 16 and 24 bits, which Qt's reader refuses or leaves without their mask; null for all others.
+QImage readColorIcon(const QByteArray &file, const Entry &entry)
+{
+    const ByteReader bytes(file);
+    const size_t picture = bytes.u32le(6 + 16 * size_t(entry.number) + 12);
+    const bool isPlain = !bytes.is(picture, "\x89PNG") && bytes.u32le(picture + 16) == 0;
+    if (!isPlain || (entry.bits != 16 && entry.bits != 24))
+        return {};
+    const size_t rowsAt = picture + bytes.u32le(picture);
+    QImage image = entry.bits == 16
+        ? readMaskedBmpRows(bytesOf(file), rowsAt, entry.size, entry.bits, false, ChannelMasks())
+        : readBmpRows(bytesOf(file), rowsAt, entry.size, entry.bits, false);
+    if (image.isNull())
+        return {};
+    image = image.convertToFormat(QImage::Format_ARGB32);
+    const size_t width = size_t(entry.size.width());
+    const size_t maskAt = rowsAt + (width * size_t(entry.bits) + 31) / 32 * 4 * size_t(image.height());
+    for (int y = 0; y < image.height(); ++y) {
+        const size_t from = maskAt + (width + 31) / 32 * 4 * size_t(image.height() - 1 - y);
+        QRgb *const row = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (size_t x = 0; x < width; ++x) {
+            if (bytes.u8(from + x / 8) >> (7 - x % 8) & 1)
+                row[x] = 0;
+        }
+    }
+    return image;
+}
+
 ImageInfo infoOf(const std::vector<Entry> &entries, int page)
 {
     const Entry &entry = entries.at(size_t(page));
@@ -88,11 +117,15 @@ Result<Picture> decodeIco(const EncodedFile &file, const DecodeHint &hint)
         return entries.failure();
     if (hint.page < 0 || hint.page >= int(entries->size()))
         return Failure{QStringLiteral("the icon file has no picture %1").arg(hint.page)};
-    Result<QImage> image = readByQt(file.bytes, "ico", {0, entries->at(size_t(hint.page)).number});
-    if (!image)
-        return image.failure();
+    const Entry &entry = entries->at(size_t(hint.page));
     Picture picture;
     picture.info = infoOf(*entries, hint.page);
+    picture.pixels = readColorIcon(file.bytes, entry);
+    if (!picture.isNull())
+        return picture;
+    Result<QImage> image = readByQt(file.bytes, "ico", {0, entry.number});
+    if (!image)
+        return image.failure();
     picture.pixels = *std::move(image);
     picture.info.size = picture.pixels.size();
     return picture;

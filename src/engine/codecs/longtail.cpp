@@ -120,7 +120,6 @@ constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
 constexpr Format mac{"MacPaint", "MAC", macHeader};
 constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
 constexpr Format pcx{"PCX", "PCX", pcxHeader};
-constexpr Format pnm{"PNM", "PNM", pnmHeader};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
 constexpr Format utah{"Utah RLE", "RLE", utahHeader};
 constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
@@ -134,7 +133,6 @@ const Codec rows[] = {
     row<pcx>("pcx", [](Bytes head) { return head.size() > 128 && sniffHeader<pcx>(head); }),
     row<dcx>("dcx", sniffHeader<dcx>),
     row<sgi>("rgb rgba sgi bw", sniffHeader<sgi>),
-    row<pnm>("pnm pbm pgm ppm pam", sniffHeader<pnm>),
     row<pcd>("pcd", sniffHeader<pcd>),
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),

@@ -23,7 +23,6 @@ std::optional<MagickHeader> hrzHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> macHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcxHeader(const ByteReader &bytes, int sizeIndex);
-std::optional<MagickHeader> pnmHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> wbmpHeader(const ByteReader &bytes, int sizeIndex);

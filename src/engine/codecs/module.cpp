@@ -50,6 +50,7 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &mspCodec,
             &cutCodec,
             &pmpCodec,
+            &pnmCodec,
             &fpxCodec,
             &softimageCodec,
             &pictorCodec,

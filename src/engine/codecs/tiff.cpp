@@ -156,13 +156,14 @@ QImage readConverted(TIFF *tiff, const TiffLayout &layout)
     TIFFRGBAImageEnd(&conversion);
     if (!read)
         return {};
-    // The library packs red lowest and multiplies colours with alpha.
+    // The library packs red lowest and multiplies colours with alpha, but never greys.
+    const bool multiplied = hasAlpha && !(layout.isGrey() && layout.hasPlainAlpha);
     for (int y = 0; y < image.height(); ++y) {
         QRgb *row = reinterpret_cast<QRgb *>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x) {
             const quint32 p = row[x];
             const QRgb color = qRgba(int(TIFFGetR(p)), int(TIFFGetG(p)), int(TIFFGetB(p)), int(TIFFGetA(p)));
-            row[x] = hasAlpha ? qUnpremultiply(color) : color | 0xff000000;
+            row[x] = multiplied ? qUnpremultiply(color) : hasAlpha ? color : color | 0xff000000;
         }
     }
     if (!hasAlpha)

@@ -202,6 +202,19 @@ private:
             to[i] = QRgba64::fromRgba64(
                 color(0), color(1), color(2), alpha ? deepSample(samples, first + colors) : quint16(0xffff));
         }
+        if (alpha && !m_layout.hasPlainAlpha)
+            divideByAlpha(to, count);
+    }
+
+    // No colour gets brighter than full, whatever the writer did.
+    static void divideByAlpha(QRgba64 *row, int count)
+    {
+        for (QRgba64 *pixel = row; pixel != row + count; ++pixel) {
+            const quint16 alpha = pixel->alpha();
+            *pixel = QRgba64::fromRgba64(
+                std::min(pixel->red(), alpha), std::min(pixel->green(), alpha), std::min(pixel->blue(), alpha), alpha)
+                         .unpremultiplied();
+        }
     }
 
     const TiffLayout &m_layout;

@@ -1,0 +1,149 @@
+#include "engine/ownfiles.h"
+#include "engine/rasterfiles.h"
+#include "support/support.h"
+
+#include <QTest>
+
+/// Variants of wide-spread simple formats that programs are known to read in different ways.
+class tst_Portable : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { useBuiltModules(); }
+    void everyVariantIsRead_data();
+    void everyVariantIsRead();
+    void foreignHeadersAreRefused_data();
+    void foreignHeadersAreRefused();
+
+private:
+    TemporaryHome m_home;
+};
+
+static QByteArray hex(const char *text)
+{
+    return QByteArray::fromHex(text);
+}
+
+/// One row of a bitmap with masks; a header of 56 bytes has four of them in itself.
+static QByteArray maskedBitmap(int width, int bits, const QList<int> &masks, const QByteArray &row)
+{
+    const int header = masks.size() == 4 ? 56 : 40;
+    QByteArray file = "BM" + le32(0) + le32(0) + le32(14 + 40 + 4 * int(masks.size())) + le32(header) + le32(width)
+        + le32(1) + le16(1) + le16(bits) + le32(masks.isEmpty() ? 0 : 3) + QByteArray(20, '\0');
+    for (const int mask : masks)
+        file += le32(mask);
+    return file + row.leftJustified((row.size() + 3) / 4 * 4, '\0');
+}
+
+/// Two pixels of which the second one is masked out.
+static QByteArray icon(int bits, const QByteArray &row)
+{
+    const QByteArray picture = le32(40) + le32(2) + le32(2) + le16(1) + le16(bits) + QByteArray(24, '\0')
+        + row.leftJustified((row.size() + 3) / 4 * 4, '\0') + hex("40000000");
+    return le16(0) + le16(1) + le16(1) + hex("02010000") + le16(1) + le16(bits) + le32(int(picture.size())) + le32(22)
+        + picture;
+}
+
+/// One pixel whose last sample is alpha.
+static QByteArray tiffPixel(int photometric, int bits, int alphaKind, const QByteArray &samples)
+{
+    const int count = int(samples.size()) * 8 / bits;
+    QByteArray file = "II" + le16(42) + le32(8) + le16(10);
+    const auto tag = [&](int number, int kind, int values, int value) {
+        file +=
+            le16(number) + le16(kind) + le32(values) + (kind == 3 && values == 1 ? le16(value) + le16(0) : le32(value));
+    };
+    constexpr int behind = 8 + 2 + 10 * 12 + 4;
+    tag(256, 3, 1, 1);
+    tag(257, 3, 1, 1);
+    tag(258, 3, count, count > 2 ? behind : bits | bits << 16);
+    tag(259, 3, 1, 1);
+    tag(262, 3, 1, photometric);
+    tag(273, 4, 1, behind + 2 * count);
+    tag(277, 3, 1, count);
+    tag(278, 3, 1, 1);
+    tag(279, 4, 1, int(samples.size()));
+    tag(338, 3, 1, alphaKind);
+    file += le32(0);
+    for (int i = 0; i < count; ++i)
+        file += le16(bits);
+    return file + samples;
+}
+
+void tst_Portable::everyVariantIsRead_data()
+{
+    QTest::addColumn<QString>("extension");
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<QByteArray>("colors");
+    const auto row = [](const char *name, const char *extension, const QByteArray &file, int bits, const char *colors) {
+        QTest::newRow(name) << QString::fromLatin1(extension) << file << bits << QByteArray(colors);
+    };
+    row("PBM without blanks", "pbm", "P1 #c 9\n3 1\n101", 1, "000000 ffffff 000000");
+    row("PBM of bytes", "pbm", "P4\n3 1\n" + hex("40"), 1, "ffffff 000000 ffffff");
+    row("PGM up to 1", "pgm", "P5 2 1 1\n" + hex("0001"), 8, "000000 ffffff");
+    row("PGM up to 1000", "pgm", "P5 3 1 1000\n" + hex("0000 01f4 03e8"), 8, "000000 808080 ffffff");
+    row("PGM over its largest", "pgm", "P2 2 1 10 5 20", 8, "808080 ffffff");
+    row("PGM whose first pixel looks blank", "pgm", "P5 2 1 255\n  ", 8, "202020 202020");
+    row("PPM up to 1", "ppm", "P6\r1 1\r1\r" + hex("010001"), 24, "ff00ff");
+    row("cut PPM", "ppm", "P6 1 2 255\n" + hex("01020304"), 24, "partial: 010203 ffffff");
+    const auto pam = [](int depth, int largest, const QByteArray &pixels) {
+        return QByteArray("P7\n# c\nHEIGHT 1\nWIDTH 2\nDEPTH %1\nMAXVAL %2\nTUPLTYPE X\nENDHDR\n")
+                   .replace("%1", QByteArray::number(depth))
+                   .replace("%2", QByteArray::number(largest))
+            + pixels;
+    };
+    row("PAM of two colours", "pam", pam(1, 1, hex("0100")), 1, "ffffff 000000");
+    row("PAM of two colours and clear", "pam", pam(2, 1, hex("01000101")), 2, "00ffffff ffffff");
+    row("PAM with alpha", "pam", pam(4, 255, hex("0102038004050607")), 32, "80010203 07040506");
+    row("deep PAM", "pam", pam(3, 65535, hex("010102020303 ffff0000ffff")), 48, "010203 ff00ff");
+    row("XBM", "xbm", "#define a_width 9\n#define a_height 1\nstatic char a_bits[] = {0x02, 1};", 1,
+        "ffffff 000000 ffffff ffffff ffffff ffffff ffffff ffffff 000000");
+    row("XBM of X10", "xbm", "#define a_width 9\n#define a_height 1\nstatic short a_bits[] = {0x0102};", 1,
+        "ffffff 000000 ffffff ffffff ffffff ffffff ffffff ffffff 000000");
+    row("BMP of 15 bits", "bmp", maskedBitmap(2, 16, {}, hex("ff7f1f00")), 16, "ffffff 0000ff");
+    row("BMP of 16 bits", "bmp", maskedBitmap(2, 16, {0xf800, 0x7e0, 0x1f}, hex("ffff1008")), 16, "ffffff 080084");
+    row("BMP of 8 bits in 16", "bmp", maskedBitmap(2, 16, {0xe0, 0x1c, 3}, hex("ff004100")), 16, "ffffff 490055");
+    row("BMP with a bit of alpha", "bmp", maskedBitmap(2, 16, {0x7c00, 0x3e0, 0x1f, 0x8000}, hex("00fc007c")), 16,
+        "ff0000 00ff0000");
+    row("BMP of 30 bits", "bmp", maskedBitmap(1, 32, {0x3ff00000, 0xffc00, 0x3ff}, hex("0030f03f")), 32, "ff0300");
+    row("icon of 16 bits", "ico", icon(16, hex("1f00ff7f")), 16, "0000ff 00000000");
+    row("icon of 24 bits", "ico", icon(24, hex("102030405060")), 24, "302010 00000000");
+    row("TIFF of grey with alpha", "tif", tiffPixel(1, 8, 2, hex("4080")), 16, "80404040");
+    row("TIFF of deep colours times alpha", "tif", tiffPixel(2, 16, 1, hex("00400020ffff0080")), 64, "808040ff");
+}
+
+void tst_Portable::everyVariantIsRead()
+{
+    QFETCH(QString, extension);
+    QFETCH(QByteArray, file);
+    QFETCH(int, bits);
+    const Result<Picture> picture = decode({file, extension});
+    QTEST(colorsOf(picture), "colors");
+    QCOMPARE(picture->info.bitsPerPixel, bits);
+    const Result<ImageInfo> info = probe({file, extension});
+    QVERIFY2(info, qPrintable(info.reason()));
+    QCOMPARE(info->bitsPerPixel, bits);
+    QCOMPARE(info->size, picture->pixels.size());
+}
+
+void tst_Portable::foreignHeadersAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("words for numbers") << QByteArray("P6 wide 10 255\n") + QByteArray(300, '\1');
+    QTest::newRow("nothing between 0 and 0") << QByteArray("P5 2 2 0\nabcd");
+    QTest::newRow("largest of three bytes") << QByteArray("P5 2 2 65536\nabcdefgh");
+    QTest::newRow("less than a row") << QByteArray("P5 60000 30000 255\nabc");
+    QTest::newRow("a header without end") << QByteArray("P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE X");
+    QTest::newRow("negative sides") << QByteArray("P7\nWIDTH -2\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\nabc");
+    QTest::newRow("five channels") << QByteArray("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 255\nENDHDR\nabcde");
+}
+
+void tst_Portable::foreignHeadersAreRefused()
+{
+    QFETCH(QByteArray, file);
+    QVERIFY(!decode({file, QStringLiteral("pnm")}));
+}
+
+QTEST_GUILESS_MAIN(tst_Portable)
+#include "tst_portable.moc"
