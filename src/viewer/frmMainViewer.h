@@ -98,13 +98,14 @@ public:
         *mnuFileSendToEmailAttachment{}, *mnuFilePrintImage{}, *mnuFilePrinterSetup{}, *mnuFileProperties{},
         *mnuFileSelectViewer{}, *mnuFileExit{};
     QAction *mnuEdit{}, *mnuPictureCopy{}, *mnuEditCopyPictureLink{}, *mnuEditCopyFilesTo{}, *mnuEditMoveFilesTo{},
-        *mnuEditDeleteFiles{}, *mnuEditZoom{}, *mnuEditZoomIn{}, *mnuEditZoomOut{};
+        *mnuEditDeleteFiles{}, *mnuEditMoveToTrash{}, *mnuEditUndoTrash{}, *mnuEditRenameFile{}, *mnuEditZoom{},
+        *mnuEditZoomIn{}, *mnuEditZoomOut{};
     std::array<QAction *, 12> mnuEditZoomLevel{}; ///< 1 to 11
     QAction *mnuPicture{}, *mnuPictureAddOne{}, *mnuPictureAddAll{}, *mnuPictureRemoveOne{}, *mnuPictureRemoveAll{},
         *mnuPictureNext{}, *mnuPicturePrevious{}, *mnuPictureViewer{}, *mnuPictureThumbNailViewer{},
         *mnuBrowseFolderView{}, *mnuPictureImageSummary{}, *mnuPictureAdvListManagement{},
         *mnuPictureDesktopWallpaper{}, *mnuPictureWallPaperCentered{}, *mnuPictureWallPaperStretched{},
-        *mnuPictureWallPaperTiled{}, *mnuPictureWallPaperClear{};
+        *mnuPictureWallPaperTiled{}, *mnuPictureWallPaperClear{}, *mnuPictureWallPaperRestore{};
     QAction *mnuView{}, *mnuViewFullScreen{}, *mnuViewFullPlayerImage{}, *mnuViewFullWidthList{}, *mnuViewToolbars{},
         *mnuViewToolbarsMainToolbar{}, *mnuViewToolbarsShowCaptions{}, *mnuViewToolbarsCaptionsBottom{},
         *mnuViewToolbarsCaptionsRight{};
@@ -126,9 +127,17 @@ public:
     void mnuFileSaveImageAs_Click();
     void mnuFileSaveThumbnail_Click();
     void mnuFileSelectViewer_Click();
+    void mnuFileBatchConvertImages_Click();
+    void mnuFileSendToEmailAttachment_Click();
     void mnuFileExit_Click();
     void mnuPictureCopy_Click();
     void mnuEditCopyPictureLink_Click();
+    void mnuEditCopyFilesTo_Click();
+    void mnuEditMoveFilesTo_Click();
+    void mnuEditDeleteFiles_Click();
+    void mnuEditMoveToTrash_Click();
+    void mnuEditUndoTrash_Click();
+    void mnuEditRenameFile_Click();
     void mnuEditZoomLevel_Click(int item);
     void zoominc_Click();
     void zoomdec_Click();
@@ -136,15 +145,23 @@ public:
     void mnuPicturePrevious_Click();
     void mnuPictureViewer_Click();
     void mnuBrowseFolderView_Click();
+    void mnuPictureThumbNailViewer_Click();
+    void mnuPictureAdvListManagement_Click();
+    void mnuPictureWallPaperCentered_Click();
+    void mnuPictureWallPaperStretched_Click();
+    void mnuPictureWallPaperTiled_Click();
+    void mnuPictureWallPaperClear_Click();
+    void mnuPictureWallPaperRestore_Click();
+    void mnuViewFullScreen_Click();
     void mnuViewFullPlayerImage_Click();
     void mnuViewFullWidthList_Click();
     void mnuViewToolbarsMainToolbar_Click();
     void mnuViewToolbarsShowCaptions_Click();
     void mnuViewToolbarsCaptionsBottom_Click();
     void mnuViewToolbarsCaptionsRight_Click();
-    void mnuSlideShowRunSlideShow_Click();
-    void mnuSlideShowFullScreen_Click();
     void mnuOptionsPreferences_Click();
+    void mnuOptionsDisplayOptions_Click();
+    void mnuToolsVolumeControls_Click();
     void mnuHelpHelp_Click();
     /// The toolbar button with a key, as a text compared.
     QAction *toolbarButton(const QString &key) const;
@@ -205,6 +222,21 @@ public:
     void ShowStatusBarText(const QString &text, bool withDimensions);
     void ShowFileTypeIcon(const QString &extension);
     void OpenDisplayItem();
+
+    // --- the Media Show: frmMainViewer_mediashow.cpp
+    void mnuSlideShowFullScreen_Click();
+    void mnuSlideShowFullViewer_Click();
+    void mnuSlideShowRunSlideShow_Click();
+    void mnuSlideShowShuffleMediaFile_Click();
+    void mnuSlideShowResetShuffleHistory_Click();
+    void mnuSlideShowInterval_Click();
+    void tmrSlideShow_Timer();
+    /// One step of a show.
+    void ChangeSlides();
+    /// One step in shuffle mode.
+    void PickShuffleItem();
+    /// Shows the current item in frmSlideShowFullScreen.
+    void ShowInFullScreen();
 
     // --- playback: frmMainViewer_playback.cpp
     void wmp9_PlayStateChange(int newState);

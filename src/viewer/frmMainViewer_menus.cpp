@@ -45,6 +45,9 @@ const MenuRow rows[] = {
     {ITEM(mnuEditCopyFilesTo), "mnuEdit", "-Copy &Files To", "F5", ""},
     {ITEM(mnuEditMoveFilesTo), "mnuEdit", "&Move Files To", "F6", ""},
     {ITEM(mnuEditDeleteFiles), "mnuEdit", "&Delete Files", "Shift+Del", "edit-delete"},
+    {ITEM(mnuEditMoveToTrash), "mnuEdit", "Move Selected Files to &Trash", "Ctrl+Shift+Del", "user-trash"},
+    {ITEM(mnuEditUndoTrash), "mnuEdit", "&Undo Move to Trash", "Ctrl+Alt+Z", "edit-undo"},
+    {ITEM(mnuEditRenameFile), "mnuEdit", "&Rename File", "F2", "edit-rename"},
     {ITEM(mnuEditZoom), "mnuEdit", "-&Zoom", "", "zoom", nullptr, submenu},
     {ITEM(mnuEditZoomIn), "mnuEdit", "Zoom &In", "Ctrl++", "zoom-in", &V::zoominc_Click},
     {ITEM(mnuEditZoomOut), "mnuEdit", "Zoom Ou&t", "Ctrl+-", "zoom-out", &V::zoomdec_Click},
@@ -66,6 +69,7 @@ const MenuRow rows[] = {
     {ITEM(mnuPictureWallPaperStretched), "mnuPictureDesktopWallpaper", "&Stretched", "Ctrl+Alt+2", "wallpaper-stretched"},
     {ITEM(mnuPictureWallPaperTiled), "mnuPictureDesktopWallpaper", "&Tiled", "Ctrl+Alt+3", "wallpaper-tiled"},
     {ITEM(mnuPictureWallPaperClear), "mnuPictureDesktopWallpaper", "&Remove Wallpaper", "Ctrl+Alt+4", "wallpaper-removed"},
+    {ITEM(mnuPictureWallPaperRestore), "mnuPictureDesktopWallpaper", "-R&estore Wallpaper of Before", "Ctrl+Alt+5", "edit-undo"},
 
     {ITEM(mnuView), "", "&View", "", "", nullptr, submenu},
     {ITEM(mnuViewFullPlayerImage), "mnuView", "Full Width Media &Player / Image", "F7", "view-wide", &V::mnuViewFullPlayerImage_Click, check},
