@@ -78,9 +78,9 @@ frmSlideShowFullScreen::frmSlideShowFullScreen(QWidget *parent)
         control->setMouseTracking(true);
         control->installEventFilter(this);
     }
-    m_pointer.setSingleShot(true);
-    m_pointer.setInterval(pointerStays);
-    connect(&m_pointer, &QTimer::timeout, this, &frmSlideShowFullScreen::hidePointer);
+    tmrPointer.setSingleShot(true);
+    tmrPointer.setInterval(pointerStays);
+    connect(&tmrPointer, &QTimer::timeout, this, &frmSlideShowFullScreen::hidePointer);
 }
 
 void frmSlideShowFullScreen::Form_Load()
@@ -94,7 +94,7 @@ void frmSlideShowFullScreen::Form_Activate()
     layOut();
     PaintFormBackground(this, QStringLiteral("OTHER"));
     picImage->setFocus();
-    m_pointer.start();
+    tmrPointer.start();
 }
 
 void frmSlideShowFullScreen::Form_Unload()
@@ -299,13 +299,13 @@ void frmSlideShowFullScreen::showPointer()
 {
     unsetCursor();
     cmdClose->show();
-    m_pointer.start();
+    tmrPointer.start();
 }
 
 void frmSlideShowFullScreen::hidePointer()
 {
     if (cmdClose->underMouse()) {
-        m_pointer.start();
+        tmrPointer.start();
         return;
     }
     cmdClose->hide();

@@ -24,6 +24,8 @@ public:
     CONTROL(Text1, QLabel); ///< the name of the file, above the picture
     CONTROL(Text2, QLabel); ///< the same, directly above it
 
+    QTimer tmrPointer; ///< runs out a moment after the pointer was moved
+
     /// Whether the window is there and in sight.
     static bool isUp();
     /// Comes up in front, on the screen that `viewer` is on.
@@ -59,5 +61,4 @@ private:
     void showPointer();
     void hidePointer();
     QSize m_pictureSize;
-    QTimer m_pointer; ///< how long the pointer stays after it moved
 };

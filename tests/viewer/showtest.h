@@ -22,6 +22,7 @@ public:
     QString file;
     double position = 61.9;
     int plays = 0;
+    static constexpr QRgb frameColor = 0xff40c080;
 
     void change(PlayState now)
     {
@@ -49,11 +50,16 @@ public:
     double duration() const override { return 3725.4; }
     double currentPosition() const override { return position; }
     void setCurrentPosition(double seconds) override { position = seconds; }
-    QImage frame(QSize) override { return {}; }
+    QImage frame(QSize size) override
+    {
+        QImage frame(size, QImage::Format_RGB32);
+        frame.fill(frameColor);
+        return frame;
+    }
     void setVisible(bool) override { }
 };
 
-/// Grabs each frame that a window hands to the screen, and keeps the colour of its middle.
+/// Looks at the screen before each event of a widget, so at least once in each frame, and keeps every colour it sees.
 class FrameWatch : public QObject
 {
 public:
@@ -67,10 +73,8 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        // A window paints and flushes inside its update request: what stands on the screen is looked at before the next
-        // one, and before anything else of any window.
-        const bool paints = event->type() == QEvent::UpdateRequest || event->type() == QEvent::Paint;
-        if (paints && watched->isWidgetType()) {
+        // Half of a frame is seen by nobody: a window hands it over when all of it is painted.
+        if (watched->isWidgetType() && event->type() != QEvent::Paint) {
             const QColor color = m_look();
             if (seen.isEmpty() || seen.last() != color)
                 seen.append(color);
@@ -134,10 +138,11 @@ protected:
     QStringList pictures(int count) const { return m_pictures.first(count); }
 
     /// The event that an elapsed interval sends.
-    void tick()
+    void tick() { elapse(viewer().tmrSlideShow); }
+    static void elapse(QTimer &timer)
     {
-        QTimerEvent elapsed(viewer().tmrSlideShow.timerId());
-        QCoreApplication::sendEvent(&viewer().tmrSlideShow, &elapsed);
+        QTimerEvent elapsed(timer.timerId());
+        QCoreApplication::sendEvent(&timer, &elapsed);
     }
     int current() { return globals.CurrentListIndex; }
     QString caption(const QAction *item) const { return item->text(); }

@@ -255,12 +255,17 @@ void tst_fullscreen_show::howeverTheWindowGoesTheShowIsOver()
 void tst_fullscreen_show::thePointerHidesAndComesBack()
 {
     startShow();
-    QTRY_COMPARE_WITH_TIMEOUT(fullScreen().cursor().shape(), Qt::BlankCursor, 10000);
+    QTRY_VERIFY(fullScreen().tmrPointer.isActive());
+    elapse(fullScreen().tmrPointer);
+    QCOMPARE(fullScreen().cursor().shape(), Qt::BlankCursor);
     QVERIFY(!fullScreen().cmdClose->isVisible());
     tick();
     QVERIFY2(!QGuiApplication::overrideCursor(), "no busy pointer between two pictures");
-    QTest::mouseMove(fullScreen().imgImage, QPoint(3, 3));
-    QTRY_VERIFY(fullScreen().cursor().shape() != Qt::BlankCursor);
+    const QPointF place(3, 3);
+    QMouseEvent move(QEvent::MouseMove, place, fullScreen().imgImage->mapToGlobal(place), Qt::NoButton, Qt::NoButton,
+        Qt::NoModifier);
+    QCoreApplication::sendEvent(fullScreen().imgImage, &move);
+    QVERIFY(fullScreen().cursor().shape() != Qt::BlankCursor);
     QVERIFY(fullScreen().cmdClose->isVisible());
 }
 
@@ -303,7 +308,8 @@ void tst_fullscreen_show::disturbedAtEachYield()
         QVERIFY2(!(ended || other) || !isFullScreenLoaded(), where);
         globals.ProgramExiting = false;
     };
-    forEachYield(prepare, [&] { viewer().mnuSlideShowFullScreen_Click(); }, disturb, check);
+    forEachYield(
+        prepare, [&] { viewer().mnuSlideShowFullScreen_Click(); }, disturb, check);
 }
 
 void tst_fullscreen_show::picturesAreDecodedForTheScreen()
@@ -322,8 +328,7 @@ void tst_fullscreen_show::picturesAreDecodedForTheScreen()
         const auto next = PictureCache::instance().load(paths.last(), -1, QSize(8, 8));
         return next ? (*next)->current().pixels.width() : 0;
     };
-    QTRY_VERIFY(PictureCache::instance().bytesHeld() > 2 * 4 * qint64(place.width()) * place.height());
-    QVERIFY(ahead() >= place.width());
+    QTRY_VERIFY(ahead() >= place.width());
 }
 
 void tst_fullscreen_show::noFrameBetweenTwoPicturesIsEmpty()
@@ -360,7 +365,8 @@ int main(int argc, char **argv)
     screens.write(R"({"screens": [{"name": "one", "x": 0, "y": 0, "width": 1024, "height": 768, "dpr": 1},
         {"name": "two", "x": 1024, "y": 0, "width": 1280, "height": 720, "dpr": 2}]})");
     screens.close();
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("offscreen"))
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")
+        || qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("offscreen"))
         qputenv("QT_QPA_PLATFORM", QByteArray("offscreen:configfile=") + QFile::encodeName(screens.fileName()));
     QApplication application(argc, argv);
     tst_fullscreen_show test;

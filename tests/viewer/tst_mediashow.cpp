@@ -426,7 +426,8 @@ void tst_mediashow::disturbedAtEachYield_data()
     QTest::addColumn<bool>("shuffle");
     QTest::addColumn<QString>("by");
     for (const bool shuffle : {false, true}) {
-        for (const char *by : {"a stop", "an empty list", "another list", "a start and a stop", "another step", "the end"})
+        for (const char *by :
+            {"a stop", "an empty list", "another list", "a start and a stop", "another step", "the end"})
             QTest::addRow("%s, %s", shuffle ? "shuffle" : "forward", by) << shuffle << QString::fromLatin1(by);
     }
 }
@@ -477,7 +478,8 @@ void tst_mediashow::disturbedAtEachYield()
         QVERIFY2(globals.ShuffleCount == globals.ShuffleHistory.count(true), where);
         globals.ProgramExiting = false;
     };
-    forEachYield(prepare, [&] { viewer().mnuSlideShowRunSlideShow_Click(); }, disturb, check);
+    forEachYield(
+        prepare, [&] { viewer().mnuSlideShowRunSlideShow_Click(); }, disturb, check);
 }
 
 void tst_mediashow::whatComesNextIsDecoded_data()
@@ -499,7 +501,7 @@ void tst_mediashow::whatComesNextIsDecoded()
         paths.append(home().writePicture(QStringLiteral("size%1.png").arg(i), {1 << i, 4}));
     fill(paths, 4);
     viewer().mnuSlideShowLoopAround->setChecked(true);
-    (order == QLatin1String("forward")       ? viewer().mnuSlideShowForwardOrder
+    (order == QLatin1String("forward")          ? viewer().mnuSlideShowForwardOrder
             : order == QLatin1String("reverse") ? viewer().mnuSlideShowReverseOrder
                                                 : viewer().mnuSlideShowShuffleOrder)
         ->trigger();
@@ -530,7 +532,7 @@ void tst_mediashow::noFrameBetweenTwoPicturesIsEmpty()
     viewer().mnuSlideShowRunSlideShow_Click();
     for (int i = 0; i < 5; ++i) {
         const auto picture = viewer().Image1->picture();
-        expected.append(picture ? picture->current().pixels.pixelColor(0, 0) : QColor(Qt::black));
+        expected.append(picture ? picture->current().pixels.pixelColor(0, 0) : QColor(ObedientPlayer::frameColor));
         QTRY_COMPARE(onScreen(*viewer().Picture1), expected.last());
         player->change(Player::Stopped);
         tick();
