@@ -61,6 +61,7 @@ struct Waiting
     QString path;
     int sizeIndex;
     QSize target;
+    PictureCache::Prepare prepare;
 };
 
 }
@@ -187,10 +188,12 @@ void PictureCache::Private::decodeAhead(const Waiting &next)
         if (!picture)
             flight = takeOff(key, next.sizeIndex);
     }
-    if (flight)
-        ignore(decodeNow(flight, next.path, next.target));
-    else
+    if (picture)
         enlarge(picture, next.target);
+    else if (const Answer answer = decodeNow(flight, next.path, next.target))
+        picture = *answer;
+    if (picture && next.prepare)
+        next.prepare(*picture);
 }
 
 /// A picture that was decoded for a smaller pane gets the pixels for a larger one.
@@ -272,12 +275,12 @@ Result<Loaded> PictureCache::load(const QString &path, int sizeIndex, QSize targ
     return picture;
 }
 
-void PictureCache::prefetch(const QStringList &paths, int sizeIndex, QSize target)
+void PictureCache::prefetch(const QStringList &paths, int sizeIndex, QSize target, const Prepare &prepare)
 {
     const std::lock_guard lock(d->mutex);
     d->queue.clear();
     for (const QString &path : paths)
-        d->queue.push_back({path, sizeIndex, target});
+        d->queue.push_back({path, sizeIndex, target, prepare});
     d->startWorkers();
     d->workCame.notify_all();
 }

@@ -290,6 +290,7 @@ private:
     bool addListEntries(const QStringList &entries, bool standard);
     void readListInto(const QString &path, bool standard);
     void prefetchNeighbours();
+    std::function<void(const LoadedPicture &picture)> scalingForPanes() const;
     void makeSlideShowItems();
     void chooseOneOf(const QVector<std::pair<QAction *, const char *>> &group);
     void beginShow();

@@ -20,32 +20,6 @@
 #include <optional>
 #include <utility>
 
-namespace {
-
-/// The last frame stays on the screen for the length of a scope: what is taken apart and put together meanwhile is seen
-/// at its end.
-class FrameHeld
-{
-public:
-    explicit FrameHeld(QWidget *widget)
-        : m_widget(widget->updatesEnabled() ? widget : nullptr)
-    {
-        widget->setUpdatesEnabled(false);
-    }
-    ~FrameHeld()
-    {
-        if (m_widget)
-            m_widget->setUpdatesEnabled(true);
-    }
-    FrameHeld(const FrameHeld &) = delete;
-    FrameHeld &operator=(const FrameHeld &) = delete;
-
-private:
-    QPointer<QWidget> m_widget;
-};
-
-}
-
 void frmMainViewer::ShowSelectedDisplayItem()
 {
     if (!globals.ItemSelectionBusy)
@@ -442,7 +416,33 @@ void frmMainViewer::prefetchNeighbours()
         if (!path.isEmpty() && GetMediaKind(path) != kindMotion && !usesPhotoCDSize(path))
             paths.append(path);
     }
-    PictureCache::instance().prefetch(paths, -1, displayTarget());
+    PictureCache::instance().prefetch(paths, -1, displayTarget(), scalingForPanes());
+}
+
+/// Scales a picture that was decoded ahead to the places that it will have; runs on the threads of the cache.
+std::function<void(const LoadedPicture &picture)> frmMainViewer::scalingForPanes() const
+{
+    struct Pane
+    {
+        QSize pixels;
+        QSize stretchedTo; ///< empty: the picture is fitted
+        double zoom;
+        double ratio;
+    };
+    const bool stretched = form<frmPreferences>().chkStretch->isChecked();
+    QVector<Pane> panes{
+        {paneSize(), stretched ? Picture1->size() : QSize(), GetZoomFactor(), Picture1->devicePixelRatioF()}};
+    if (frmSlideShowFullScreen::isUp()) {
+        const auto &window = form<frmSlideShowFullScreen>();
+        panes.append({window.paneSize(), QSize(), 1, window.devicePixelRatioF()});
+    }
+    return [panes](const LoadedPicture &picture) {
+        for (const Pane &pane : panes) {
+            const QRect fitted(QPoint(), fitIntoPane(picture.info().size, pane.zoom, pane.pixels));
+            const QSize place = pane.stretchedTo.isEmpty() ? onDesktop(fitted, pane.ratio).size() : pane.stretchedTo;
+            ImagePane::prepare(picture, place, pane.ratio);
+        }
+    };
 }
 
 void frmMainViewer::wheelZoom(int steps, QPoint position)

@@ -267,6 +267,10 @@ void frmMainViewer::changeSlidesOnce()
     const auto isOver = [&] { return m_showTicket != ticket || globals.ProgramExiting || lstDisplay->isEmpty(); };
     if (isOver())
         return;
+    // Full screen the picture comes first, and the list and the pane behind it are painted afterwards.
+    std::optional<FrameHeld> held;
+    if (mnuSlideShowFullScreen->isChecked())
+        held.emplace(centralWidget());
     if (mnuSlideShowShuffleOrder->isChecked()) {
         if (shuffleOn())
             showShuffled();
@@ -300,6 +304,7 @@ void frmMainViewer::changeSlidesOnce()
         ShowInFullScreen();
         Yield();
     }
+    held.reset();
     Yield();
     if (!isOver())
         prefetchForShow();
@@ -319,7 +324,7 @@ void frmMainViewer::prefetchForShow()
         if (!path.isEmpty() && GetMediaKind(path) != kindMotion)
             paths.append(path);
     }
-    PictureCache::instance().prefetch(paths, photoCDSizeIndex(), displayTarget());
+    PictureCache::instance().prefetch(paths, photoCDSizeIndex(), displayTarget(), scalingForPanes());
 }
 
 // --- shuffle

@@ -395,8 +395,8 @@ void Pool::retireIdle(Clock::time_point now)
     }
 }
 
-/// The first moment after `now` at which another one becomes old. The one that stays is old already, and waiting for its
-/// moment again would never wait at all.
+/// The first moment after `now` at which another one becomes old. The one that stays is old already, and waiting for
+/// its moment again would never wait at all.
 std::optional<Clock::time_point> Pool::nextRetirement(Clock::time_point now) const
 {
     std::optional<Clock::time_point> next;
