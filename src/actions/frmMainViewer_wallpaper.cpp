@@ -49,3 +49,8 @@ void frmMainViewer::mnuPictureWallPaperClear_Click()
 {
     SetWallpaper(QString(), false, false);
 }
+
+void frmMainViewer::mnuPictureWallPaperRestore_Click()
+{
+    RestoreWallpaper();
+}
