@@ -1,6 +1,7 @@
 #include "viewer/frmMainViewer.h"
 
 #include "actions/wallpaper.h"
+#include "platform/desktoptools.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 
@@ -53,4 +54,10 @@ void frmMainViewer::mnuPictureWallPaperClear_Click()
 void frmMainViewer::mnuPictureWallPaperRestore_Click()
 {
     RestoreWallpaper();
+}
+
+void frmMainViewer::mnuOptionsDisplayOptions_Click()
+{
+    if (!openDesktopTool(DesktopTool::DisplaySettings))
+        qCWarning(wallpaper, "this desktop has no known display settings");
 }

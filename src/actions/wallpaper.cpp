@@ -5,6 +5,8 @@
 #include "platform/registrystore.h"
 #include "platform/wallpaper.h"
 
+#include <QPainter>
+
 namespace {
 
 const QString desktopKey = QStringLiteral("Control Panel\\Desktop");
@@ -18,6 +20,17 @@ WallpaperPlacement placementOf(bool centered, bool stretched)
     return centered ? WallpaperPlacement::Centered : WallpaperPlacement::Tiled;
 }
 
+/// Desktops read transparency in a bitmap as they like: there is none in it.
+Picture overWhite(const Picture &picture)
+{
+    QImage ground(picture.pixels.size(), QImage::Format_RGB32);
+    if (ground.isNull())
+        return picture;
+    ground.fill(Qt::white);
+    QPainter(&ground).drawImage(0, 0, picture.pixels);
+    return Picture::fromImage(ground);
+}
+
 }
 
 QString wallpaperFileName()
@@ -27,7 +40,8 @@ QString wallpaperFileName()
 
 Result<void> saveWallpaperPicture(const LoadedPicture &picture)
 {
-    return encodeFile(picture.full(), wallpaperFileName(), TypeCode::Bmp);
+    const Picture full = picture.full();
+    return encodeFile(hasTransparency(full) ? overWhite(full) : full, wallpaperFileName(), TypeCode::Bmp);
 }
 
 void SetWallpaper(const QString &fileName, bool centered, bool stretched)

@@ -101,7 +101,7 @@ const MenuRow rows[] = {
     {ITEM(mnuOptions), "", "&Options", "", "", nullptr, submenu},
     {ITEM(mnuOptionsPreferences), "mnuOptions", "&Preferences", "Ctrl+,", "configure", &V::mnuOptionsPreferences_Click},
     {ITEM(mnuOptionsMinimizeSystemTray), "mnuOptions", "&Minimize to System Tray", "", "", nullptr, check},
-    {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", ""},
+    {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", "", &V::mnuOptionsDisplayOptions_Click},
 
     {ITEM(mnuTools), "", "&Tools", "", "", nullptr, submenu},
     {ITEM(mnuToolsVolumeControls), "mnuTools", "&Volume Controls", "Ctrl+Alt+V", ""},

@@ -1,5 +1,6 @@
 #include "platform/plasmashell.h"
 #include "platform/wallpapertest.h"
+#include "support/privatebus.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -83,7 +84,6 @@ class tst_wallpaperbus : public WallpaperTest
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void cleanupTestCase();
     void cleanup();
     void plasmaHangsItOnEveryDesktop();
     void xfceHangsItOnEveryMonitorAndWorkspace();
@@ -102,7 +102,7 @@ private:
         m_service = QLatin1String(service);
         m_path = QLatin1String(path);
     }
-    QProcess m_bus;
+    std::unique_ptr<PrivateBus> m_bus;
     QString m_picture;
     QString m_service;
     QString m_path;
@@ -111,21 +111,10 @@ private:
 void tst_wallpaperbus::initTestCase()
 {
     startInNoSession();
-    if (QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty())
-        QSKIP("DBUS MISSING: the package dbus is needed");
-    m_bus.start(QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-    QVERIFY(m_bus.waitForReadyRead(30000));
-    const QByteArray address = m_bus.readLine().trimmed();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-    QVERIFY(QDBusConnection::connectToBus(QString::fromLatin1(address), QStringLiteral("stand-in")).isConnected());
+    m_bus = std::make_unique<PrivateBus>();
+    SKIP_WITHOUT_BUS(*m_bus);
+    QVERIFY(QDBusConnection::connectToBus(m_bus->address(), QStringLiteral("stand-in")).isConnected());
     m_picture = writePicture(QStringLiteral("a.bmp"), QSize(6, 5));
-}
-
-void tst_wallpaperbus::cleanupTestCase()
-{
-    m_bus.terminate();
-    m_bus.waitForFinished();
 }
 
 void tst_wallpaperbus::cleanup()

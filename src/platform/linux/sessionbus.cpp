@@ -1,9 +1,9 @@
 #include "platform/sessionbus.h"
 
+#include "platform/sessionbusaddress.h"
+
 #include <mutex>
 #include <thread>
-
-#include <sys/stat.h>
 
 struct SessionBus::Joining
 {
@@ -11,25 +11,6 @@ struct SessionBus::Joining
     SessionBus *owner = nullptr; ///< null once nobody waits any more
     bool connected = false;
 };
-
-namespace {
-
-/// Empty when there is no bus: asking the library for one then would start it.
-QString sessionBusAddress()
-{
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    if (!address.isEmpty())
-        return QString::fromUtf8(address);
-    const QByteArray path = qgetenv("XDG_RUNTIME_DIR") + "/bus";
-    struct stat state
-    {
-    };
-    if (path.startsWith('/') && ::stat(path.constData(), &state) == 0 && S_ISSOCK(state.st_mode))
-        return QStringLiteral("unix:path=") + QString::fromLatin1(path.toPercentEncoding("/"));
-    return QString();
-}
-
-}
 
 SessionBus::SessionBus(const QString &name)
     : m_base(name)
