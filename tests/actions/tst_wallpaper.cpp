@@ -63,6 +63,7 @@ void tst_wallpaper::initTestCase()
     QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner);
     qputenv("PATH", QFile::encodeName(home()) + "bin:" + qgetenv("PATH"));
     qputenv("XDG_CURRENT_DESKTOP", "LXQt");
+    qputenv("LUMORA_TEST_DESKTOP", "1");
     for (const char *variable : {"WAYLAND_DISPLAY", "SWAYSOCK", "DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
         qunsetenv(variable);
 }

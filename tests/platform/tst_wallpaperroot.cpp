@@ -74,7 +74,7 @@ private Q_SLOTS:
     void tilesBeginAtTheTopLeft();
     void theOldPixmapIsFreed();
     void somebodyElsesPixmapComesBack();
-    void whereNothingHungNothingComesBack();
+    void theColorOfTheDesktopStays();
 
 private:
     /// What a client that comes now finds in the property, as pixels.
@@ -218,7 +218,7 @@ void tst_wallpaperroot::somebodyElsesPixmapComesBack()
     const Result<xcb_pixmap_t> pixmap = other.makePixmap(tile);
     QVERIFY(pixmap);
     other.setRootProperty(pixmapProperty, XCB_ATOM_PIXMAP, *pixmap);
-    other.showOnRoot(*pixmap);
+    other.showPixmapOnRoot(*pixmap);
     other.finish();
     const QImage before = seen();
     set(saved(quarters({10, 10})), WallpaperPlacement::Stretched);
@@ -231,16 +231,25 @@ void tst_wallpaperroot::somebodyElsesPixmapComesBack()
     QVERIFY(!desktopWallpaper().canRestore());
 }
 
-void tst_wallpaperroot::whereNothingHungNothingComesBack()
+void tst_wallpaperroot::theColorOfTheDesktopStays()
 {
+    const QRgb color = qRgb(0x22, 0x44, 0x66);
     {
         XServer server;
-        server.deleteRootProperty(pixmapProperty);
-        server.deleteRootProperty("ESETROOT_PMAP_ID");
-        server.showOnRoot(XCB_NONE);
+        for (const char *name : {pixmapProperty, "ESETROOT_PMAP_ID"})
+            server.deleteRootProperty(name);
+        server.showColorOnRoot(color);
         server.finish();
     }
     const QImage before = seen();
+    QCOMPARE(before.pixel(100, 100), color);
+    for (int i = 0; i < 2; ++i) {
+        set(saved(quarters({10, 10})), WallpaperPlacement::Centered);
+        QCOMPARE(seen().pixel(1, 1), color);
+        QVERIFY(seen() != before);
+    }
+    clear();
+    QCOMPARE(seen(), before);
     set(saved(quarters({10, 10})), WallpaperPlacement::Stretched);
     QVERIFY(desktopWallpaper().canRestore());
     restore();

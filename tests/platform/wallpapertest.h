@@ -20,6 +20,7 @@ protected:
     {
         useBuiltModules();
         m_home = std::make_unique<TemporaryHome>();
+        qputenv("LUMORA_TEST_DESKTOP", "1");
         for (const char *variable : {"XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "XDG_SESSION_TYPE", "DISPLAY",
                  "WAYLAND_DISPLAY", "SWAYSOCK", "DBUS_SESSION_BUS_ADDRESS"})
             qunsetenv(variable);

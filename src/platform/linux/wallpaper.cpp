@@ -47,6 +47,16 @@ Result<QImage> pixelsOf(const QString &path)
     return picture->pixels;
 }
 
+/// A program that shows its windows nowhere, as in a test, changes nobody's desktop. Tests of just that set
+/// LUMORA_TEST_DESKTOP, and bring a desktop along.
+QVector<WallpaperWay> waysNow()
+{
+    if (QGuiApplication::platformName() == QLatin1String("offscreen")
+        && !qEnvironmentVariableIsSet("LUMORA_TEST_DESKTOP"))
+        return {};
+    return wallpaperWays(runningSession());
+}
+
 QString focusWindowForPortals()
 {
     const QWindow *window = QGuiApplication::focusWindow();
@@ -59,7 +69,7 @@ WallpaperJob jobOf(WallpaperJob::Kind kind)
 {
     WallpaperJob job;
     job.kind = kind;
-    job.ways = wallpaperWays(runningSession());
+    job.ways = waysNow();
     job.copyFolder = AppFolder() + QStringLiteral("Wallpaper/");
     job.stateFolder = stateFolder();
     const auto screens = QGuiApplication::screens();
@@ -151,7 +161,7 @@ void DesktopWallpaper::restore()
 
 bool DesktopWallpaper::canRestore() const
 {
-    const QVector<WallpaperWay> ways = wallpaperWays(runningSession());
+    const QVector<WallpaperWay> ways = waysNow();
     return std::any_of(ways.begin(), ways.end(),
         [folder = stateFolder()](WallpaperWay way) { return FileExists(wallpaperMemoryPath(folder, way)); });
 }

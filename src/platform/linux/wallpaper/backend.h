@@ -36,7 +36,7 @@ std::unique_ptr<WallpaperBackend> makeWallpaperBackend(WallpaperWay way, const W
 std::unique_ptr<WallpaperBackend> makeSettingsBackend(WallpaperWay way);
 std::unique_ptr<WallpaperBackend> makePlasmaBackend();
 std::unique_ptr<WallpaperBackend> makeXfceBackend(const WallpaperJob &job);
-std::unique_ptr<WallpaperBackend> makeFileManagerBackend(WallpaperWay way);
+std::unique_ptr<WallpaperBackend> makePcmanfmBackend(WallpaperWay way);
 std::unique_ptr<WallpaperBackend> makeSwayBackend(WallpaperWay way);
 std::unique_ptr<WallpaperBackend> makeRootWindowBackend(const WallpaperJob &job);
 std::unique_ptr<WallpaperBackend> makePortalBackend(const WallpaperJob &job);

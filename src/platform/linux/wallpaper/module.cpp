@@ -71,7 +71,8 @@ void run(const WallpaperJob &job)
             return;
         }
     }
-    qCWarning(logWallpaper, "no desktop has taken the change");
+    if (!job.ways.isEmpty())
+        qCWarning(logWallpaper, "no desktop has taken the change");
 }
 
 }
@@ -89,7 +90,7 @@ std::unique_ptr<WallpaperBackend> makeWallpaperBackend(WallpaperWay way, const W
         return makeXfceBackend(job);
     case WallpaperWay::Lxqt:
     case WallpaperWay::Lxde:
-        return makeFileManagerBackend(way);
+        return makePcmanfmBackend(way);
     case WallpaperWay::Sway:
     case WallpaperWay::Swaybg:
         return makeSwayBackend(way);

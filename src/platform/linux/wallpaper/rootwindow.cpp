@@ -5,6 +5,7 @@
 #include "platform/linux/wallpaper/xserver.h"
 
 #include <QBuffer>
+#include <QColor>
 #include <QImageWriter>
 
 // Where nobody else paints the desktop, the wallpaper is the background of the X root window. By convention its pixmap
@@ -18,9 +19,12 @@ constexpr char pixmapProperty[] = "_XROOTPMAP_ID";
 constexpr char freeableProperty[] = "ESETROOT_PMAP_ID";
 /// The pixmap that this program made, or 0 when it took the picture away.
 constexpr char oursProperty[] = "_LUMORA_ROOTPMAP_ID";
+/// The colour that the desktop had before, which stays around and behind the pictures.
+constexpr char colorProperty[] = "_LUMORA_ROOT_COLOR";
 
 constexpr QLatin1String part("root");
 constexpr QLatin1String pictureKey("picture");
+constexpr QLatin1String colorKey("color");
 constexpr qint64 largestPicture = 1 << 30;
 
 class RootWindowBackend final : public WallpaperBackend
@@ -41,18 +45,17 @@ public:
     {
         XServer server;
         const auto pixmap = server.rootProperty(pixmapProperty, XCB_ATOM_PIXMAP);
-        const auto ours = server.rootProperty(oursProperty, XCB_ATOM_PIXMAP);
-        if (ours && *ours == pixmap.value_or(XCB_NONE))
+        if (isOurs(server))
             return {};
-        QJsonObject values;
-        if (const Result<QImage> pixels = pixmap ? server.pixelsOf(*pixmap) : Failure{}; pixels) {
-            QBuffer bytes;
-            bytes.open(QIODevice::WriteOnly);
-            QImageWriter writer(&bytes, "png");
-            if (writer.write(*pixels) && writeFileAtomically(m_savedPicture, bytes.data()))
-                values.insert(pictureKey, m_savedPicture);
-        }
-        return {{part, values}};
+        if (!pixmap)
+            return {{part, QJsonObject{{colorKey, QColor(server.colorOfRoot()).name()}}}};
+        const Result<QImage> pixels = server.pixelsOf(*pixmap);
+        QBuffer bytes;
+        bytes.open(QIODevice::WriteOnly);
+        if (!pixels || !QImageWriter(&bytes, "png").write(*pixels)
+            || !writeFileAtomically(m_savedPicture, bytes.data()))
+            return {};
+        return {{part, QJsonObject{{pictureKey, m_savedPicture}}}};
     }
 
     Result<QJsonObject> set(const QString &, WallpaperPlacement placement) override
@@ -61,7 +64,8 @@ public:
         if (!pixels)
             return pixels.failure();
         XServer server;
-        const QImage screens = pictureOnScreens(*pixels, server.size(), server.monitors(), placement);
+        const QRgb ground = keptColor(server);
+        const QImage screens = pictureOnScreens(*pixels, server.size(), server.monitors(), placement, ground);
         if (const Result<void> shown = show(server, screens, true); !shown)
             return shown.failure();
         return QJsonObject();
@@ -70,9 +74,10 @@ public:
     Result<QJsonObject> clear() override
     {
         XServer server;
+        const QRgb color = keptColor(server);
         replacePixmap(server, XCB_NONE);
         server.setRootProperty(oursProperty, XCB_ATOM_PIXMAP, XCB_NONE);
-        server.showBlackOnRoot();
+        server.showColorOnRoot(color);
         server.finish();
         return QJsonObject();
     }
@@ -80,14 +85,15 @@ public:
     Result<void> restore(const QJsonObject &before) override
     {
         XServer server;
-        const QString picture = before.value(part).toObject().value(pictureKey).toString();
-        if (picture.isEmpty()) {
+        const QJsonObject values = before.value(part).toObject();
+        if (values.contains(colorKey)) {
             replacePixmap(server, XCB_NONE);
-            server.deleteRootProperty(oursProperty);
-            server.showOnRoot(XCB_NONE);
+            forgetOurs(server);
+            server.showColorOnRoot(QColor(values.value(colorKey).toString()).rgb());
             server.finish();
             return {};
         }
+        const QString picture = values.value(pictureKey).toString();
         const Result<QByteArray> bytes = readFile(picture, largestPicture);
         const QImage pixels = bytes ? QImage::fromData(*bytes, "png") : QImage();
         if (pixels.isNull())
@@ -98,6 +104,30 @@ public:
     }
 
 private:
+    static bool isOurs(const XServer &server)
+    {
+        const auto ours = server.rootProperty(oursProperty, XCB_ATOM_PIXMAP);
+        return ours && *ours == server.rootProperty(pixmapProperty, XCB_ATOM_PIXMAP).value_or(XCB_NONE);
+    }
+
+    static void forgetOurs(XServer &server)
+    {
+        server.deleteRootProperty(oursProperty);
+        server.deleteRootProperty(colorProperty);
+    }
+
+    /// The desktop's own colour, kept from before the first picture of this program; black behind other pictures.
+    static QRgb keptColor(XServer &server)
+    {
+        QRgb color = server.rootProperty(colorProperty, XCB_ATOM_CARDINAL).value_or(qRgb(0, 0, 0));
+        if (!isOurs(server)) {
+            const bool picture = server.rootProperty(pixmapProperty, XCB_ATOM_PIXMAP).has_value();
+            color = picture ? qRgb(0, 0, 0) : server.colorOfRoot();
+            server.setRootProperty(colorProperty, XCB_ATOM_CARDINAL, color);
+        }
+        return color;
+    }
+
     Result<void> show(XServer &server, const QImage &image, bool ours)
     {
         const Result<xcb_pixmap_t> pixmap = server.makePixmap(image);
@@ -107,8 +137,8 @@ private:
         if (ours)
             server.setRootProperty(oursProperty, XCB_ATOM_PIXMAP, *pixmap);
         else
-            server.deleteRootProperty(oursProperty);
-        server.showOnRoot(*pixmap);
+            forgetOurs(server);
+        server.showPixmapOnRoot(*pixmap);
         // The pixmap stays when this connection, which has made nothing else, is closed.
         xcb_set_close_down_mode(server.connection(), XCB_CLOSE_DOWN_RETAIN_PERMANENT);
         server.finish();

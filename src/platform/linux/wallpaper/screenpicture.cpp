@@ -3,10 +3,10 @@
 #include <QPainter>
 
 QImage pictureOnScreens(
-    const QImage &picture, QSize desktop, const QVector<QRect> &monitors, WallpaperPlacement placement)
+    const QImage &picture, QSize desktop, const QVector<QRect> &monitors, WallpaperPlacement placement, QRgb ground)
 {
     QImage screens(desktop, QImage::Format_RGB32);
-    screens.fill(Qt::black);
+    screens.fill(ground);
     QPainter painter(&screens);
     const QImage opaque = picture.convertToFormat(QImage::Format_RGB32);
     if (placement == WallpaperPlacement::Tiled) {

@@ -167,23 +167,39 @@ Result<QImage> XServer::pixelsOf(xcb_pixmap_t pixmap)
     return image;
 }
 
-void XServer::showOnRoot(xcb_pixmap_t pixmap)
+void XServer::showPixmapOnRoot(xcb_pixmap_t pixmap)
 {
-    const quint32 background = pixmap;
-    xcb_change_window_attributes(m_connection, root(), XCB_CW_BACK_PIXMAP, &background);
-    repaintRoot();
+    changeBackground(XCB_CW_BACK_PIXMAP, pixmap);
 }
 
-void XServer::showBlackOnRoot()
+void XServer::showColorOnRoot(QRgb color)
 {
-    const quint32 black = m_screen->black_pixel;
-    xcb_change_window_attributes(m_connection, root(), XCB_CW_BACK_PIXEL, &black);
-    repaintRoot();
+    QImage pixel(1, 1, QImage::Format_RGB32);
+    pixel.fill(color);
+    const QImage native = pixel.convertToFormat(pixelFormat());
+    quint32 value = m_screen->black_pixel;
+    if (!native.isNull())
+        std::memcpy(&value, native.constBits(), native.depth() == 16 ? 2 : 4);
+    changeBackground(XCB_CW_BACK_PIXEL, value);
 }
 
-void XServer::repaintRoot()
+void XServer::changeBackground(quint32 attribute, quint32 value)
 {
+    xcb_change_window_attributes(m_connection, root(), attribute, &value);
     xcb_clear_area(m_connection, 0, root(), 0, 0, 0, 0);
+}
+
+QRgb XServer::colorOfRoot()
+{
+    // Nothing tells a window's background but a window on it that has the same one, which takes one pixel here.
+    const xcb_window_t window = xcb_generate_id(m_connection);
+    const quint32 values[] = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 1};
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_OVERRIDE_REDIRECT, values);
+    xcb_map_window(m_connection, window);
+    const Result<QImage> pixel = pixelsOf(window);
+    xcb_destroy_window(m_connection, window);
+    return pixel ? pixel->pixel(0, 0) : qRgb(0, 0, 0);
 }
 
 void XServer::finish()

@@ -6,7 +6,7 @@
 #include <QRect>
 #include <QVector>
 
-#include <memory>
+#include <optional>
 
 #include <xcb/xcb.h>
 
@@ -34,16 +34,18 @@ public:
     Result<xcb_pixmap_t> makePixmap(const QImage &image);
     /// The pixels of such a pixmap.
     Result<QImage> pixelsOf(xcb_pixmap_t pixmap);
-    /// The background of the root window, painted at once; XCB_NONE for the server's own.
-    void showOnRoot(xcb_pixmap_t pixmap);
-    void showBlackOnRoot();
+    /// The background of the root window, painted at once.
+    void showPixmapOnRoot(xcb_pixmap_t pixmap);
+    void showColorOnRoot(QRgb color);
+    /// The colour of that background in its top left corner, whatever lies over it.
+    QRgb colorOfRoot();
     /// Waits until the server has done all that was asked for.
     void finish();
 
 private:
     xcb_atom_t atom(const char *name) const;
     QImage::Format pixelFormat() const;
-    void repaintRoot();
+    void changeBackground(quint32 attribute, quint32 value);
 
     xcb_connection_t *m_connection = nullptr;
     const xcb_screen_t *m_screen = nullptr;

@@ -70,10 +70,10 @@ QString modeText(WallpaperPlacement placement)
 constexpr QLatin1String noPicture("color");
 constexpr QLatin1String noneInSettings("none"); ///< how one of them writes the same down
 
-class FileManagerBackend final : public WallpaperBackend
+class PcmanfmBackend final : public WallpaperBackend
 {
 public:
-    explicit FileManagerBackend(bool lxqt)
+    explicit PcmanfmBackend(bool lxqt)
         : m_lxqt(lxqt)
         , m_program(lxqt ? QStringLiteral("pcmanfm-qt") : QStringLiteral("pcmanfm"))
     {
@@ -138,7 +138,7 @@ private:
 
 }
 
-std::unique_ptr<WallpaperBackend> makeFileManagerBackend(WallpaperWay way)
+std::unique_ptr<WallpaperBackend> makePcmanfmBackend(WallpaperWay way)
 {
-    return std::make_unique<FileManagerBackend>(way == WallpaperWay::Lxqt);
+    return std::make_unique<PcmanfmBackend>(way == WallpaperWay::Lxqt);
 }
