@@ -148,11 +148,13 @@ void frmMainViewer::beginShow()
     globals.AutoPlayMotion = true;
     toolbarButton(QStringLiteral("slide"))->setChecked(true);
     startShowTimer();
+    m_showAwake.hold();
 }
 
 void frmMainViewer::endShow()
 {
     ++m_showTicket;
+    m_showAwake.release();
     globals.AutoPlayMotion = false;
     toolbarButton(QStringLiteral("slide"))->setChecked(false);
     tmrSlideShow.stop();
