@@ -8,6 +8,7 @@
 #include "support/windows.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
+#include "viewer/frmSlideShowFullScreen.h"
 #include "viewer/frmlocatefiles.h"
 
 #include <QAbstractSlider>
@@ -110,6 +111,7 @@ void tst_accessible::windows()
     row(form<frmTip>());
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
+    row(form<frmSlideShowFullScreen>());
     frmPreferences &preferences = form<frmPreferences>();
     for (int tab = 0; tab < preferences.SSTab1->count(); ++tab) {
         if (preferences.SSTab1->isTabVisible(tab))
