@@ -20,9 +20,12 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -70,6 +73,39 @@ void report(const char *name, QVector<double> values)
     std::fflush(stdout);
 }
 
+/// Notes when the tick that is under way was due: ticks come at whole multiples of the interval.
+class TickWatch : public QObject
+{
+public:
+    TickWatch(const QElapsedTimer &clock, int interval)
+        : m_clock(clock)
+        , m_interval(interval)
+    {
+    }
+    static double now(const QElapsedTimer &clock) { return double(clock.nsecsElapsed()) / 1e6; }
+    /// Milliseconds since the tick was due whose step has just ended; none when no step was under way.
+    std::optional<double> ended()
+    {
+        if (!m_due)
+            return std::nullopt;
+        return now(m_clock) - *std::exchange(m_due, std::nullopt);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        // A tick inside a step is passed over by the show.
+        if (event->type() == QEvent::Timer && !m_due)
+            m_due = std::floor(now(m_clock) / m_interval) * m_interval;
+        return false;
+    }
+
+private:
+    const QElapsedTimer &m_clock;
+    const int m_interval;
+    std::optional<double> m_due;
+};
+
 void runShow(frmMainViewer &window, bool fullScreen, int interval, int steps)
 {
     if (fullScreen)
@@ -80,13 +116,14 @@ void runShow(frmMainViewer &window, bool fullScreen, int interval, int steps)
     QElapsedTimer clock;
     QEventLoop loop;
     QVector<double> delays;
-    int tick = 0;
+    TickWatch watch(clock, interval);
+    window.tmrSlideShow.installEventFilter(&watch);
     ImagePane *pane = fullScreen ? form<frmSlideShowFullScreen>().imgImage : window.Image1;
     QObject::connect(pane, &ImagePane::painted, &loop, [&] {
-        // Ticks come at whole multiples of the interval, however late the ones before were.
-        const double now = double(clock.nsecsElapsed()) / 1e6;
-        tick = std::max(tick + 1, int(now / interval));
-        delays.append(now - double(tick) * interval);
+        const std::optional<double> delay = watch.ended();
+        if (!delay)
+            return;
+        delays.append(*delay);
         if (delays.size() % stepsBetweenLooksAtMemory == 0) {
             std::printf("             after %4d steps: %6.1f MB resident\n", int(delays.size()), residentMegabytes());
             std::fflush(stdout);
