@@ -1,4 +1,5 @@
 #include "support/support.h"
+#include "builtpaths.h"
 
 #include "platform/registrystore.h"
 

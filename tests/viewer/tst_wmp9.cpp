@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "support/support.h"
 #include "viewer/playercontrols.h"
 #include "viewer/wmp9.h"
