@@ -60,7 +60,7 @@ for name in "${names[@]}"; do
     mkdir -p -- "$found"
     LSAN_OPTIONS=suppressions=$root/tests/support/lsan.supp \
         ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1:malloc_context_size=8 \
-        nice -n 19 "$programs/fuzz_$name" -timeout=60 -report_slow_units=30 -rss_limit_mb=2048 -max_len=65536 \
+        nice -n 19 "$programs/fuzz_$name" -timeout=300 -report_slow_units=120 -rss_limit_mb=2048 -max_len=65536 \
         -print_final_stats=1 -artifact_prefix="$found/" "$corpus" > "$root/build/fuzz/$name.log" 2>&1 &
     stop_after "$seconds" "$!"
     wait "$!" || { status=1; printf '%s: something was found, see %s\n' "$name" "$found"; }
