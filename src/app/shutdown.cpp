@@ -11,10 +11,12 @@
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "ui/yield.h"
+#include "viewer/frmBackground.h"
 #include "viewer/frmFileListForm.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmMessage.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
+#include "viewer/frmSlideShowFullScreen.h"
 #include "viewer/frmlocatefiles.h"
 
 #include <QCoreApplication>
@@ -55,7 +57,7 @@ constexpr FormRow notInThisBuild(const char *name)
 constexpr std::array formRows{
     hiddenWindow<checkjpg>("checkjpg"),
     notInThisBuild("frmAdjustColorBalance"),
-    notInThisBuild("frmBackground"),
+    hiddenWindow<frmBackground>("frmBackground"),
     window<frmBrowseFolder>("frmBrowseFolder"),
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
@@ -79,7 +81,7 @@ constexpr std::array formRows{
     notInThisBuild("frmResizePictures"),
     notInThisBuild("frmScrollingAbout"),
     notInThisBuild("frmSelectBatchDir"),
-    notInThisBuild("frmSlideShowFullScreen"),
+    window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),

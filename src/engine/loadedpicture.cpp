@@ -72,8 +72,37 @@ Picture LoadedPicture::atLeast(QSize needed) const
     return m_picture;
 }
 
+QImage LoadedPicture::scaled(QSize size) const
+{
+    // One at a time: who comes for a size that is being made waits for it.
+    const std::lock_guard scaling(m_scaling);
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const QImage &kept : m_scaled) {
+            if (kept.size() == size)
+                return kept;
+        }
+    }
+    const Picture picture = atLeast(size);
+    const QImage &pixels = picture.pixels;
+    // Enlarged pixels are shown as they are.
+    const auto way = size.width() > pixels.width() * 2 ? Qt::FastTransformation : Qt::SmoothTransformation;
+    QImage scaled = pixels.size() == size ? pixels : pixels.scaled(size, Qt::IgnoreAspectRatio, way);
+    const auto wanted = hasTransparency(picture) ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+    if (scaled.format() != wanted)
+        scaled.convertTo(wanted);
+    scaled.setDevicePixelRatio(1);
+    const std::lock_guard lock(m_mutex);
+    m_scaled[1] = std::exchange(m_scaled[0], scaled);
+    return scaled;
+}
+
 qint64 LoadedPicture::cost() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_picture.pixels.sizeInBytes() + m_picture.iccProfile.size() + m_file.bytes.size() + m_file.companion.size();
+    qint64 scaled = 0;
+    for (const QImage &kept : m_scaled)
+        scaled += kept.constBits() == m_picture.pixels.constBits() ? 0 : kept.sizeInBytes();
+    return scaled + m_picture.pixels.sizeInBytes() + m_picture.iccProfile.size() + m_file.bytes.size()
+        + m_file.companion.size();
 }

@@ -2,6 +2,7 @@
 
 #include "engine/decode.h"
 
+#include <array>
 #include <memory>
 #include <mutex>
 
@@ -25,7 +26,11 @@ public:
     /// Pixels that are at least `needed` in both directions, or all there are. May decode; takes as long as that takes.
     Picture atLeast(QSize needed) const;
     Picture full() const { return atLeast(m_info.size); }
-    /// Bytes held: pixels and the file.
+    /// Pixels of exactly `size`, as a window system takes them: Format_RGB32, or Format_ARGB32_Premultiplied where the
+    /// picture can be transparent. The sizes asked for last are kept, so that a picture can be made ready for its panes
+    /// before it is shown.
+    QImage scaled(QSize size) const;
+    /// Bytes held: pixels, scaled pixels and the file.
     qint64 cost() const;
 
     LoadedPicture() = default;
@@ -39,4 +44,6 @@ private:
     mutable std::mutex m_mutex; ///< guards what follows, for moments only
     mutable EncodedFile m_file; ///< empty once the pixels are complete
     mutable Picture m_picture;
+    mutable std::mutex m_scaling; ///< held while scaling; taken before the other two
+    mutable std::array<QImage, 2> m_scaled; ///< the last one first
 };

@@ -61,6 +61,7 @@ struct Waiting
     QString path;
     int sizeIndex;
     QSize target;
+    PictureCache::Prepare prepare;
 };
 
 }
@@ -87,6 +88,7 @@ struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Privat
     std::shared_ptr<Flight> takeOff(const Key &key, int sizeIndex);
     void work(const std::stop_token &stop);
     void decodeAhead(const Waiting &next);
+    void enlarge(const Loaded &picture, QSize target);
     void startWorkers();
 };
 
@@ -177,13 +179,30 @@ void PictureCache::Private::decodeAhead(const Waiting &next)
         return;
     const Key key{*stamp, sizeIndexThatCounts(next.path, next.sizeIndex)};
     std::shared_ptr<Flight> flight;
+    Loaded picture;
     {
         const std::lock_guard lock(mutex);
-        if (find(key, next.sizeIndex) || flightOf(key))
+        picture = find(key, next.sizeIndex);
+        if (!picture && flightOf(key))
             return;
-        flight = takeOff(key, next.sizeIndex);
+        if (!picture)
+            flight = takeOff(key, next.sizeIndex);
     }
-    ignore(decodeNow(flight, next.path, next.target));
+    if (picture)
+        enlarge(picture, next.target);
+    else if (const Answer answer = decodeNow(flight, next.path, next.target))
+        picture = *answer;
+    if (picture && next.prepare)
+        next.prepare(*picture);
+}
+
+/// A picture that was decoded for a smaller pane gets the pixels for a larger one.
+void PictureCache::Private::enlarge(const Loaded &picture, QSize target)
+{
+    const QSize size = picture->info().size;
+    ignore(picture->atLeast(target.isEmpty() ? size : size.scaled(target, Qt::KeepAspectRatio)));
+    const std::lock_guard lock(mutex);
+    trim();
 }
 
 void PictureCache::Private::work(const std::stop_token &stop)
@@ -252,19 +271,16 @@ Result<Loaded> PictureCache::load(const QString &path, int sizeIndex, QSize targ
             return *answer;
         picture = **answer;
     }
-    const QSize size = picture->info().size;
-    ignore(picture->atLeast(target.isEmpty() ? size : size.scaled(target, Qt::KeepAspectRatio)));
-    const std::lock_guard lock(d->mutex);
-    d->trim();
+    d->enlarge(picture, target);
     return picture;
 }
 
-void PictureCache::prefetch(const QStringList &paths, int sizeIndex, QSize target)
+void PictureCache::prefetch(const QStringList &paths, int sizeIndex, QSize target, const Prepare &prepare)
 {
     const std::lock_guard lock(d->mutex);
     d->queue.clear();
     for (const QString &path : paths)
-        d->queue.push_back({path, sizeIndex, target});
+        d->queue.push_back({path, sizeIndex, target, prepare});
     d->startWorkers();
     d->workCame.notify_all();
 }

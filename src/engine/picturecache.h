@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 /// Decoded pictures by file, kept within limits::cacheBudget(), and a few threads that decode ahead.
 ///
 /// An entry belongs to a file as it was: device, inode, size and time of change take part in the key, so a changed file
@@ -16,8 +18,10 @@ public:
     /// The picture of `path`, from the cache, from a decode under way, or decoded now.
     Result<std::shared_ptr<const LoadedPicture>> load(const QString &path, int sizeIndex, QSize target);
 
+    /// What is done with a picture that was decoded ahead, on the thread that did it.
+    using Prepare = std::function<void(const LoadedPicture &picture)>;
     /// Decodes these in the background, first ones first; whatever waited from an earlier call is dropped.
-    void prefetch(const QStringList &paths, int sizeIndex, QSize target);
+    void prefetch(const QStringList &paths, int sizeIndex, QSize target, const Prepare &prepare = {});
 
     /// Starts decoding one file at once on a thread of its own, before anything else of the program stands.
     void startEarly(const QString &path, int sizeIndex, QSize target);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QGuiApplication>
+#include <QPointer>
 #include <QWidget>
 
 #include <utility>
@@ -50,4 +51,26 @@ public:
 private:
     QWidget *m_widget;
     bool m_before;
+};
+
+/// The last frame stays on the screen for the length of a scope: what is taken apart and put together meanwhile is seen
+/// at its end.
+class FrameHeld
+{
+public:
+    explicit FrameHeld(QWidget *widget)
+        : m_widget(widget->updatesEnabled() ? widget : nullptr)
+    {
+        widget->setUpdatesEnabled(false);
+    }
+    ~FrameHeld()
+    {
+        if (m_widget)
+            m_widget->setUpdatesEnabled(true);
+    }
+    FrameHeld(const FrameHeld &) = delete;
+    FrameHeld &operator=(const FrameHeld &) = delete;
+
+private:
+    QPointer<QWidget> m_widget;
 };

@@ -11,6 +11,22 @@ namespace {
 /// Scaled copies above this are not kept: they are painted from the source, only what is visible.
 constexpr qint64 maximumScaledPixels = 24LL * 1024 * 1024;
 
+/// The pixels that a picture has on a pane of `size` units. A widget holds whole units of a scaled desktop: a picture
+/// that misses them by less than one is not resampled.
+QSize pixelsOnPane(const LoadedPicture &picture, QSize size, double ratio)
+{
+    const QSize target(
+        std::max(1, int(std::lround(size.width() * ratio))), std::max(1, int(std::lround(size.height() * ratio))));
+    const QSize decoded = picture.current().pixels.size();
+    const QSize rest = target - decoded;
+    return std::abs(rest.width()) < ratio && std::abs(rest.height()) < ratio ? decoded : target;
+}
+
+bool keepsScaled(QSize target)
+{
+    return qint64(target.width()) * target.height() <= maximumScaledPixels;
+}
+
 /// The ground under transparent pictures, fixed to the widget's corner.
 QBrush checkerboard(const QPalette &palette)
 {
@@ -30,7 +46,7 @@ QBrush checkerboard(const QPalette &palette)
 struct ImagePane::Private
 {
     std::shared_ptr<const LoadedPicture> picture;
-    Picture source; ///< pixels that the scaled copy comes from
+    Picture source; ///< pixels of a picture too large to be kept scaled
     QImage scaled; ///< in device pixels
     bool transparent = false;
     bool announced = false; ///< painted() was told for this picture
@@ -69,41 +85,36 @@ bool ImagePane::isEmpty() const
     return !d->picture;
 }
 
+void ImagePane::prepare(const LoadedPicture &picture, QSize size, double ratio)
+{
+    const QSize target = pixelsOnPane(picture, size, ratio);
+    if (keepsScaled(target))
+        picture.scaled(target);
+}
+
 void ImagePane::paintEvent(QPaintEvent *event)
 {
     if (!d->picture || width() < 1 || height() < 1)
         return;
     const double ratio = devicePixelRatioF();
-    QSize target(std::max(1, int(std::lround(width() * ratio))), std::max(1, int(std::lround(height() * ratio))));
+    const QSize target = pixelsOnPane(*d->picture, size(), ratio);
+    const bool keepScaled = keepsScaled(target);
     QPainter painter(this);
-
-    // A widget holds whole units of a scaled desktop. A picture that misses them by less than one is not resampled.
-    const QSize rest = target - d->picture->current().pixels.size();
-    if (std::abs(rest.width()) < ratio && std::abs(rest.height()) < ratio)
-        target = d->picture->current().pixels.size();
-    const bool keepScaled = qint64(target.width()) * target.height() <= maximumScaledPixels;
-    if (d->source.isNull()
-        || (d->source.isReduced()
-            && (d->source.pixels.width() < target.width() || d->source.pixels.height() < target.height()))) {
+    if (keepScaled && d->scaled.size() != target) {
+        d->scaled = d->picture->scaled(target);
+        d->transparent = d->scaled.hasAlphaChannel();
+        d->source = {};
+    }
+    const QSize have = d->source.pixels.size();
+    if (!keepScaled
+        && (d->source.isNull()
+            || (d->source.isReduced() && (have.width() < target.width() || have.height() < target.height())))) {
         d->source = d->picture->atLeast(target);
         d->transparent = hasTransparency(d->source);
         d->scaled = {};
     }
     if (d->transparent)
         painter.fillRect(rect(), checkerboard(palette()));
-
-    const QImage &pixels = d->source.pixels;
-    if (keepScaled && d->scaled.size() != target) {
-        const bool larger = target.width() > pixels.width() * 2;
-        d->scaled = pixels.size() == target
-            ? pixels
-            : pixels.scaled(target, Qt::IgnoreAspectRatio, larger ? Qt::FastTransformation : Qt::SmoothTransformation);
-        // What the window system takes without another conversion.
-        const QImage::Format wanted = d->transparent ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
-        if (d->scaled.format() != wanted)
-            d->scaled.convertTo(wanted);
-        d->scaled.setDevicePixelRatio(1);
-    }
     const QRectF visible = event->rect();
     if (keepScaled) {
         const QRectF part(visible.x() * ratio, visible.y() * ratio, visible.width() * ratio, visible.height() * ratio);
@@ -112,6 +123,7 @@ void ImagePane::paintEvent(QPaintEvent *event)
         painter.scale(1 / ratio, 1 / ratio);
         painter.drawImage(pixelsOfPart.topLeft(), d->scaled, pixelsOfPart);
     } else {
+        const QImage &pixels = d->source.pixels;
         const double sx = double(pixels.width()) / width();
         const double sy = double(pixels.height()) / height();
         painter.setRenderHint(QPainter::SmoothPixmapTransform, sx > 0.5);

@@ -20,6 +20,10 @@ public:
     std::shared_ptr<const LoadedPicture> picture() const;
     bool isEmpty() const;
 
+    /// Makes a picture ready for a pane of `size` units on a desktop scaled by `ratio`, on any thread: showing it there
+    /// is a copy then.
+    static void prepare(const LoadedPicture &picture, QSize size, double ratio);
+
 Q_SIGNALS:
     void wheelTurned(int steps, QPoint position);
     void dragged(QPoint offset);

@@ -48,3 +48,9 @@ QRect placeInPane(QSize size, QSize pane, bool stretched)
     const int top = roundToInt(pane.height() / 2.0 - size.height() / 2.0);
     return {QPoint(left, top), size};
 }
+
+QRect onDesktop(const QRect &pixels, double ratio)
+{
+    const QSize size(int(std::ceil(pixels.width() / ratio)), int(std::ceil(pixels.height() / ratio)));
+    return {QPoint(roundToInt(pixels.x() / ratio), roundToInt(pixels.y() / ratio)), size.expandedTo(QSize(1, 1))};
+}

@@ -11,6 +11,10 @@ QSize fitIntoPane(QSize picture, double zoom, QSize pane);
 /// Centred in the pane (left and top may be negative), or the whole pane when stretched.
 QRect placeInPane(QSize size, QSize pane, bool stretched);
 
+/// Pixels of the screen in the units of a desktop that is scaled by `ratio`: the corner rounded, the size rounded up,
+/// so that every pixel has room.
+QRect onDesktop(const QRect &pixels, double ratio);
+
 /// The eleven zoom items, 1 to 11: 25 % to 200 % by 25, then 300, 400, 500 %.
 inline constexpr int zoomItemFirst = 1;
 inline constexpr int zoomItemLast = 11;

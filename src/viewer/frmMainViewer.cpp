@@ -65,6 +65,8 @@ frmMainViewer::frmMainViewer(QWidget *parent)
         prefetchNeighbours();
     });
     connect(wmp9, &MediaPlayerControl::PlayStateChange, this, &frmMainViewer::wmp9_PlayStateChange);
+    tmrSlideShow.setTimerType(Qt::PreciseTimer);
+    connect(&tmrSlideShow, &QTimer::timeout, this, &frmMainViewer::tmrSlideShow_Timer);
     connect(&tmrShowPlayTime, &QTimer::timeout, this, &frmMainViewer::tmrShowPlayTime_Timer);
     tmrShowPlayTime.setInterval(500);
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);
@@ -288,23 +290,4 @@ void frmMainViewer::mnuHelpHelp_Click()
     if (!page.open(QIODevice::ReadOnly) || !writeFileAtomically(path, page.readAll()))
         return;
     QDesktopServices::openUrl(QUrl(fileUri(path)));
-}
-
-void frmMainViewer::mnuSlideShowRunSlideShow_Click()
-{
-    globals.ShowStopRequested = false;
-    globals.AutoPlayMotion = false;
-    mnuSlideShowRunSlideShow->setChecked(false);
-    tmrSlideShow.stop();
-    tmrShowPlayTime.stop();
-    if (globals.MediaPlayerVersion == 9.0f) {
-        wmp9->stop();
-        wmp9->setCurrentPosition(0);
-    }
-}
-
-void frmMainViewer::mnuSlideShowFullScreen_Click()
-{
-    mnuSlideShowFullScreen->setChecked(false);
-    mnuSlideShowRunSlideShow_Click();
 }

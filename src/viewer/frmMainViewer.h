@@ -163,6 +163,10 @@ public:
     void mnuOptionsDisplayOptions_Click();
     void mnuToolsVolumeControls_Click();
     void mnuHelpHelp_Click();
+    /// The toolbar's "Next": one step in the order of the shuffle mode when that is on.
+    void toolbarNext_Click();
+    /// The toolbar's "slide": stops the show that runs, or starts the one chosen for the button.
+    void toolbarSlide_Click();
     /// The toolbar button with a key, as a text compared.
     QAction *toolbarButton(const QString &key) const;
     void Toolbar1_ButtonClick(const QString &key);
@@ -237,6 +241,10 @@ public:
     void PickShuffleItem();
     /// Shows the current item in frmSlideShowFullScreen.
     void ShowInFullScreen();
+    /// A show runs, in this window or full screen.
+    bool isShowRunning() const;
+    /// Lets the show go on ticking, at the interval of now.
+    void startShowTimer();
 
     // --- playback: frmMainViewer_playback.cpp
     void wmp9_PlayStateChange(int newState);
@@ -282,7 +290,17 @@ private:
     bool addListEntries(const QStringList &entries, bool standard);
     void readListInto(const QString &path, bool standard);
     void prefetchNeighbours();
+    std::function<void(const LoadedPicture &picture)> scalingForPanes() const;
     void makeSlideShowItems();
+    void chooseOneOf(const QVector<std::pair<QAction *, const char *>> &group);
+    void beginShow();
+    void endShow();
+    void leaveFullScreenShow();
+    void stopRunningShow();
+    void changeSlidesOnce();
+    bool shuffleOn();
+    void showShuffled();
+    void prefetchForShow();
     void applyToolbarStyle();
     int photoCDSizeIndex() const;
     QSize displayTarget() const;
@@ -319,6 +337,10 @@ private:
         double zoom = 1;
     } m_pictureNext;
     bool m_pictureWaits = false;
+    int m_showTicket = 0; ///< grows with each start and each end of a show
+    bool m_changingSlides = false;
+    bool m_changeSlidesAgain = false; ///< a step of the show was asked for while one was under way
+    int m_fullScreenTicket = 0; ///< grows with each picture on its way to the full screen window
     bool m_stepping = false;
     int m_stepWaits = 0; ///< +1 or -1: a step asked for while one was under way
     void showSelected(Show what);

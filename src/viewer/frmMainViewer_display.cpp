@@ -13,9 +13,11 @@
 #include "ui/icons.h"
 #include "ui/yield.h"
 #include "viewer/fit.h"
+#include "viewer/frmSlideShowFullScreen.h"
 #include "viewer/statustext.h"
 
 #include <cmath>
+#include <optional>
 #include <utility>
 
 void frmMainViewer::ShowSelectedDisplayItem()
@@ -84,7 +86,10 @@ void frmMainViewer::showByKind(const ListBox &list, const std::function<void(con
     const bool exists = FileExists(path);
     if (exists && !motion) {
         tmrShowPlayTime.stop();
+        // From a video to a picture that is still on its way there is no empty pane between them.
+        std::optional<FrameHeld> held;
         if (globals.MediaPlayerVersion == 9.0f && (wmp9->isVisible() || !wmp9->url().isEmpty())) {
+            held.emplace(centralWidget());
             wmp9->hide();
             wmp9->setUrl(QString());
         }
@@ -163,7 +168,7 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
         }
     }
     if (globals.AutoPlayOnce) {
-        globals.AutoPlayMotion = false;
+        globals.AutoPlayMotion = isShowRunning();
         globals.AutoPlayOnce = false;
     }
     Yield();
@@ -238,7 +243,10 @@ void frmMainViewer::showPictureNow(const QString &path, bool alreadyDecoded, dou
     Yield();
     if (m_displayTicket != ticket || globals.ProgramExiting)
         return;
-    const Hourglass hourglass;
+    // Over the full screen window the pointer is out of sight and stays so.
+    std::optional<Hourglass> hourglass;
+    if (!frmSlideShowFullScreen::isUp())
+        hourglass.emplace();
     if (path.trimmed().isEmpty() || !FileExists(path))
         return;
     globals.CurrentMediaFile = path;
@@ -267,10 +275,7 @@ void frmMainViewer::placeImage(QSize size, QSize pane)
     if (stretched) {
         Image1->setGeometry(Picture1->rect());
     } else {
-        const QRect place = placeInPane(size, pane, false);
-        const double ratio = devicePixelRatioF();
-        const QPoint corner(roundToInt(place.x() / ratio), roundToInt(place.y() / ratio));
-        Image1->setGeometry(QRect(corner, sizeOnScreen(size)));
+        Image1->setGeometry(onDesktop(placeInPane(size, pane, false), devicePixelRatioF()));
     }
     Image1->show();
 }
@@ -286,8 +291,7 @@ QSize frmMainViewer::paneSize() const
 /// Room on the desktop for a picture of that many pixels of the screen.
 QSize frmMainViewer::sizeOnScreen(QSize pixels) const
 {
-    const double ratio = devicePixelRatioF();
-    return {qMax(1, int(std::ceil(pixels.width() / ratio))), qMax(1, int(std::ceil(pixels.height() / ratio)))};
+    return onDesktop(QRect(QPoint(), pixels), devicePixelRatioF()).size();
 }
 
 void frmMainViewer::ShowStatusBarText(const QString &text, bool withDimensions)
@@ -337,9 +341,11 @@ int frmMainViewer::photoCDSizeIndex() const
     return 0;
 }
 
+/// Pixels that a picture is decoded for: the pane, and the full screen window while it is up.
 QSize frmMainViewer::displayTarget() const
 {
-    return paneSize().expandedTo(QSize(64, 64));
+    const QSize target = paneSize().expandedTo(QSize(64, 64));
+    return frmSlideShowFullScreen::isUp() ? target.expandedTo(form<frmSlideShowFullScreen>().paneSize()) : target;
 }
 
 void frmMainViewer::ReadImageInfo(const QString &path, int &width, int &height, float &depth)
@@ -398,7 +404,11 @@ void frmMainViewer::LoadImageIntoViewer(const QString &path)
 
 void frmMainViewer::prefetchNeighbours()
 {
-    const ListBox *list = tabFileList->currentIndex() == 0 ? lstSelect : lstDisplay;
+    if (isShowRunning()) {
+        prefetchForShow();
+        return;
+    }
+    const ListBox *list = tabFileList->currentIndex() == 0 && !frmSlideShowFullScreen::isUp() ? lstSelect : lstDisplay;
     const int at = list->listIndex();
     QStringList paths;
     for (const int step : {1, -1, 2}) {
@@ -406,7 +416,33 @@ void frmMainViewer::prefetchNeighbours()
         if (!path.isEmpty() && GetMediaKind(path) != kindMotion && !usesPhotoCDSize(path))
             paths.append(path);
     }
-    PictureCache::instance().prefetch(paths, -1, displayTarget());
+    PictureCache::instance().prefetch(paths, -1, displayTarget(), scalingForPanes());
+}
+
+/// Scales a picture that was decoded ahead to the places that it will have; runs on the threads of the cache.
+std::function<void(const LoadedPicture &picture)> frmMainViewer::scalingForPanes() const
+{
+    struct Pane
+    {
+        QSize pixels;
+        QSize stretchedTo; ///< empty: the picture is fitted
+        double zoom;
+        double ratio;
+    };
+    const bool stretched = form<frmPreferences>().chkStretch->isChecked();
+    QVector<Pane> panes{
+        {paneSize(), stretched ? Picture1->size() : QSize(), GetZoomFactor(), Picture1->devicePixelRatioF()}};
+    if (frmSlideShowFullScreen::isUp()) {
+        const auto &window = form<frmSlideShowFullScreen>();
+        panes.append({window.paneSize(), QSize(), 1, window.devicePixelRatioF()});
+    }
+    return [panes](const LoadedPicture &picture) {
+        for (const Pane &pane : panes) {
+            const QRect fitted(QPoint(), fitIntoPane(picture.info().size, pane.zoom, pane.pixels));
+            const QSize place = pane.stretchedTo.isEmpty() ? onDesktop(fitted, pane.ratio).size() : pane.stretchedTo;
+            ImagePane::prepare(picture, place, pane.ratio);
+        }
+    };
 }
 
 void frmMainViewer::wheelZoom(int steps, QPoint position)

@@ -36,14 +36,6 @@ int addToDisplayList(frmMainViewer &viewer, const QStringList &paths)
     return added;
 }
 
-void stopRunningShow(frmMainViewer &viewer)
-{
-    if (viewer.mnuSlideShowFullScreen->isChecked())
-        viewer.mnuSlideShowFullScreen_Click();
-    else if (viewer.mnuSlideShowRunSlideShow->isChecked())
-        viewer.mnuSlideShowRunSlideShow_Click();
-}
-
 /// Takes an entry to another place. It arrives not selected; the others keep their selection.
 void moveEntry(ListBox &list, int from, int to)
 {
@@ -203,7 +195,7 @@ void frmMainViewer::RemoveSelectedFromDisplayList()
     }
     if (lstDisplay->isEmpty()) {
         // Nothing is left that the pane and the status bar could tell of.
-        stopRunningShow(*this);
+        stopRunningShow();
         lstDisplay->setFocus();
         ClearDisplayList();
         return;
@@ -316,7 +308,7 @@ void frmMainViewer::stepOnce(int direction)
         if (!mnuSlideShowLoopAround->isChecked()) {
             // One past the end, however often it is asked for: one step back is the last entry again.
             globals.CurrentListIndex = qBound(0, globals.CurrentListIndex, count + 1);
-            stopRunningShow(*this);
+            stopRunningShow();
             globals.ShowStopRequested = true;
             return;
         }

@@ -74,7 +74,7 @@ const MenuRow rows[] = {
     {ITEM(mnuView), "", "&View", "", "", nullptr, submenu},
     {ITEM(mnuViewFullPlayerImage), "mnuView", "Full Width Media &Player / Image", "F7", "view-wide", &V::mnuViewFullPlayerImage_Click, check},
     {ITEM(mnuViewFullWidthList), "mnuView", "Full Width Media Name &List", "F8", "list-wide", &V::mnuViewFullWidthList_Click, check},
-    {ITEM(mnuViewFullScreen), "mnuView", "-Display In &Full Screen Viewer", "F11", "view-fullscreen"},
+    {ITEM(mnuViewFullScreen), "mnuView", "-Display In &Full Screen Viewer", "F11", "view-fullscreen", &V::mnuViewFullScreen_Click},
     {ITEM(mnuViewToolbars), "mnuView", "-&Toolbars", "", "", nullptr, submenu},
     {ITEM(mnuViewToolbarsMainToolbar), "mnuViewToolbars", "&Main Toolbar", "Ctrl+Shift+T", "", &V::mnuViewToolbarsMainToolbar_Click, check},
     {ITEM(mnuViewToolbarsShowCaptions), "mnuViewToolbars", "&Show Captions", "Ctrl+Shift+K", "", &V::mnuViewToolbarsShowCaptions_Click, check},
@@ -82,9 +82,9 @@ const MenuRow rows[] = {
     {ITEM(mnuViewToolbarsCaptionsRight), "mnuViewToolbars", "Captions at &Right", "Ctrl+Shift+R", "", &V::mnuViewToolbarsCaptionsRight_Click, check},
 
     {ITEM(mnuSlideShow), "", "&Media Show", "", "", nullptr, submenu},
-    {ITEM(mnuSlideShowFullScreen), "mnuSlideShow", "&Start Full Screen Media Show", "Shift+F12", "", nullptr, check},
-    {ITEM(mnuSlideShowFullViewer), "mnuSlideShow", "Display Full Screen Media Viewer", "", ""},
-    {ITEM(mnuSlideShowRunSlideShow), "mnuSlideShow", "S&tart/Stop Media Show", "F12", "", nullptr, check},
+    {ITEM(mnuSlideShowFullScreen), "mnuSlideShow", "&Start Full Screen Media Show", "Shift+F12", "", nullptr, check | always},
+    {ITEM(mnuSlideShowFullViewer), "mnuSlideShow", "Display Full Screen Media Viewer", "", "", &V::mnuSlideShowFullViewer_Click},
+    {ITEM(mnuSlideShowRunSlideShow), "mnuSlideShow", "S&tart/Stop Media Show", "F12", "", nullptr, check | always},
     {ITEM(mnuSlideShowViewerOnly), "mnuSlideShow", "-&Main Viewer Only", "Ctrl+Shift+1", "", nullptr, check | always},
     {ITEM(mnuSlideshowDesktopCentered), "mnuSlideShow", "     + Desktop &Centered", "Ctrl+Shift+2", "", nullptr, check | always},
     {ITEM(mnuSlideshowDesktopStretched), "mnuSlideShow", "     + Desktop &Stretched", "Ctrl+Shift+3", "", nullptr, check | always},
@@ -92,10 +92,10 @@ const MenuRow rows[] = {
     {ITEM(mnuSlideShowReverseOrder), "mnuSlideShow", "&Reverse Order", "Ctrl+Shift+V", "", nullptr, check | always},
     {ITEM(mnuSlideShowShuffleOrder), "mnuSlideShow", "Sh&uffle Mode", "Ctrl+Shift+U", "", nullptr, check | always},
     {ITEM(mnuSlideShowLoopAround), "mnuSlideShow", "-&Loop Around Mode", "Ctrl+Shift+L", "", nullptr, check | always},
-    {ITEM(mnuSlideShowShuffleMediaFile), "mnuSlideShow", "Next Shuffle Media File", "Ctrl+Shift+N", ""},
-    {ITEM(mnuSlideShowResetShuffleHistory), "mnuSlideShow", "Reset Shuffle Media History List", "Ctrl+Shift+H", ""},
+    {ITEM(mnuSlideShowShuffleMediaFile), "mnuSlideShow", "Next Shuffle Media File", "Ctrl+Shift+N", "", &V::mnuSlideShowShuffleMediaFile_Click},
+    {ITEM(mnuSlideShowResetShuffleHistory), "mnuSlideShow", "Reset Shuffle Media History List", "Ctrl+Shift+H", "", &V::mnuSlideShowResetShuffleHistory_Click},
     {ITEM(mnuSlideShowToolbar), "mnuSlideShow", "-Toolbar &Button Starts", "", "", nullptr, submenu | always},
-    {ITEM(mnuSlideShowInterval), "mnuSlideShow", "Media Change Time &Interval", "Ctrl+Shift+I", ""},
+    {ITEM(mnuSlideShowInterval), "mnuSlideShow", "Media Change Time &Interval", "Ctrl+Shift+I", "", &V::mnuSlideShowInterval_Click},
 
     {ITEM(mnuOptions), "", "&Options", "", "", nullptr, submenu},
     {ITEM(mnuOptionsPreferences), "mnuOptions", "&Preferences", "Ctrl+,", "configure", &V::mnuOptionsPreferences_Click},
@@ -123,7 +123,7 @@ const ToolbarRow toolbarRows[] = {
     {"wpapert", "", "Set Current Image as Tiled Wallpaper", "wallpaper-tiled", nullptr, true, true, true, false},
     {"wpaperr", "", "Removes Current Wallpaper", "wallpaper-removed", nullptr, true, true, true, false},
     {"Previous", "Previous", "Move To Previous Media File", "go-previous", &V::mnuPicturePrevious_Click, true, false, false, true},
-    {"Next", "Next", "Move To Next Media File", "go-next", &V::mnuPictureNext_Click, true, false, false, false},
+    {"Next", "Next", "Move To Next Media File", "go-next", &V::toolbarNext_Click, true, false, false, false},
     {"color", "Color", "Display Color Balance Options", "color-balance", nullptr, true, true, false, true},
     {"bright", "", "Display Contrast/Brightness Options", "brightness-contrast", nullptr, true, true, false, false},
     {"rotate", "", "Rotate Image Right 90 degrees", "object-rotate-right", nullptr, true, true, false, false},
@@ -133,7 +133,7 @@ const ToolbarRow toolbarRows[] = {
     {"zoom", "Editor", "Display Image in Full Screen Viewer /  Pixelon", "document-edit", &V::mnuPictureViewer_Click, true, true, false, true},
     {"thumb", "Thumbs", "Display Thumbnail Viewer", "view-list-icons", nullptr, true, false, true, false},
     {"print", "", "", "document-print", nullptr, true, true, true, false},
-    {"slide", "Show", "Display Media Show in Full Screen Viewer", "media-show", nullptr, true, false, true, false},
+    {"slide", "Show", "Display Media Show in Full Screen Viewer", "media-show", &V::toolbarSlide_Click, true, false, false, false},
     {"About", "Help", "Display Lumora About Information", "help-contents", &V::mnuHelpHelp_Click, false, false, false, true},
 };
 // clang-format on
@@ -205,47 +205,6 @@ void frmMainViewer::makeMenus()
     }
 }
 
-void frmMainViewer::makeSlideShowItems()
-{
-    struct Choice
-    {
-        QAction *action;
-        const char *key;
-    };
-    // In each group exactly one is checked by a click; what the store holds at start is taken as it is.
-    const auto exclusive = [this](std::initializer_list<Choice> group) {
-        for (const Choice &choice : group) {
-            connect(
-                choice.action, &QAction::triggered, this, [this, chosen = choice.action, all = QVector<Choice>(group)] {
-                    for (const Choice &other : all) {
-                        other.action->setChecked(other.action == chosen);
-                        saveOption(other.key, truthText(other.action == chosen));
-                    }
-                    mnuSlideShowShuffleMediaFile->setEnabled(mnuSlideShowShuffleOrder->isChecked());
-                    mnuSlideShowResetShuffleHistory->setEnabled(mnuSlideShowShuffleOrder->isChecked());
-                });
-        }
-    };
-    const char *const captions[] = {QT_TR_NOOP("&Full Screen Show"), QT_TR_NOOP("&Main Viewer Show")};
-    for (int i = 0; i < 2; ++i) {
-        QAction *action = mnuSlideShowToolbar->menu()->addAction(tr(captions[i]));
-        action->setObjectName(QStringLiteral("mnuSlideShowToolbarButton(%1)").arg(i));
-        action->setShortcut(QKeySequence(i == 0 ? QStringLiteral("Ctrl+Shift+8") : QStringLiteral("Ctrl+Shift+9")));
-        action->setCheckable(true);
-        mnuSlideShowToolbarButton[size_t(i)] = action;
-    }
-    exclusive({{mnuSlideShowForwardOrder, "SlideShowForward"}, {mnuSlideShowReverseOrder, "SlideShowReverse"},
-        {mnuSlideShowShuffleOrder, "SlideShowShuffle"}});
-    exclusive(
-        {{mnuSlideShowViewerOnly, "SlideShowViewerOnly"}, {mnuSlideshowDesktopCentered, "SlideshowDesktopCentered"},
-            {mnuSlideshowDesktopStretched, "SlideshowDesktopStretched"}});
-    exclusive({{mnuSlideShowToolbarButton[0], "MediaToolBar0"}, {mnuSlideShowToolbarButton[1], "MediaToolBar1"}});
-    connect(mnuSlideShowLoopAround, &QAction::triggered, this,
-        [this] { saveOption("MediaShowLoop", truthText(mnuSlideShowLoopAround->isChecked())); });
-    connect(mnuOptionsMinimizeSystemTray, &QAction::triggered, this,
-        [this] { saveOption("SystemTrayIcon", truthText(mnuOptionsMinimizeSystemTray->isChecked())); });
-}
-
 void frmMainViewer::makeToolbar()
 {
     Toolbar1->setMovable(false);
@@ -267,6 +226,7 @@ void frmMainViewer::makeToolbar()
         action->setObjectName(QStringLiteral("Toolbar1.") + key);
         action->setToolTip(tip);
         action->setVisible(!row.hidden);
+        action->setCheckable(row.click == &V::toolbarSlide_Click);
         connect(action, &QAction::triggered, this, [this, key] { Toolbar1_ButtonClick(key); });
         if (QWidget *button = Toolbar1->widgetForAction(action)) {
             button->setObjectName(action->objectName());

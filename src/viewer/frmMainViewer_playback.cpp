@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "app/settings.h"
 #include "ui/yield.h"
+#include "viewer/frmSlideShowFullScreen.h"
 
 #include <algorithm>
 
@@ -65,7 +66,10 @@ void frmMainViewer::ShowPlayTime()
 {
     if (globals.MediaPlayerVersion != 9.0f)
         return;
-    StatusBar1->setPanelText(3, longTime(wmp9->currentPosition()) + QStringLiteral(" | ") + longTime(wmp9->duration()));
+    const QString text = longTime(wmp9->currentPosition()) + QStringLiteral(" | ") + longTime(wmp9->duration());
+    StatusBar1->setPanelText(3, text);
+    if (mnuSlideShowFullScreen->isChecked() && frmSlideShowFullScreen::isUp())
+        form<frmSlideShowFullScreen>().showPlayTime(text);
 }
 
 /// The panel is empty while nothing plays: the dimensions of a picture before say nothing of a sound or a video.

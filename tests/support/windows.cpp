@@ -56,9 +56,11 @@ std::optional<QString> ScriptedDialogs::chooseFolder(QWidget *, const QString &t
 }
 
 std::optional<QString> ScriptedDialogs::inputText(
-    QWidget *, const QString &title, const QString &prompt, const QString &)
+    QWidget *, const QString &title, const QString &prompt, const QString &value)
 {
     textPrompts.append(prompt);
+    textTitles.append(title);
+    textValues.append(value);
     return take(m_texts, title, std::optional<QString>());
 }
 

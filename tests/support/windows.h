@@ -27,6 +27,8 @@ public:
     QVector<MessageBox> boxes;
     QVector<FileQuestion> fileQuestions;
     QVector<QString> textPrompts;
+    QVector<QString> textTitles;
+    QVector<QString> textValues; ///< what stood in the field at first
 
     MessageBox::Answer show(QWidget *owner, const MessageBox &box) override;
     std::optional<FileAnswer> openFile(QWidget *owner, const FileQuestion &question) override;

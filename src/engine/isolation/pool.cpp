@@ -278,10 +278,11 @@ void Pool::keepHouse()
     while (!m_stopping) {
         if (startWanted(lock) || makeSpare(lock) || endUsedUp(lock))
             continue;
-        retireIdle();
+        const Clock::time_point now = Clock::now();
+        retireIdle(now);
         if (!m_usedUp.empty())
             continue;
-        if (const auto next = nextRetirement())
+        if (const auto next = nextRetirement(now))
             m_work.wait_until(lock, *next);
         else
             m_work.wait(lock);
@@ -380,9 +381,8 @@ bool Pool::endUsedUp(std::unique_lock<std::mutex> &lock)
 }
 
 /// Of the processes that nobody uses one stays, without arenas.
-void Pool::retireIdle()
+void Pool::retireIdle(Clock::time_point now)
 {
-    const Clock::time_point now = Clock::now();
     std::erase_if(m_spareArenas, [&](const SpareArena &spare) { return now - spare.idleSince >= idlePatience; });
     for (Household &household : m_households) {
         std::vector<std::unique_ptr<Worker>> staying;
@@ -395,11 +395,13 @@ void Pool::retireIdle()
     }
 }
 
-std::optional<Clock::time_point> Pool::nextRetirement() const
+/// The first moment after `now` at which another one becomes old. The one that stays is old already, and waiting for
+/// its moment again would never wait at all.
+std::optional<Clock::time_point> Pool::nextRetirement(Clock::time_point now) const
 {
     std::optional<Clock::time_point> next;
     const auto consider = [&](Clock::time_point since) {
-        if (!next || since + idlePatience < *next)
+        if (since + idlePatience > now && (!next || since + idlePatience < *next))
             next = since + idlePatience;
     };
     for (const SpareArena &spare : m_spareArenas)

@@ -86,8 +86,8 @@ private:
     bool startWanted(std::unique_lock<std::mutex> &lock);
     bool endUsedUp(std::unique_lock<std::mutex> &lock);
     bool makeSpare(std::unique_lock<std::mutex> &lock);
-    void retireIdle();
-    std::optional<Clock::time_point> nextRetirement() const;
+    void retireIdle(Clock::time_point now);
+    std::optional<Clock::time_point> nextRetirement(Clock::time_point now) const;
     void keepArenas(Worker &worker);
 
     const DecoderOptions m_options;
