@@ -1,6 +1,7 @@
 #include "viewer/frmMainViewer.h"
 
 #include "actions/wallpaper.h"
+#include "platform/desktoptools.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 
@@ -48,4 +49,15 @@ void frmMainViewer::mnuPictureWallPaperTiled_Click()
 void frmMainViewer::mnuPictureWallPaperClear_Click()
 {
     SetWallpaper(QString(), false, false);
+}
+
+void frmMainViewer::mnuPictureWallPaperRestore_Click()
+{
+    RestoreWallpaper();
+}
+
+void frmMainViewer::mnuOptionsDisplayOptions_Click()
+{
+    if (!openDesktopTool(DesktopTool::DisplaySettings))
+        qCWarning(wallpaper, "this desktop has no known display settings");
 }

@@ -17,3 +17,6 @@ Result<void> saveWallpaperPicture(const LoadedPicture &picture);
 /// "Control Panel\Desktop" of the current user, then has the desktop show the file; the empty name takes its picture
 /// away. A picture that fills the screen is both centered and stretched, a tiled one neither. Nothing is reported.
 void SetWallpaper(const QString &fileName, bool centered, bool stretched);
+
+/// Brings back what hung on the desktop before the program changed it.
+void RestoreWallpaper();

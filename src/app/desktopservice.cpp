@@ -9,43 +9,11 @@
 #include <QDBusPendingCall>
 #include <QLoggingCategory>
 
-#include <memory>
-#include <mutex>
-#include <thread>
-
-#include <sys/stat.h>
-
 namespace {
 Q_LOGGING_CATEGORY(logDesktop, "lumora.desktop", QtWarningMsg)
 
 constexpr QLatin1String serviceName("org.lumora.Lumora");
 constexpr QLatin1String objectPath("/org/lumora/Lumora");
-constexpr QLatin1String connectionName("lumora");
-
-/// Who waits for the connection. The connecting thread may outlive the program's windows when a bus does not answer.
-struct Waiting
-{
-    std::mutex mutex;
-    DesktopService *service = nullptr;
-};
-
-std::shared_ptr<Waiting> &waiting()
-{
-    static auto state = std::make_shared<Waiting>();
-    return state;
-}
-
-/// Asking for a bus that is not there would start one.
-bool sessionBusExists()
-{
-    if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        return true;
-    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
-    struct stat state
-    {
-    };
-    return !runtime.isEmpty() && ::stat((runtime + "/bus").constData(), &state) == 0 && S_ISSOCK(state.st_mode);
-}
 
 QString tokenOf(const QVariantMap &platformData)
 {
@@ -55,36 +23,16 @@ QString tokenOf(const QVariantMap &platformData)
 
 }
 
-DesktopService::~DesktopService()
-{
-    leaveBus();
-}
-
 void DesktopService::registerOnBus()
 {
-    if (!sessionBusExists())
-        return;
-    const std::shared_ptr<Waiting> state = waiting();
-    {
-        const std::lock_guard guard(state->mutex);
-        state->service = this;
-    }
-    // Connecting waits for the answer of the bus, which may take its time; a start does not wait for it.
-    std::thread([state] {
-        if (!QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName).isConnected())
-            return;
-        const std::lock_guard guard(state->mutex);
-        if (state->service)
-            QMetaObject::invokeMethod(state->service, [service = state->service] { service->connected(); });
-    }).detach();
+    m_bus.join([this] { connected(); });
 }
 
 void DesktopService::connected()
 {
-    QDBusConnection bus(connectionName);
+    QDBusConnection bus = m_bus.connection();
     if (!bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots))
         return;
-    m_onBus = true;
     QDBusMessage request = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
         QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
     constexpr uint doNotQueue = 4;
@@ -95,13 +43,7 @@ void DesktopService::connected()
 
 void DesktopService::leaveBus()
 {
-    {
-        const std::lock_guard guard(waiting()->mutex);
-        waiting()->service = nullptr;
-    }
-    if (m_onBus)
-        QDBusConnection::disconnectFromBus(connectionName);
-    m_onBus = false;
+    m_bus.leave();
 }
 
 void DesktopService::Activate(const QVariantMap &platformData)

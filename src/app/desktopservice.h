@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/sessionbus.h"
+
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -11,8 +13,6 @@ class DesktopService : public QObject
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 public:
-    ~DesktopService() override;
-
     /// Takes the name org.lumora.Lumora on the session bus. Returns at once; without a bus nothing happens.
     void registerOnBus();
     /// Gives the name back, so that a request that comes now starts the program anew.
@@ -26,5 +26,5 @@ public Q_SLOTS:
 
 private:
     void connected();
-    bool m_onBus = false;
+    SessionBus m_bus{QStringLiteral("lumora")};
 };

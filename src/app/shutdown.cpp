@@ -7,6 +7,7 @@
 #include "app/startup.h"
 #include "editor/frmZoomView.h"
 #include "engine/picturecache.h"
+#include "platform/wallpaper.h"
 #include "shell/frmGradient.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
@@ -165,5 +166,9 @@ void finishShutDown()
     // A window on its way out may have asked another one something, which has come back for that.
     for (const FormRow &row : rows)
         unloadRow(row);
+    // A change of the wallpaper on its way decodes, too.
+    constexpr std::chrono::seconds patience(3);
+    if (!desktopWallpaper().waitForDone(patience))
+        qCWarning(logShutDown, "the desktop does not take the wallpaper");
     PictureCache::instance().shutDown();
 }

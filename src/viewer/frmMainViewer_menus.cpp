@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "app/settings.h"
 #include "app/startup.h"
+#include "platform/wallpaper.h"
 #include "ui/icons.h"
 #include "viewer/fit.h"
 
@@ -65,11 +66,11 @@ const MenuRow rows[] = {
     {ITEM(mnuPictureThumbNailViewer), "mnuPicture", "Display &Thumbnail Viewer", "Ctrl+T", "view-list-icons"},
     {ITEM(mnuPictureImageSummary), "mnuPicture", "&Information Summary", "Ctrl+I", ""},
     {ITEM(mnuPictureDesktopWallpaper), "mnuPicture", "-Set Image as &Desktop Wallpaper", "", "", nullptr, submenu},
-    {ITEM(mnuPictureWallPaperCentered), "mnuPictureDesktopWallpaper", "&Centered", "Ctrl+Alt+1", "wallpaper-centered"},
-    {ITEM(mnuPictureWallPaperStretched), "mnuPictureDesktopWallpaper", "&Stretched", "Ctrl+Alt+2", "wallpaper-stretched"},
-    {ITEM(mnuPictureWallPaperTiled), "mnuPictureDesktopWallpaper", "&Tiled", "Ctrl+Alt+3", "wallpaper-tiled"},
-    {ITEM(mnuPictureWallPaperClear), "mnuPictureDesktopWallpaper", "&Remove Wallpaper", "Ctrl+Alt+4", "wallpaper-removed"},
-    {ITEM(mnuPictureWallPaperRestore), "mnuPictureDesktopWallpaper", "-R&estore Wallpaper of Before", "Ctrl+Alt+5", "edit-undo"},
+    {ITEM(mnuPictureWallPaperCentered), "mnuPictureDesktopWallpaper", "&Centered", "Ctrl+Alt+1", "wallpaper-centered", &V::mnuPictureWallPaperCentered_Click},
+    {ITEM(mnuPictureWallPaperStretched), "mnuPictureDesktopWallpaper", "&Stretched", "Ctrl+Alt+2", "wallpaper-stretched", &V::mnuPictureWallPaperStretched_Click},
+    {ITEM(mnuPictureWallPaperTiled), "mnuPictureDesktopWallpaper", "&Tiled", "Ctrl+Alt+3", "wallpaper-tiled", &V::mnuPictureWallPaperTiled_Click},
+    {ITEM(mnuPictureWallPaperClear), "mnuPictureDesktopWallpaper", "&Remove Wallpaper", "Ctrl+Alt+4", "wallpaper-removed", &V::mnuPictureWallPaperClear_Click},
+    {ITEM(mnuPictureWallPaperRestore), "mnuPictureDesktopWallpaper", "-R&estore Wallpaper of Before", "Ctrl+Alt+5", "edit-undo", &V::mnuPictureWallPaperRestore_Click},
 
     {ITEM(mnuView), "", "&View", "", "", nullptr, submenu},
     {ITEM(mnuViewFullPlayerImage), "mnuView", "Full Width Media &Player / Image", "F7", "view-wide", &V::mnuViewFullPlayerImage_Click, check},
@@ -100,7 +101,7 @@ const MenuRow rows[] = {
     {ITEM(mnuOptions), "", "&Options", "", "", nullptr, submenu},
     {ITEM(mnuOptionsPreferences), "mnuOptions", "&Preferences", "Ctrl+,", "configure", &V::mnuOptionsPreferences_Click},
     {ITEM(mnuOptionsMinimizeSystemTray), "mnuOptions", "&Minimize to System Tray", "", "", nullptr, check},
-    {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", ""},
+    {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", "", &V::mnuOptionsDisplayOptions_Click},
 
     {ITEM(mnuTools), "", "&Tools", "", "", nullptr, submenu},
     {ITEM(mnuToolsVolumeControls), "mnuTools", "&Volume Controls", "Ctrl+Alt+V", ""},
@@ -118,10 +119,10 @@ const ToolbarRow toolbarRows[] = {
     {"Save", "Save", "Save Media File List", "document-save", &V::mnuFileSave_Click, true, false, false, false},
     {"Exit", "Exit", "Exit Lumora", "application-exit", &V::mnuFileExit_Click, false, false, false, false},
     {"Copy", "Copy", "Copy Current Image To The Clipboard", "edit-copy", &V::mnuPictureCopy_Click, true, true, false, true},
-    {"wpaperc", "", "Set Current Image as Centered Wallpaper", "wallpaper-centered", nullptr, true, true, true, false},
-    {"wpapers", "", "Set Current Image as StretchedWallpaper", "wallpaper-stretched", nullptr, true, true, true, false},
-    {"wpapert", "", "Set Current Image as Tiled Wallpaper", "wallpaper-tiled", nullptr, true, true, true, false},
-    {"wpaperr", "", "Removes Current Wallpaper", "wallpaper-removed", nullptr, true, true, true, false},
+    {"wpaperc", "", "Set Current Image as Centered Wallpaper", "wallpaper-centered", &V::mnuPictureWallPaperCentered_Click, true, true, false, true},
+    {"wpapers", "", "Set Current Image as StretchedWallpaper", "wallpaper-stretched", &V::mnuPictureWallPaperStretched_Click, true, true, false, false},
+    {"wpapert", "", "Set Current Image as Tiled Wallpaper", "wallpaper-tiled", &V::mnuPictureWallPaperTiled_Click, true, true, false, false},
+    {"wpaperr", "", "Removes Current Wallpaper", "wallpaper-removed", &V::mnuPictureWallPaperClear_Click, true, true, false, false},
     {"Previous", "Previous", "Move To Previous Media File", "go-previous", &V::mnuPicturePrevious_Click, true, false, false, true},
     {"Next", "Next", "Move To Next Media File", "go-next", &V::toolbarNext_Click, true, false, false, false},
     {"color", "Color", "Display Color Balance Options", "color-balance", nullptr, true, true, false, true},
@@ -195,7 +196,9 @@ void frmMainViewer::makeMenus()
     mnuViewToolbarsShowCaptions->setChecked(true);
     mnuTools->setVisible(false);
     // These need no item: their keys work while the menu they stand in is off.
-    addActions({mnuPictureViewer, mnuBrowseFolderView});
+    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuPictureWallPaperRestore});
+    connect(&desktopWallpaper(), &DesktopWallpaper::done, mnuPictureWallPaperRestore,
+        [this] { mnuPictureWallPaperRestore->setEnabled(desktopWallpaper().canRestore()); });
     // Menus hold no command that this build has not been given.
     for (QMenu *menu : std::as_const(menus)) {
         bool anything = false;

@@ -2,6 +2,7 @@
 
 #include "app/globals.h"
 #include "app/mediatypes.h"
+#include "platform/wallpaper.h"
 
 // What is usable: by the entries of the two lists, and by the kind of the current item.
 
@@ -41,6 +42,7 @@ void frmMainViewer::UpdateMenuAndToolbarState()
         (this->*item)->setEnabled(display);
     // The editor can start without a picture, so an empty list leaves it on.
     mnuPictureViewer->setEnabled(true);
+    mnuPictureWallPaperRestore->setEnabled(desktopWallpaper().canRestore());
     if (motion) {
         for (QAction *V::*item : needsPicture)
             (this->*item)->setEnabled(false);
