@@ -36,13 +36,23 @@ QByteArray temporaryName()
 
 TemporaryFile::~TemporaryFile()
 {
+    discard();
+}
+
+void TemporaryFile::discard()
+{
     if (!m_name.isEmpty())
-        ::unlinkat(m_folder, m_name.constData(), 0);
+        ::unlinkat(m_folder.number(), m_name.constData(), 0);
+    m_name.clear();
+    m_file = Descriptor();
 }
 
 int TemporaryFile::open(int folder, mode_t mode)
 {
-    m_folder = folder;
+    discard();
+    m_folder = Descriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 3));
+    if (!m_folder)
+        return errno;
     m_file = Descriptor(::openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
     if (m_file)
         return 0;
@@ -62,27 +72,32 @@ int TemporaryFile::open(int folder, mode_t mode)
     return errno;
 }
 
+/// What was lost on the way to the file system may come out only here.
+bool TemporaryFile::close()
+{
+    return !m_file || m_file.close();
+}
+
 int TemporaryFile::linkAs(const QByteArray &name) const
 {
     const QByteArray opened = "/proc/self/fd/" + QByteArray::number(m_file.number());
-    return ::linkat(AT_FDCWD, opened.constData(), m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+    const int linked = ::linkat(AT_FDCWD, opened.constData(), m_folder.number(), name.constData(), AT_SYMLINK_FOLLOW);
+    return linked == 0 ? 0 : errno;
 }
 
 int TemporaryFile::placeNew(const QByteArray &name)
 {
     if (m_name.isEmpty()) {
-        if (const int error = linkAs(name); error != 0)
+        const int error = linkAs(name);
+        if (error != 0 || close())
             return error;
+        const int lost = errno;
+        ::unlinkat(m_folder.number(), name.constData(), 0);
+        return lost;
     }
-    // Closed last: the name may only stay when nothing was lost on the way to the file system.
-    const bool named = !m_name.isEmpty();
-    if (!m_file.close()) {
-        const int error = errno;
-        if (!named)
-            ::unlinkat(m_folder, name.constData(), 0);
-        return error;
-    }
-    const int error = named ? renameNew(m_folder, m_name, m_folder, name) : 0;
+    if (!close())
+        return errno;
+    const int error = renameNew(m_folder.number(), m_name, m_folder.number(), name);
     if (error == 0)
         m_name.clear();
     return error;
@@ -98,7 +113,7 @@ int TemporaryFile::replace(const QByteArray &name)
         else if (error != EEXIST || attempt == mostAttempts)
             return error;
     }
-    if (!m_file.close() || ::renameat(m_folder, m_name.constData(), m_folder, name.constData()) != 0)
+    if (!close() || ::renameat(m_folder.number(), m_name.constData(), m_folder.number(), name.constData()) != 0)
         return errno;
     m_name.clear();
     return 0;

@@ -35,18 +35,20 @@ public:
     ~TemporaryFile();
     Q_DISABLE_COPY_MOVE(TemporaryFile)
 
-    /// Makes it in the folder with that descriptor, which must stay open as long as this object.
+    /// Makes it in the folder with that descriptor. One that it was before goes.
     [[nodiscard]] int open(int folder, mode_t mode);
     /// The descriptor, to write and to read.
     int number() const { return m_file.number(); }
-    /// Gives it a name that must be free; EEXIST when it is not.
+    /// Gives it a name that must be free; EEXIST when it is not, and replace() may follow.
     [[nodiscard]] int placeNew(const QByteArray &name);
     /// Gives it a name, in the place of what has it.
     [[nodiscard]] int replace(const QByteArray &name);
 
 private:
     int linkAs(const QByteArray &name) const;
-    int m_folder = -1;
+    bool close();
+    void discard();
+    Descriptor m_folder;
     Descriptor m_file;
     QByteArray m_name; ///< set while a temporary name of ours stands in the folder
 };
