@@ -90,7 +90,9 @@ bool MoveRun::add(int order)
     const bool alone = !move->look() || move->isWithinDisk() || move->willFail();
     if (alone && !finishWaiting())
         return false;
-    if (!insist(order, [&] { return move->begin(m_wanted); }))
+    const auto begin = [&] { return move->begin(m_wanted); };
+    const FileOutcome begun = begin();
+    if (!begun && (!finishWaiting() || !m_ended(order, begun) || !insist(order, begin)))
         return false;
     if (move->isDone()) {
         ignore(m_ended(order, {}));
