@@ -1,3 +1,5 @@
+#include "actions/frmConvertFileName.h"
+#include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"
@@ -62,7 +64,7 @@ constexpr std::array formRows{
     window<frmBrowseFolder>("frmBrowseFolder"),
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
-    notInThisBuild("frmConvertFileName"),
+    window<frmConvertFileName>("frmConvertFileName"),
     notInThisBuild("frmConvertFileType"),
     hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
@@ -81,8 +83,8 @@ constexpr std::array formRows{
     notInThisBuild("frmResize"),
     notInThisBuild("frmResizePictures"),
     notInThisBuild("frmScrollingAbout"),
-    notInThisBuild("frmSelectBatchDir"),
     window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
+    window<frmSelectBatchDir>("frmSelectBatchDir"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),
