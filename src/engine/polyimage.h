@@ -25,6 +25,12 @@ public:
     bool PolyReduceColors(int colors, int bits, bool diffuse);
     bool PolyReduceToBits(int bits, bool diffuse);
 
+    /// As in ops/adjustments.h and ops/emboss.h.
+    bool PolyAutoContrast(double clipFraction);
+    bool PolyAutoLevel(double clipFraction);
+    bool PolyGrayScale();
+    bool PolyEmboss();
+
     /// Options of the next saves; values out of range become the nearest one.
     void setPolyJpegFastSave(bool fast) { m_options.jpegFastSave = fast; }
     bool PolyJpegFastSave() const { return m_options.jpegFastSave; }
