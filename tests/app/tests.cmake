@@ -2,6 +2,7 @@
 lumora_test(app/tst_colorschemes.cpp rules)
 lumora_test(app/tst_commandline.cpp rules)
 lumora_test(app/tst_commands.cpp windows)
+lumora_test(app/tst_convertline.cpp rules)
 lumora_test(app/tst_mediatypes.cpp rules)
 lumora_test(app/tst_settings.cpp rules)
 lumora_test(app/tst_unload_order.cpp windows)
