@@ -46,6 +46,8 @@ struct ConversionOptions
 enum class ConversionLoad { None, Picture, PhotoCD, Poly };
 /// By the entry's kind; None for audio and video. A Poly path with ".PCD" anywhere in it is a Photo CD.
 ConversionLoad conversionLoad(const QString &path);
+/// Which size of a Photo CD is loaded; all other files take no notice of it.
+int conversionSizeIndex(ConversionLoad how, const ConversionOptions &options);
 
 /// The operations in the order in which they are done.
 enum class ConversionOperation { AutoContrast, AutoLevel, GrayScale, Colors256, Emboss };
@@ -112,8 +114,8 @@ public:
     virtual QString entry(int index) const = 0;
     virtual bool isSelected(int index) const = 0;
 
-    /// The named places at which events come in. With a `ready`, events come in until that is true, cancelled() is or
-    /// goesOn() is not. This one only waits, which is all that a program without windows needs.
+    /// The named places at which events come in; they do so until `ready` is true, where there is one. This one only
+    /// waits for that, and looks several times a second: all that a program without windows needs.
     virtual void letEventsIn(const std::function<bool()> &ready);
     /// Called from any thread when `ready` may have become true.
     virtual void wake();

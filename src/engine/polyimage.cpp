@@ -94,6 +94,16 @@ bool PolyImage::PolyEmboss()
     return change([](const Picture &picture) { return embossed(picture); });
 }
 
+Result<QByteArray> PolyImage::encoded(TypeCode typeCode, bool diffuse) const
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    if (!picture)
+        return picture.failure();
+    EncodeOptions options = m_options;
+    options.diffuse = diffuse;
+    return encode(*picture, typeCode, options);
+}
+
 bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
 {
     const Result<Picture> picture = allPixelsOf(m_held.get());

@@ -42,6 +42,9 @@ public:
     /// whole or not at all.
     bool PolySave(const QString &path, TypeCode typeCode, bool diffuse);
 
+    /// The bytes that PolySave writes.
+    Result<QByteArray> encoded(TypeCode typeCode, bool diffuse) const;
+
     /// Takes a picture that another control has decoded.
     void setPolyPicture(std::shared_ptr<const LoadedPicture> picture) { m_held = std::move(picture); }
     /// All pixels of the held picture; null when nothing was ever loaded.
