@@ -38,6 +38,10 @@ struct ConversionOptions
     bool emboss = false;
     int photoCDSize = -1; ///< the button of optPhotoCDSize that is on; -1: none, and a Photo CD is then not loaded
     SaveOptions save; ///< of frmPreferences; its diffuseTwoColor is set by the run
+    /// What an entry leaves behind is what the next one begins with: the picture, when the next cannot be loaded, and
+    /// the diffuse flag, which is off at the first entry. False: an entry that cannot be loaded, or that a step fails
+    /// for, is not written, and the flag goes by diffuseTwoColor from the first entry on.
+    bool carryOver = true;
 };
 
 // --- rules
@@ -99,7 +103,8 @@ struct ConversionOutcome
     QString target;
     What what = Written;
     bool loaded = true; ///< false: the entry could not be read, and what the control held before was written
-    QString reason; ///< of a failed load or write; for logs and developers
+    bool damaged = false; ///< only a part of the entry could be read, the rest is blank
+    QString reason; ///< of a failed load, step or write; for logs and developers
 };
 
 /// Whoever starts a run: a window, a command line, a test. Everything but wake() is called on the thread of the run.

@@ -113,8 +113,7 @@ void ConversionAhead::complete(ConversionJob &job, const ConversionOptions &opti
     job.work.steps = conversionSteps(options, diffuse);
     job.work.plan = batchSavePlan(job.place.type, save).value_or(SavePlan());
     // What will be left alone is loaded all the same: it is what an unreadable entry behind it goes on with.
-    job.encodes =
-        options.overwriteFiles || !FileExists(conversionTarget(job.work.path, job.place.type, options).path);
+    job.encodes = options.overwriteFiles || !FileExists(conversionTarget(job.work.path, job.place.type, options).path);
 }
 
 ConversionAhead::Job ConversionAhead::guessedHere() const
@@ -193,33 +192,38 @@ QString ConversionAhead::load(const QString &path, ConversionLoad how, int sizeI
     return {};
 }
 
-void ConversionAhead::operate(const QVector<ConversionStep> &steps)
+QString ConversionAhead::operate(const QVector<ConversionStep> &steps)
 {
+    QString failure;
     m_isOperated = m_job && m_job->work.steps == steps;
     for (qsizetype step = 0; step < steps.size(); ++step) {
         m_client.showOperation(operationTitle(steps[step].operation));
         if (m_isOperated)
             m_crew.waitFor(m_job, m_job->operated(step));
         else
-            ignore(::operate(steps[step], m_image));
+            operateNoting(steps[step], m_image, failure);
         m_client.showOperation({});
     }
+    return failure;
 }
 
-void ConversionAhead::prepare(const SavePlan &plan)
+/// Of operations that were left to the job, their failure as well.
+QString ConversionAhead::prepare(const SavePlan &plan)
 {
     m_isPrepared = m_isOperated && m_job->work.plan == plan;
     if (m_isPrepared) {
         m_crew.waitFor(m_job, m_job->prepared());
         m_image.setPolyPicture(m_job->result);
-        return;
+        return m_job->stepFailure;
     }
+    QString failure;
     // The operations were left to the job until here.
     if (m_isOperated) {
         for (const ConversionStep &step : m_job->work.steps)
-            ignore(::operate(step, m_image));
+            operateNoting(step, m_image, failure);
     }
-    preparePicture(plan, m_image);
+    const QString unprepared = preparePicture(plan, m_image);
+    return failure.isEmpty() ? unprepared : failure;
 }
 
 void ConversionAhead::write(const ConversionOutcome &outcome, const SavePlan &plan)

@@ -18,8 +18,8 @@ public:
     bool isReady() override;
     std::optional<ConversionOperation> operationUnderWay() override;
     QString load(const QString &path, ConversionLoad how, int sizeIndex) override;
-    void operate(const QVector<ConversionStep> &steps) override;
-    void prepare(const SavePlan &plan) override;
+    QString operate(const QVector<ConversionStep> &steps) override;
+    QString prepare(const SavePlan &plan) override;
     void settle(const QString &path) override { m_crew.settle(path); }
     void settleAll() override { m_crew.settleAll(); }
     void write(const ConversionOutcome &outcome, const SavePlan &plan) override;

@@ -248,8 +248,8 @@ ConversionCrew::Job ConversionCrew::startable() const
         return {};
     if (m_waiting.front()->estimate >= 0 && mayStart(*m_waiting.front()))
         return m_waiting.front();
-    const auto unknown = std::find_if(m_waiting.begin(), m_waiting.end(),
-        [](const Job &job) { return job->estimate < 0 && !job->estimating; });
+    const auto unknown = std::find_if(
+        m_waiting.begin(), m_waiting.end(), [](const Job &job) { return job->estimate < 0 && !job->estimating; });
     return unknown == m_waiting.end() ? nullptr : *unknown;
 }
 
@@ -342,14 +342,18 @@ void ConversionCrew::carryOut(ConversionJob &job)
         }
         if (!advance(job, job.loaded, [&] { job.source = image.held(); }))
             return;
+        QString failure;
         for (qsizetype step = 0; step < job.work.steps.size(); ++step) {
-            ignore(operate(job.work.steps[step], image));
+            operateNoting(job.work.steps[step], image, failure);
             if (!advance(job, job.operated(step), [] {}))
                 return;
         }
-        if (!job.picture)
-            preparePicture(job.work.plan, image);
-        if (!advance(job, job.prepared(), [&] { job.result = image.held(); }) || !job.encodes)
+        const QString unprepared = job.picture ? QString() : preparePicture(job.work.plan, image);
+        const auto keep = [&] {
+            job.result = image.held();
+            job.stepFailure = failure.isEmpty() ? unprepared : failure;
+        };
+        if (!advance(job, job.prepared(), keep) || !job.encodes)
             return;
         for (const SaveStep &step : job.work.plan.steps) {
             if (isSaveOption(step))

@@ -45,6 +45,7 @@ struct ConversionJob
     std::shared_ptr<const LoadedPicture> source = {};
     QString failure = {}; ///< why there is no `source`; such a job is done
     std::shared_ptr<const LoadedPicture> result = {}; ///< prepared
+    QString stepFailure = {}; ///< of the first operation or preparation that failed
     std::optional<Result<QByteArray>> bytes = {};
 
     // The crew's own.

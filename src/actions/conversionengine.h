@@ -26,10 +26,10 @@ public:
 
     /// Loads the entry reached into the control that reads it. Empty, or why that could not be done.
     virtual QString load(const QString &path, ConversionLoad how, int sizeIndex) = 0;
-    /// The operations in their order; each is shown while it runs.
-    virtual void operate(const QVector<ConversionStep> &steps) = 0;
-    /// What the format does to the held picture.
-    virtual void prepare(const SavePlan &plan) = 0;
+    /// The operations in their order; each is shown while it runs. Empty, or why the first that failed did.
+    virtual QString operate(const QVector<ConversionStep> &steps) = 0;
+    /// What the format does to the held picture. The same answer.
+    virtual QString prepare(const SavePlan &plan) = 0;
 
     /// What stands at that path after this is what the run so far has put there.
     virtual void settle(const QString & /*path*/) { }
@@ -49,5 +49,7 @@ public:
 /// Whether a step sets an option of the control and leaves the picture alone.
 bool isSaveOption(const SaveStep &step);
 /// A row's preparation as batch conversion takes it: the steps that change the picture, the next one also when one
-/// fails. The options of the control come later, one by one.
-void preparePicture(const SavePlan &plan, PolyImage &image);
+/// fails. The options of the control come later, one by one. Empty, or why the first that failed did.
+QString preparePicture(const SavePlan &plan, PolyImage &image);
+/// One operation; notes the reason of the first that fails.
+void operateNoting(const ConversionStep &step, PolyImage &image, QString &failure);

@@ -32,15 +32,17 @@ public:
             return m_image.PolyLoad(path, sizeIndex) ? QString() : m_image.PolyLastError();
         return m_gvbox.load(path) ? QString() : QStringLiteral("cannot be read");
     }
-    void operate(const QVector<ConversionStep> &steps) override
+    QString operate(const QVector<ConversionStep> &steps) override
     {
+        QString failure;
         for (const ConversionStep &step : steps) {
             m_client.showOperation(operationTitle(step.operation));
-            ignore(::operate(step, m_image));
+            operateNoting(step, m_image, failure);
             m_client.showOperation({});
         }
+        return failure;
     }
-    void prepare(const SavePlan &plan) override { preparePicture(plan, m_image); }
+    QString prepare(const SavePlan &plan) override { return preparePicture(plan, m_image); }
     void write(const ConversionOutcome &outcome, const SavePlan &plan) override
     {
         ConversionOutcome told = outcome;
@@ -78,6 +80,7 @@ private:
     bool passList(int type);
     void waitForTurn();
     bool convert(int type, int index);
+    bool giveUp(ConversionOutcome &outcome, const QString &reason);
     bool load(ConversionOutcome &outcome, ConversionLoad how);
     SavePlan planFor(int type) const;
     void makeMissing(const QString &folder);
@@ -108,6 +111,7 @@ bool Run::yield()
 void Run::carryOut()
 {
     m_types = int(m_client.options().types.count());
+    m_diffuse = !m_client.options().carryOver && m_client.options().diffuseTwoColor;
     for (int type = 0; type < conversionTypeCount; ++type) {
         if (!isWanted(type))
             continue;
@@ -173,18 +177,33 @@ bool Run::convert(int type, int index)
         return true;
     if (!load(outcome, how))
         return false;
-    m_engine.operate(conversionSteps(m_client.options(), m_diffuse));
+    if (!outcome.loaded && !m_client.options().carryOver)
+        return giveUp(outcome, outcome.reason);
+    QString failure = m_engine.operate(conversionSteps(m_client.options(), m_diffuse));
     const ConversionTarget target = conversionTarget(outcome.entry, type, m_client.options());
     outcome.target = target.path;
     makeMissing(target.convertFolder);
     // Behind the operations: the reduction among them went by what the entry before has left here.
     m_diffuse = m_client.options().diffuseTwoColor;
-    m_engine.prepare(planFor(type));
+    const QString unprepared = m_engine.prepare(planFor(type));
+    if (failure.isEmpty())
+        failure = unprepared;
+    if (!failure.isEmpty() && !m_client.options().carryOver)
+        return giveUp(outcome, failure);
     makeMissing(target.typeFolder);
     m_client.showFiles(outcome.entry, outcome.target);
     if (!yield())
         return false;
     writeOrLeave(outcome, type);
+    return m_client.goesOn();
+}
+
+/// The entry ends here. What is carried over from it is no more than the controls hold.
+bool Run::giveUp(ConversionOutcome &outcome, const QString &reason)
+{
+    outcome.what = ConversionOutcome::NotWritten;
+    outcome.reason = reason;
+    m_engine.leave(outcome);
     return m_client.goesOn();
 }
 
@@ -195,6 +214,8 @@ bool Run::load(ConversionOutcome &outcome, ConversionLoad how)
         outcome.reason = m_engine.load(outcome.entry, how, sizeIndex);
         outcome.loaded = outcome.reason.isEmpty();
     }
+    const auto &read = how == ConversionLoad::Picture ? m_gvbox.picture() : m_image.held();
+    outcome.damaged = outcome.loaded && read && read->current().partial;
     // What the one control holds by now goes to the other, be it of this file or of one before.
     if (how == ConversionLoad::Picture) {
         if (!yield())
@@ -255,15 +276,24 @@ void Run::writeOrLeave(ConversionOutcome &outcome, int type)
 
 bool isSaveOption(const SaveStep &step)
 {
-    return std::holds_alternative<savestep::JpegOptions>(step) || std::holds_alternative<savestep::Jpeg2000Option>(step);
+    return std::holds_alternative<savestep::JpegOptions>(step)
+        || std::holds_alternative<savestep::Jpeg2000Option>(step);
 }
 
-void preparePicture(const SavePlan &plan, PolyImage &image)
+QString preparePicture(const SavePlan &plan, PolyImage &image)
 {
+    QString failure;
     for (const SaveStep &step : plan.steps) {
-        if (!isSaveOption(step))
-            ignore(takeStep(step, image));
+        if (!isSaveOption(step) && !takeStep(step, image) && failure.isEmpty())
+            failure = image.PolyLastError();
     }
+    return failure;
+}
+
+void operateNoting(const ConversionStep &step, PolyImage &image, QString &failure)
+{
+    if (!operate(step, image) && failure.isEmpty())
+        failure = image.PolyLastError();
 }
 
 void runConversion(ConversionClient &client, PolyImage &image, Gvbox &gvbox, LookAhead lookAhead)

@@ -30,6 +30,13 @@ QString tr(const char *text)
     return QCoreApplication::translate("ConvertCommand", text);
 }
 
+/// A sentence with the path that it is about in front, unless that stands in it.
+QString about(const QString &path, const QString &sentence)
+{
+    const QString shown = displayPath(path);
+    return sentence.contains(shown) ? sentence : shown + QLatin1String(": ") + sentence;
+}
+
 /// The signal that asked for the end; 0 as long as none has come.
 std::atomic<int> arrivedSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
@@ -98,31 +105,41 @@ public:
 
     void finished(const ConversionOutcome &outcome) override
     {
-        ++m_told;
         switch (outcome.what) {
         case ConversionOutcome::Written:
             ++m_written;
+            if (outcome.damaged)
+                tellOfEntry(outcome.entry, tr("is damaged, and only what could be read of it is written"));
             return;
         case ConversionOutcome::LeftAlone:
-            m_line.tell(displayPath(outcome.target) + QLatin1String(": ") + whyLeftAlone(outcome.target));
+            m_line.tell(about(outcome.entry, about(outcome.target, whyLeftAlone(outcome.target))));
             return;
         case ConversionOutcome::NotWritten:
-            // What cannot be read is told of once, not for every format.
-            if (outcome.loaded)
-                m_line.tell(displayPath(outcome.target) + QLatin1String(": ") + outcome.reason);
-            else if (!std::exchange(m_unreadable[outcome.entry], true))
-                m_line.tell(displayPath(outcome.entry) + QLatin1String(": ") + outcome.reason);
+            if (outcome.target.isEmpty() || !outcome.loaded)
+                tellOfEntry(outcome.entry, outcome.reason);
+            else
+                m_line.tell(about(outcome.entry, about(outcome.target, outcome.reason)));
         }
     }
 
     int written() const { return m_written; }
+    /// Whether every entry was read as a whole.
+    bool allWhole() const { return m_bad.isEmpty(); }
     qint64 asked() const { return qint64(m_entries.size()) * qint64(m_command.options.types.count()); }
 
 private:
+    /// Once, not for every format.
+    void tellOfEntry(const QString &entry, const QString &sentence)
+    {
+        if (!m_bad.contains(entry))
+            m_line.tell(about(entry, sentence));
+        m_bad.insert(entry);
+    }
     QString whyLeftAlone(const QString &target) const
     {
-        return m_refused.contains(target) ? tr("another file of this run has the same name")
-                                          : tr("exists already and is left as it is");
+        return m_refused.contains(target) || m_takenTwice.contains(target)
+            ? tr("another file of this run has the same name")
+            : tr("exists already and is left as it is");
     }
 
     const ConvertCommand &m_command;
@@ -134,9 +151,8 @@ private:
     QSet<QString> m_targets;
     QSet<QString> m_takenTwice;
     QSet<QString> m_refused;
-    QHash<QString, bool> m_unreadable;
+    QSet<QString> m_bad;
     int m_percent = 0;
-    int m_told = 0;
     int m_written = 0;
 };
 
@@ -154,7 +170,7 @@ QStringList entriesOfList(const QString &path, const Told &failed)
 {
     const Result<QByteArray> bytes = readFile(path, limits::maximumFileBytes);
     if (!bytes) {
-        failed(displayPath(path) + QLatin1String(": ") + bytes.reason());
+        failed(about(path, bytes.reason()));
         return {};
     }
     const ListFileContent content = readListFile(*bytes, 0);
@@ -162,9 +178,9 @@ QStringList entriesOfList(const QString &path, const Told &failed)
     if (content.endMarkerAt)
         entries.removeAt(*content.endMarkerAt);
     if (!content.isListFile)
-        failed(displayPath(path) + QLatin1String(": ") + tr("is no list file"));
+        failed(about(path, tr("is no list file")));
     else if (picturesOf(entries).isEmpty())
-        failed(displayPath(path) + QLatin1String(": ") + tr("there are no pictures in this list"));
+        failed(about(path, tr("there are no pictures in this list")));
     return picturesOf(entries);
 }
 
@@ -188,13 +204,13 @@ QStringList entriesOfFolder(const QString &path, bool recursive, const Told &fai
             entries.append(folder + name);
     }
     if (const auto listed = listFolder(folder); !listed)
-        failed(displayPath(path) + QLatin1String(": ") + listed.reason());
+        failed(about(path, listed.reason()));
     else if (entries.isEmpty())
-        failed(displayPath(path) + QLatin1String(": ") + tr("there are no pictures in this folder"));
+        failed(about(path, tr("there are no pictures in this folder")));
     return entries;
 }
 
-bool makeFolder(const QString &folder, ProgressLine &line)
+bool makeTargetFolder(const QString &folder, ProgressLine &line)
 {
     std::error_code error;
     std::filesystem::create_directories(pathToBytes(folder).toStdString(), error);
@@ -202,7 +218,7 @@ bool makeFolder(const QString &folder, ProgressLine &line)
     if (!error && !folderExists(folder))
         error = std::make_error_code(std::errc::not_a_directory);
     if (error)
-        line.tell(displayPath(folder) + QLatin1String(": ") + QString::fromStdString(error.message()));
+        line.tell(about(folder, QString::fromStdString(error.message())));
     return !error;
 }
 
@@ -217,10 +233,11 @@ QStringList conversionEntries(const QStringList &sources, bool recursive, const 
         else if (isListFileName(source))
             entries += entriesOfList(source, failed);
         else if (conversionLoad(source) == ConversionLoad::None)
-            failed(displayPath(source) + QLatin1String(": ") + tr("sounds and videos are not converted"));
+            failed(about(source, tr("sounds and videos are not converted")));
         else
             entries.append(source);
     }
+    entries.removeDuplicates();
     return entries;
 }
 
@@ -233,7 +250,7 @@ int runConvertCommand(const ConvertCommand &command)
         allThere = false;
         line.tell(sentence);
     });
-    if (!command.options.useImageFolder && !entries.isEmpty() && !makeFolder(command.options.imageFolder, line))
+    if (!command.options.useImageFolder && !entries.isEmpty() && !makeTargetFolder(command.options.imageFolder, line))
         return statusSomeFailed;
     ConsoleClient client(command, entries, line);
     PolyImage image;
@@ -241,14 +258,14 @@ int runConvertCommand(const ConvertCommand &command)
     runConversion(client, image, gvbox, LookAhead::AllCores);
     line.clear();
     const int signal = arrivedSignal;
-    if (signal != 0) {
+    if (signal != 0 && client.written() < client.asked()) {
         line.tell(
             tr("ended before all was done, %1 of %2 files are written").arg(client.written()).arg(client.asked()));
         return statusOfSignals + signal;
     }
     if (client.written() < client.asked())
         line.tell(tr("%1 of %2 files were not written").arg(client.asked() - client.written()).arg(client.asked()));
-    return allThere && client.written() == client.asked() ? statusAllWritten : statusSomeFailed;
+    return allThere && client.allWhole() && client.written() == client.asked() ? statusAllWritten : statusSomeFailed;
 }
 
 void endAsBySignal(int status)

@@ -18,8 +18,8 @@ struct ConvertCommand
 };
 
 /// The entries that sources stand for: a picture itself, a folder the known picture files in it, a list file its
-/// pictures. What cannot be read, what gives nothing, and sounds and videos that are named as such go to `failed`, one
-/// sentence each.
+/// pictures; each once. What cannot be read, what gives nothing, and sounds and videos that are named as such go to
+/// `failed`, one sentence each.
 QStringList conversionEntries(
     const QStringList &sources, bool recursive, const std::function<void(const QString &sentence)> &failed);
 

@@ -230,9 +230,8 @@ bool takeStep(const SaveStep &step, PolyImage &image, const std::function<void()
 
 bool prepareForSave(const SavePlan &plan, PolyImage &image, const std::function<void()> &refreshScreen)
 {
-    return std::all_of(plan.steps.begin(), plan.steps.end(), [&](const SaveStep &step) {
-        return takeStep(step, image, refreshScreen);
-    });
+    return std::all_of(plan.steps.begin(), plan.steps.end(),
+        [&](const SaveStep &step) { return takeStep(step, image, refreshScreen); });
 }
 
 bool saveByPlan(const SavePlan &plan, PolyImage &image, const QString &path, const std::function<void()> &refreshScreen)

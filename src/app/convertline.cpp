@@ -55,8 +55,8 @@ public:
         : m_arguments(arguments)
         , m_currentFolder(currentFolder)
     {
-        m_options.overwriteFiles = false;
-        m_options.promptFirst = true;
+        m_options.carryOver = false;
+        m_options.promptFirst = true; // the run answers itself
         m_options.photoCDSize = 2;
     }
 

@@ -41,7 +41,7 @@ void tst_convertline::everyFormatHasAWordOfItsOwn()
         // The plain word of an extension is the format without a variant.
         const QString extension = QLatin1String(saveFormats()[size_t(i)].extension);
         const auto plain = conversionTypeOfWord(extension);
-        QVERIFY2(plain && saveFormats()[size_t(*plain)].extension == extension, qPrintable(word));
+        QVERIFY2(plain && QLatin1String(saveFormats()[size_t(*plain)].extension) == extension, qPrintable(word));
     }
     QCOMPARE(all.size(), conversionTypeCount);
     QCOMPARE(saveFormats()[size_t(*conversionTypeOfWord(QStringLiteral("jpeg")))].typeCode, TypeCode::Jpeg);

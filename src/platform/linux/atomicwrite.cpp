@@ -266,8 +266,7 @@ std::optional<FilePlace> filePlace(const QString &path)
     struct stat state = {};
     if (::stat(folder.constData(), &state) != 0)
         return std::nullopt;
-    return FilePlace{
-        state.st_dev, state.st_ino, parts.file.normalized(QString::NormalizationForm_C).toCaseFolded()};
+    return FilePlace{state.st_dev, state.st_ino, parts.file.normalized(QString::NormalizationForm_C).toCaseFolded()};
 }
 
 Result<void> writeFileAtomically(const QString &path, const QByteArray &bytes)
