@@ -1,4 +1,5 @@
 #include "actions/frmConvertFileName.h"
+#include "actions/frmConvertFileType.h"
 #include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
@@ -62,7 +63,7 @@ constexpr std::array formRows{
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
     window<frmConvertFileName>("frmConvertFileName"),
-    notInThisBuild("frmConvertFileType"),
+    window<frmConvertFileType>("frmConvertFileType"),
     hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
     window<frmGradient>("frmGradient"),
