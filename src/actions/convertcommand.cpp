@@ -23,6 +23,7 @@ namespace {
 constexpr int statusAllWritten = 0;
 constexpr int statusSomeFailed = 1;
 constexpr int statusOfSignals = 128;
+constexpr int mostEntries = 32767; ///< of a list that does not tell how many it has
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
 QString tr(const char *text)
@@ -173,7 +174,7 @@ QStringList entriesOfList(const QString &path, const Told &failed)
         failed(about(path, bytes.reason()));
         return {};
     }
-    const ListFileContent content = readListFile(*bytes, 0);
+    const ListFileContent content = readListFile(*bytes, mostEntries);
     QStringList entries = content.entries;
     if (content.endMarkerAt)
         entries.removeAt(*content.endMarkerAt);

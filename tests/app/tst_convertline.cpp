@@ -14,6 +14,7 @@ private Q_SLOTS:
     void wrongLinesAreOneLineOfError_data();
     void wrongLinesAreOneLineOfError();
     void helpNamesEveryOptionAndFormat();
+    void theManualTellsWhatTheHelpTells();
 };
 
 namespace {
@@ -135,6 +136,27 @@ void tst_convertline::helpNamesEveryOptionAndFormat()
         QVERIFY(helpText().contains(QRegularExpression(QStringLiteral("\\b%1\\b").arg(conversionTypeWord(i)))));
     for (const QString &line : helpText().split(QLatin1Char('\n')))
         QVERIFY2(line.size() <= 100, qPrintable(line));
+}
+
+void tst_convertline::theManualTellsWhatTheHelpTells()
+{
+    QFile page(QStringLiteral(LUMORA_MANUALS "/lumora.1"));
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QString manual = QString::fromUtf8(page.readAll());
+    static const QRegularExpression option(QStringLiteral("--([a-z0-9-]+)"));
+    QSet<QString> told;
+    for (auto found = option.globalMatch(helpText()); found.hasNext();)
+        told.insert(found.next().captured(1));
+    QVERIFY(told.size() > 15);
+    for (const QString &name : std::as_const(told))
+        QVERIFY2(manual.contains(QStringLiteral(".It Fl \\-%1").arg(name))
+                || manual.contains(QStringLiteral(" , \\-%1").arg(name)),
+            qPrintable(name));
+    for (int i = 0; i < conversionTypeCount; ++i) {
+        const QRegularExpression item(
+            QStringLiteral("^\\.It Cm %1\\b").arg(conversionTypeWord(i)), QRegularExpression::MultilineOption);
+        QVERIFY2(manual.contains(item), qPrintable(conversionTypeWord(i)));
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_convertline)
