@@ -390,6 +390,7 @@ void ConversionCrew::writeBehind()
         }
         m_writes.front().end->over = true;
         m_writes.pop_front();
+        job->released = true;
         count(*job);
         lock.unlock();
         changed();

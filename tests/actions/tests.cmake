@@ -2,3 +2,5 @@
 lumora_test(actions/tst_saveformats.cpp rules)
 lumora_test(actions/tst_save_image_as.cpp windows)
 lumora_test(actions/tst_save_thumbnail.cpp windows)
+lumora_test(actions/tst_conversion_plan.cpp rules)
+lumora_test(actions/tst_conversion_ahead.cpp rules)
