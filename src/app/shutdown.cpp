@@ -1,4 +1,5 @@
 #include "actions/frmConvertFileName.h"
+#include "actions/frmConvertFileType.h"
 #include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
@@ -65,7 +66,7 @@ constexpr std::array formRows{
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
     window<frmConvertFileName>("frmConvertFileName"),
-    notInThisBuild("frmConvertFileType"),
+    window<frmConvertFileType>("frmConvertFileType"),
     hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
     window<frmGradient>("frmGradient"),
@@ -83,8 +84,8 @@ constexpr std::array formRows{
     notInThisBuild("frmResize"),
     notInThisBuild("frmResizePictures"),
     notInThisBuild("frmScrollingAbout"),
-    window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     window<frmSelectBatchDir>("frmSelectBatchDir"),
+    window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),

@@ -4,6 +4,7 @@
 #include "app/appdata.h"
 #include "app/checkjpg.h"
 #include "app/commandline.h"
+#include "app/convertline.h"
 #include "app/desktopservice.h"
 #include "app/endsignals.h"
 #include "app/frmIntroSelect.h"
@@ -36,6 +37,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 
 namespace {
 Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
@@ -287,19 +289,41 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     return status;
 }
 
-}
-
-int Main(const QStringList &arguments)
+/// --help, --version and a wrong command line: the exit status; else none.
+std::optional<int> answered(const auto &line)
 {
-    const CommandLine line = parseCommandLine(arguments, workingFolder());
     if (line.help || line.version) {
         print(stdout, line.help ? helpText() : versionText());
         return 0;
     }
-    if (!line.error.isEmpty()) {
-        print(stderr, line.error + QLatin1Char('\n'));
-        return 2;
-    }
+    if (line.error.isEmpty())
+        return std::nullopt;
+    print(stderr, line.error + QLatin1Char('\n'));
+    return 2;
+}
+
+/// A conversion needs neither a display nor the running program.
+int convert(const ConvertLine &line)
+{
+    if (const auto status = answered(line))
+        return *status;
+    char name[] = "lumora";
+    char *arguments[] = {name, nullptr};
+    int count = 1;
+    const QCoreApplication application(count, arguments);
+    std::setlocale(LC_NUMERIC, "C");
+    return runConvertCommand(line.command);
+}
+
+}
+
+int Main(const QStringList &arguments)
+{
+    if (asksForConversion(arguments))
+        return convert(parseConvertLine(arguments, workingFolder()));
+    const CommandLine line = parseCommandLine(arguments, workingFolder());
+    if (const auto status = answered(line))
+        return *status;
     // Without this the platform layer would abort the process.
     if (!anyDisplay()) {
         print(stderr, QStringLiteral("lumora: there is no display to show windows on\n"));

@@ -1,6 +1,8 @@
 #include "engine/polyimage.h"
 
+#include "engine/ops/adjustments.h"
 #include "engine/ops/depth.h"
+#include "engine/ops/emboss.h"
 #include "engine/picturecache.h"
 
 namespace {
@@ -70,6 +72,36 @@ bool PolyImage::PolyReduceColors(int colors, int bits, bool diffuse)
 bool PolyImage::PolyReduceToBits(int bits, bool diffuse)
 {
     return change([=](const Picture &picture) { return withReducedBits(picture, bits, diffuse); });
+}
+
+bool PolyImage::PolyAutoContrast(double clipFraction)
+{
+    return change([=](const Picture &picture) { return withAutoContrast(picture, clipFraction); });
+}
+
+bool PolyImage::PolyAutoLevel(double clipFraction)
+{
+    return change([=](const Picture &picture) { return withAutoLevel(picture, clipFraction); });
+}
+
+bool PolyImage::PolyGrayScale()
+{
+    return change(&inGreyScale);
+}
+
+bool PolyImage::PolyEmboss()
+{
+    return change([](const Picture &picture) { return embossed(picture); });
+}
+
+Result<QByteArray> PolyImage::encoded(TypeCode typeCode, bool diffuse) const
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    if (!picture)
+        return picture.failure();
+    EncodeOptions options = m_options;
+    options.diffuse = diffuse;
+    return encode(*picture, typeCode, options);
 }
 
 bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)

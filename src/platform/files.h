@@ -36,6 +36,18 @@ std::optional<FileStamp> fileStamp(const QString &path);
 /// When a file's data was last changed, in local time; invalid when there is no such file.
 QDateTime fileDateTime(const QString &path);
 
+/// Where a file stands, or would stand, once all links are followed. Names are without case, as some file systems take
+/// them: two paths to one file have equal places, two files may have them too.
+struct FilePlace
+{
+    quint64 device = 0;
+    quint64 folder = 0; ///< inode
+    QString name;
+    bool operator==(const FilePlace &) const = default;
+};
+/// None when the folder is not there.
+std::optional<FilePlace> filePlace(const QString &path);
+
 /// A descriptor of a regular file, read only and close-on-exec; -1 with a reason otherwise.
 Result<int> openRegularFile(const QString &path);
 /// The whole of a regular file; a failure when it is larger than `maximumBytes`.

@@ -2,6 +2,8 @@
 lumora_test(app/tst_colorschemes.cpp rules)
 lumora_test(app/tst_commandline.cpp rules)
 lumora_test(app/tst_commands.cpp windows)
+lumora_test(app/tst_convertline.cpp rules)
+target_compile_definitions(tst_convertline PRIVATE LUMORA_MANUALS="${CMAKE_SOURCE_DIR}/packaging/man")
 lumora_test(app/tst_mediatypes.cpp rules)
 lumora_test(app/tst_settings.cpp rules)
 lumora_test(app/tst_unload_order.cpp windows)

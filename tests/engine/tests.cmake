@@ -4,6 +4,7 @@ add_library(lumora_test_engine STATIC
     engine/enginefiles.cpp engine/ownfiles.cpp engine/rasterfiles.cpp engine/testpictures.cpp)
 target_link_libraries(lumora_test_engine PUBLIC lumora_test_support PRIVATE lumora_options)
 
+lumora_test(engine/tst_adjustments.cpp rules)
 lumora_test(engine/tst_asx.cpp rules)
 lumora_test(engine/tst_decode.cpp rules)
 lumora_test(engine/tst_depth.cpp rules)

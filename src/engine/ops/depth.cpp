@@ -4,23 +4,13 @@
 #include "engine/limits.h"
 #include "engine/ops/colorset.h"
 #include "engine/ops/quantise.h"
+#include "engine/ops/rowbands.h"
 
 #include <algorithm>
 
 namespace {
 
 const Failure noMemory{QStringLiteral("the picture is too large for this")};
-
-/// The same picture with other pixels.
-Picture remade(const Picture &picture, const QImage &pixels, int bits)
-{
-    Picture result = picture;
-    result.pixels = pixels;
-    result.pixels.setDotsPerMeterX(picture.pixels.dotsPerMeterX());
-    result.pixels.setDotsPerMeterY(picture.pixels.dotsPerMeterY());
-    result.info.bitsPerPixel = bits;
-    return result;
-}
 
 bool isPaletted(const QImage &image)
 {

@@ -152,6 +152,19 @@ Result<void> Replacement::putInPlace()
 
 } // namespace
 
+std::optional<FilePlace> filePlace(const QString &path)
+{
+    const Result<QString> resolved = linkTarget(path);
+    if (!resolved)
+        return std::nullopt;
+    const PathParts parts = SplitFilePath(*resolved);
+    const QByteArray folder = parts.folder.isEmpty() ? QByteArray(".") : nativePath(parts.folder);
+    struct stat state = {};
+    if (::stat(folder.constData(), &state) != 0)
+        return std::nullopt;
+    return FilePlace{state.st_dev, state.st_ino, parts.file.normalized(QString::NormalizationForm_C).toCaseFolded()};
+}
+
 Result<void> writeFileAtomically(const QString &path, const QByteArray &bytes)
 {
     const SizeSignalBlocked blocked;
