@@ -38,18 +38,6 @@ QRgb greyOf(QRgb pixel)
     return (pixel & 0xff000000) | grey << 16 | grey << 8 | grey;
 }
 
-/// How many pixels have each level. One of them stands for the luminance, three for red, green and blue.
-using Histogram = std::vector<qint64>;
-template <size_t channels> using Histograms = std::array<Histogram, channels>;
-enum Basis : size_t { Luminance = 1, EachChannel = 3 };
-
-template <size_t channels> Histograms<channels> emptyHistograms(size_t levels)
-{
-    Histograms<channels> histograms;
-    histograms.fill(Histogram(levels));
-    return histograms;
-}
-
 bool isSeen(QRgb pixel)
 {
     return pixel > 0x00ffffff;
@@ -60,51 +48,107 @@ bool isSeen(QRgba64 pixel)
     return pixel.alpha() != 0;
 }
 
-template <size_t channels> void add(Histograms<channels> &histograms, QRgb pixel, qint64 count)
+size_t redOf(QRgb pixel)
 {
-    if constexpr (channels == Luminance) {
-        histograms[0][luminanceOf(pixel)] += count;
-    } else {
-        histograms[0][size_t(qRed(pixel))] += count;
-        histograms[1][size_t(qGreen(pixel))] += count;
-        histograms[2][size_t(qBlue(pixel))] += count;
-    }
+    return size_t(qRed(pixel));
 }
 
-template <size_t channels> void add(Histograms<channels> &histograms, QRgba64 pixel, qint64 count)
+size_t greenOf(QRgb pixel)
 {
-    if constexpr (channels == Luminance) {
-        histograms[0][luminanceOf(pixel)] += count;
-    } else {
-        histograms[0][pixel.red()] += count;
-        histograms[1][pixel.green()] += count;
-        histograms[2][pixel.blue()] += count;
-    }
+    return size_t(qGreen(pixel));
 }
 
-/// `count(y, histograms)` adds the pixels of one row; the bands' histograms are summed up.
-template <size_t channels, class Count> Histograms<channels> counted(QSize size, size_t levels, const Count &count)
+size_t blueOf(QRgb pixel)
 {
-    Histograms<channels> all = emptyHistograms<channels>(levels);
+    return size_t(qBlue(pixel));
+}
+
+size_t redOf(QRgba64 pixel)
+{
+    return pixel.red();
+}
+
+size_t greenOf(QRgba64 pixel)
+{
+    return pixel.green();
+}
+
+size_t blueOf(QRgba64 pixel)
+{
+    return pixel.blue();
+}
+
+/// How many pixels have each level.
+using Histogram = std::vector<quint32>;
+/// One stands for the luminance, three for red, green and blue.
+template <size_t channels> using Histograms = std::array<Histogram, channels>;
+enum Basis : size_t { Luminance = 1, EachChannel = 3 };
+
+/// Counts the pixels of some rows. Neighbours of one level are counted in different lanes: a count that was just stored
+/// is slow to be read again.
+template <size_t channels, size_t levels> class Counter
+{
+public:
+    void add(int x, QRgb pixel, quint32 count = 1) { addColor(x, pixel, count); }
+    void add(int x, QRgba64 pixel) { addColor(x, pixel, 1); }
+    void addLevel(int x, size_t channel, size_t level, quint32 count = 1)
+    {
+        m_counts[(size_t(x) % lanes * channels + channel) * levels + level] += count;
+    }
+    void addTo(Histograms<channels> &histograms) const
+    {
+        for (size_t i = 0; i < m_counts.size(); ++i)
+            histograms[i / levels % channels][i % levels] += m_counts[i];
+    }
+
+private:
+    // More of the many levels of 16 bits would not fit into a processor's cache.
+    static constexpr size_t lanes = levels == levels8 ? 4 : 1;
+
+    template <class Pixel> void addColor(int x, Pixel pixel, quint32 count)
+    {
+        if constexpr (channels == Luminance) {
+            addLevel(x, 0, luminanceOf(pixel), count);
+        } else {
+            addLevel(x, 0, redOf(pixel), count);
+            addLevel(x, 1, greenOf(pixel), count);
+            addLevel(x, 2, blueOf(pixel), count);
+        }
+    }
+    std::vector<quint32> m_counts = std::vector<quint32>(lanes * channels * levels);
+};
+
+template <size_t channels> Histograms<channels> emptyHistograms(size_t levels)
+{
+    Histograms<channels> histograms;
+    histograms.fill(Histogram(levels));
+    return histograms;
+}
+
+/// `count(y, counter)` counts the pixels of one row.
+template <size_t channels, size_t levels, class Count> Histograms<channels> counted(QSize size, const Count &count)
+{
+    Histograms<channels> histograms = emptyHistograms<channels>(levels);
     std::mutex guard;
     forRowBands(size, [&](int first, int end) {
-        Histograms<channels> band = emptyHistograms<channels>(levels);
+        Counter<channels, levels> band;
         for (int y = first; y < end; ++y)
             count(y, band);
         const std::lock_guard locked(guard);
-        for (size_t i = 0; i < channels; ++i)
-            std::transform(all[i].begin(), all[i].end(), band[i].begin(), all[i].begin(), std::plus<>());
+        band.addTo(histograms);
     });
-    return all;
+    return histograms;
 }
 
-template <size_t channels, class Pixel> Histograms<channels> histogramsOfPixels(const QImage &image, size_t levels)
+template <size_t channels, class Pixel> Histograms<channels> histogramsOfPixels(const QImage &image)
 {
-    return counted<channels>(image.size(), levels, [&](int y, Histograms<channels> &histograms) {
+    constexpr size_t levels = sizeof(Pixel) == sizeof(QRgb) ? levels8 : levels16;
+    return counted<channels, levels>(image.size(), [&](int y, Counter<channels, levels> &counter) {
         const Pixel *const row = reinterpret_cast<const Pixel *>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
+        const int width = image.width();
+        for (int x = 0; x < width; ++x) {
             if (isSeen(row[x]))
-                add(histograms, row[x], 1);
+                counter.add(x, row[x]);
         }
     });
 }
@@ -112,55 +156,72 @@ template <size_t channels, class Pixel> Histograms<channels> histogramsOfPixels(
 /// How often each byte of a Grayscale8 or Indexed8 image is there.
 Histogram histogramOfBytes(const QImage &image)
 {
-    return counted<1>(image.size(), levels8, [&](int y, Histograms<1> &histograms) {
+    return counted<1, levels8>(image.size(), [&](int y, Counter<1, levels8> &counter) {
         const uchar *const row = image.constScanLine(y);
-        for (int x = 0; x < image.width(); ++x)
-            ++histograms[0][row[x]];
+        const int width = image.width();
+        for (int x = 0; x < width; ++x)
+            counter.addLevel(x, 0, row[x]);
     })[0];
 }
 
 template <size_t channels> Histograms<channels> histogramsOfPalette(const QImage &image)
 {
     const Histogram indices = histogramOfBytes(image.convertToFormat(QImage::Format_Indexed8));
-    Histograms<channels> histograms = emptyHistograms<channels>(levels8);
     const QList<QRgb> table = image.colorTable();
+    Counter<channels, levels8> counter;
     for (qsizetype i = 0; i < table.size(); ++i) {
         if (isSeen(table[i]))
-            add(histograms, table[i], indices[size_t(i)]);
+            counter.add(0, table[i], indices[size_t(i)]);
     }
+    Histograms<channels> histograms = emptyHistograms<channels>(levels8);
+    counter.addTo(histograms);
     return histograms;
 }
 
 /// Number before to number after, for each level.
 using Curve = std::vector<quint16>;
-struct Curves
-{
-    std::array<Curve, 3> channels;
+using Curves = std::array<Curve, 3>;
 
-    QRgb operator()(QRgb pixel) const
-    {
-        return (pixel & 0xff000000) | QRgb(channels[0][size_t(qRed(pixel))]) << 16
-            | QRgb(channels[1][size_t(qGreen(pixel))]) << 8 | channels[2][size_t(qBlue(pixel))];
-    }
+struct DeepStretch
+{
+    Curves curves;
     QRgba64 operator()(QRgba64 pixel) const
     {
-        return qRgba64(channels[0][pixel.red()], channels[1][pixel.green()], channels[2][pixel.blue()], pixel.alpha());
+        return qRgba64(curves[0][pixel.red()], curves[1][pixel.green()], curves[2][pixel.blue()], pixel.alpha());
     }
-    uchar operator()(uchar grey) const { return uchar(channels[0][grey]); }
+};
+
+class ByteStretch
+{
+public:
+    explicit ByteStretch(const Curves &curves)
+    {
+        for (size_t i = 0; i < curves.size(); ++i)
+            std::copy(curves[i].begin(), curves[i].end(), m_curves[i].begin());
+    }
+    uchar operator()(uchar grey) const { return m_curves[0][grey]; }
+    QRgb operator()(QRgb pixel) const
+    {
+        return (pixel & 0xff000000) | QRgb(m_curves[0][redOf(pixel)]) << 16 | QRgb(m_curves[1][greenOf(pixel)]) << 8
+            | m_curves[2][blueOf(pixel)];
+    }
+
+private:
+    std::array<std::array<uchar, levels8>, 3> m_curves;
 };
 
 /// The first level from that end with more than `lost` pixels up to it.
 template <class Iterator> size_t stepsPast(Iterator from, Iterator end, qint64 lost)
 {
     qint64 passed = 0;
-    const auto found = std::find_if(from, end, [&](qint64 count) { return (passed += count) > lost; });
+    const auto found = std::find_if(from, end, [&](quint32 count) { return (passed += count) > lost; });
     return size_t(found - from);
 }
 
 Curve stretch(const Histogram &histogram, double clipFraction)
 {
     qint64 pixels = 0;
-    for (const qint64 count : histogram)
+    for (const quint32 count : histogram)
         pixels += count;
     const size_t most = histogram.size() - 1;
     size_t low = 0;
@@ -181,9 +242,9 @@ Curve stretch(const Histogram &histogram, double clipFraction)
 template <size_t channels> Curves stretches(const Histograms<channels> &histograms, double clipFraction)
 {
     Curves curves;
-    curves.channels[0] = stretch(histograms[0], clipFraction);
-    for (size_t i = 1; i < 3; ++i)
-        curves.channels[i] = channels == 1 ? curves.channels[0] : stretch(histograms[i % channels], clipFraction);
+    curves[0] = stretch(histograms[0], clipFraction);
+    for (size_t i = 1; i < curves.size(); ++i)
+        curves[i] = channels == Luminance ? curves[0] : stretch(histograms[i % channels], clipFraction);
     return curves;
 }
 
@@ -201,20 +262,18 @@ QImage withTable(QImage image, const QList<QRgb> &table)
 
 template <size_t channels> QImage stretched(const QImage &image, double clipFraction)
 {
+    const auto byBytes = [&](const auto &histograms) { return ByteStretch(stretches(histograms, clipFraction)); };
     switch (image.format()) {
     case QImage::Format_Mono:
     case QImage::Format_Indexed8:
-        return withTable(
-            image, mapped(image.colorTable(), stretches(histogramsOfPalette<channels>(image), clipFraction)));
+        return withTable(image, mapped(image.colorTable(), byBytes(histogramsOfPalette<channels>(image))));
     case QImage::Format_Grayscale8:
-        return mappedPixels<uchar, uchar>(
-            image, image.format(), stretches(Histograms<1>{histogramOfBytes(image)}, clipFraction));
+        return mappedPixels<uchar, uchar>(image, image.format(), byBytes(Histograms<1>{histogramOfBytes(image)}));
     case QImage::Format_RGBA64:
         return mappedPixels<QRgba64, QRgba64>(
-            image, image.format(), stretches(histogramsOfPixels<channels, QRgba64>(image, levels16), clipFraction));
+            image, image.format(), DeepStretch{stretches(histogramsOfPixels<channels, QRgba64>(image), clipFraction)});
     default:
-        return mappedPixels<QRgb, QRgb>(
-            image, image.format(), stretches(histogramsOfPixels<channels, QRgb>(image, levels8), clipFraction));
+        return mappedPixels<QRgb, QRgb>(image, image.format(), byBytes(histogramsOfPixels<channels, QRgb>(image)));
     }
 }
 
@@ -224,8 +283,10 @@ template <size_t channels> Result<Picture> stretched(const Picture &picture, dou
         return noPicture;
     if (!(clipFraction >= 0 && clipFraction < 0.5))
         return Failure{QStringLiteral("no more than half of a picture can be clipped at either end")};
-    const QImage pixels = stretched<channels>(picture.pixels, clipFraction);
-    return pixels.isNull() ? Result<Picture>(noMemory) : remade(picture, pixels, picture.info.bitsPerPixel);
+    QImage pixels = stretched<channels>(picture.pixels, clipFraction);
+    if (pixels.isNull())
+        return noMemory;
+    return remade(picture, std::move(pixels), picture.info.bitsPerPixel);
 }
 
 /// What keeps its form in grey because it shows its ground.
@@ -281,6 +342,8 @@ Result<Picture> inGreyScale(const Picture &picture)
     const bool hasPalette = image.depth() <= 8;
     if (hasPalette && (transparent || bits < 8 || image.format() == QImage::Format_Mono))
         return remade(picture, withTable(image, mapped(image.colorTable(), &greyOf)), bits);
-    const QImage grey = transparent ? greyChannels(image) : greyBytes(image);
-    return grey.isNull() ? Result<Picture>(noMemory) : remade(picture, grey, transparent ? bits : 8);
+    QImage grey = transparent ? greyChannels(image) : greyBytes(image);
+    if (grey.isNull())
+        return noMemory;
+    return remade(picture, std::move(grey), transparent ? bits : 8);
 }

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -22,6 +23,8 @@ template <class Number, int channelCount, int alphaPlace> struct Layout
     static constexpr int channels = channelCount;
     static constexpr int alphaAt = alphaPlace;
     static constexpr int most = std::numeric_limits<Number>::max();
+    /// Holds what seven of them come to; a narrow one lets the compiler take more of them at a time.
+    using Sum = std::conditional_t<sizeof(Number) == 1, qint16, qint32>;
 };
 using GreyBytes = Layout<uchar, 1, -1>;
 using ColorBytes = Layout<uchar, 4, Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? 3 : 0>;
@@ -72,10 +75,12 @@ void embossRow(const PaddedRow<Pixels> &above, const PaddedRow<Pixels> &here, co
     const auto *const up = above.row();
     const auto *const middle = here.row();
     const auto *const down = below.row();
+    using Sum = typename Pixels::Sum;
     for (int i = 0; i < width * Pixels::channels; ++i) {
-        const int light = middle[i + next] + down[i] + down[i + next];
-        const int shadow = middle[i - next] + up[i] + up[i - next];
-        to[i] = typename Pixels::Level(std::clamp(ground + light - shadow, 0, Pixels::most));
+        const Sum light = Sum(Sum(middle[i + next]) + Sum(down[i]) + Sum(down[i + next]));
+        const Sum shadow = Sum(Sum(middle[i - next]) + Sum(up[i]) + Sum(up[i - next]));
+        const Sum level = Sum(Sum(ground) + light - shadow);
+        to[i] = typename Pixels::Level(std::clamp(level, Sum(0), Sum(Pixels::most)));
     }
     if constexpr (Pixels::alphaAt >= 0) {
         for (int i = Pixels::alphaAt; i < width * Pixels::channels; i += Pixels::channels)
@@ -134,8 +139,8 @@ Result<Picture> embossed(const Picture &picture, int ground)
     const QImage image = picture.pixels.depth() <= 8 && !isGrey ? withoutPalette(picture) : picture.pixels;
     if (image.isNull())
         return noMemory;
-    const auto answer = [&](const QImage &pixels, int bits) {
-        return pixels.isNull() ? Result<Picture>(noMemory) : remade(picture, pixels, bits);
+    const auto answer = [&](QImage pixels, int bits) {
+        return pixels.isNull() ? Result<Picture>(noMemory) : remade(picture, std::move(pixels), bits);
     };
     switch (image.format()) {
     case QImage::Format_Grayscale8:

@@ -21,19 +21,25 @@ QImage mappedPixels(const QImage &source, QImage::Format format, const Function 
     uchar *const pixels = result.bits();
     const qsizetype stride = result.bytesPerLine();
     forRowBands(source.size(), [&](int first, int end) {
+        // Of its own, so that the compiler knows that no pixel is stored into it.
+        const Function own = function;
+        const int width = source.width();
         for (int y = first; y < end; ++y) {
             const From *const from = reinterpret_cast<const From *>(source.constScanLine(y));
-            std::transform(from, from + source.width(), reinterpret_cast<To *>(pixels + y * stride), function);
+            To *const to = reinterpret_cast<To *>(pixels + y * stride);
+            for (int x = 0; x < width; ++x)
+                to[x] = own(from[x]);
         }
     });
     return result;
 }
 
-/// The same picture with other pixels at another nominal depth; what is told about it stays.
-inline Picture remade(const Picture &picture, const QImage &pixels, int bits)
+/// The same picture with other pixels at another nominal depth; what is told about it stays. Give the pixels away:
+/// those that another image shares are copied when their resolution is another.
+inline Picture remade(const Picture &picture, QImage pixels, int bits)
 {
     Picture result = picture;
-    result.pixels = pixels;
+    result.pixels = std::move(pixels);
     result.pixels.setDotsPerMeterX(picture.pixels.dotsPerMeterX());
     result.pixels.setDotsPerMeterY(picture.pixels.dotsPerMeterY());
     result.info.bitsPerPixel = bits;
