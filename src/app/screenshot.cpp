@@ -29,7 +29,8 @@ bool stands(const frmMainViewer &viewer)
 {
     if (globals.StartInEditor || globals.StartInFolderBrowser)
         return !viewer.TakingCommands;
-    return globals.MainViewerActivated && commandsAreTaken(viewer);
+    const bool playerStands = !viewer.wmp9->isVisible() || viewer.wmp9->isReady();
+    return globals.MainViewerActivated && commandsAreTaken(viewer) && playerStands;
 }
 
 bool write(QWidget *window, const QString &path)

@@ -16,6 +16,10 @@ public:
     /// playState as the windows read it.
     enum PlayState { Stopped = 1, Paused = 2, Playing = 3, Transitioning = 9 };
 
+    /// What the file set last holds. Unknown while it loads, and until the first frame of a video is there; None for no
+    /// file and for one that cannot be played.
+    enum Content { None, Unknown, Sound, Video };
+
     using QObject::QObject;
 
     /// Loads a file so that it stands ready: first frame and length come without playing. Empty unloads.
@@ -25,6 +29,7 @@ public:
     virtual void pause() = 0;
     virtual void stop() = 0;
     virtual PlayState playState() const = 0;
+    virtual Content content() const { return None; }
     /// 0 to 100; kept over files and before the first one.
     virtual int volume() const = 0;
     virtual void setVolume(int volume) = 0;
@@ -42,6 +47,7 @@ public:
 
 Q_SIGNALS:
     void playStateChanged(int state);
+    /// Something else is to be seen: the next frame, or another content.
     void frameReady();
     void durationChanged();
 };

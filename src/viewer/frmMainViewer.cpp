@@ -1,6 +1,7 @@
 #include "viewer/frmMainViewer.h"
 
 #include "app/globals.h"
+#include "app/settings.h"
 #include "app/startup.h"
 #include "editor/frmZoomView.h"
 #include "engine/polyimage.h"
@@ -67,6 +68,9 @@ frmMainViewer::frmMainViewer(QWidget *parent)
     connect(wmp9, &MediaPlayerControl::PlayStateChange, this, &frmMainViewer::wmp9_PlayStateChange);
     tmrSlideShow.setTimerType(Qt::PreciseTimer);
     connect(&tmrSlideShow, &QTimer::timeout, this, &frmMainViewer::tmrSlideShow_Timer);
+    // No tick stores the volume while nothing plays, and the next item would play with the one before.
+    connect(wmp9, &MediaPlayerControl::VolumeChosen, this,
+        [](int volume) { saveOption("MMVolume", QString::number(volume)); });
     connect(&tmrShowPlayTime, &QTimer::timeout, this, &frmMainViewer::tmrShowPlayTime_Timer);
     tmrShowPlayTime.setInterval(500);
     connect(&Timer1, &QTimer::timeout, this, &frmMainViewer::Timer1_Timer);

@@ -104,7 +104,7 @@ const MenuRow rows[] = {
     {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", "", &V::mnuOptionsDisplayOptions_Click},
 
     {ITEM(mnuTools), "", "&Tools", "", "", nullptr, submenu},
-    {ITEM(mnuToolsVolumeControls), "mnuTools", "&Volume Controls", "Ctrl+Alt+V", ""},
+    {ITEM(mnuToolsVolumeControls), "mnuTools", "&Volume Controls", "Ctrl+Alt+V", "audio-volume-high", &V::mnuToolsVolumeControls_Click},
 
     {ITEM(mnuHelp), "", "&Help", "", "", nullptr, submenu},
     {ITEM(mnuHelpHelp), "mnuHelp", "&Help", "F1", "help-contents", &V::mnuHelpHelp_Click},
@@ -194,7 +194,6 @@ void frmMainViewer::makeMenus()
     makeSlideShowItems();
     mnuViewToolbarsMainToolbar->setChecked(true);
     mnuViewToolbarsShowCaptions->setChecked(true);
-    mnuTools->setVisible(false);
     // These need no item: their keys work while the menu they stand in is off.
     addActions({mnuPictureViewer, mnuBrowseFolderView, mnuPictureWallPaperRestore});
     connect(&desktopWallpaper(), &DesktopWallpaper::done, mnuPictureWallPaperRestore,

@@ -2,6 +2,8 @@
 
 #include "app/globals.h"
 #include "app/settings.h"
+#include "platform/desktoptools.h"
+#include "platform/dialogs.h"
 #include "ui/yield.h"
 #include "viewer/frmSlideShowFullScreen.h"
 
@@ -12,8 +14,8 @@ namespace {
 /// Hours, minutes and seconds as "00 : 01 : 30".
 QString longTime(double seconds)
 {
-    // Damaged files tell anything; a number of seconds that no sixty years hold is taken as that.
-    const auto whole = qint64(std::clamp(seconds, 0.0, 2e9));
+    // Damaged files tell anything: what is no number is the start, and sixty years are the most.
+    const auto whole = qint64(std::min(std::max(0.0, seconds), 2e9));
     const auto twoDigits = [](qint64 number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
     return QStringList{twoDigits(whole / 3600), twoDigits(whole / 60 % 60), twoDigits(whole % 60)}.join(
         QStringLiteral(" : "));
@@ -79,4 +81,16 @@ void frmMainViewer::updatePlayTimePanel()
         StatusBar1->setPanelText(3, QString());
     else
         ShowPlayTime();
+}
+
+void frmMainViewer::mnuToolsVolumeControls_Click()
+{
+    if (openDesktopTool(DesktopTool::VolumeControl))
+        return;
+    MessageBox box;
+    box.title = tr("Volume Controls");
+    box.text = tr("No program for the volume controls of this desktop is installed. The package pavucontrol holds one "
+                  "that works on every desktop.");
+    box.icon = MessageBox::Icon::Information;
+    dialogs().show(this, box);
 }

@@ -60,8 +60,8 @@ QString timeText(qint64 seconds, bool withHours)
 
 QString playTimeText(double position, double duration)
 {
-    // Damaged files tell anything; a number of seconds that no sixty years hold is taken as that.
-    const auto whole = [](double seconds) { return qint64(std::clamp(seconds, 0.0, 2e9)); };
+    // Damaged files tell anything: what is no number is the start, and sixty years are the most.
+    const auto whole = [](double seconds) { return qint64(std::min(std::max(0.0, seconds), 2e9)); };
     const bool withHours = std::max(position, duration) >= 3600;
     return timeText(whole(position), withHours) + QStringLiteral(" / ") + timeText(whole(duration), withHours);
 }
@@ -102,7 +102,12 @@ PlayerControls::PlayerControls(QWidget *parent)
     connect(
         m_position, &QSlider::valueChanged, this, [this](int value) { Q_EMIT positionWanted(value / milliseconds); });
     connect(m_mute, &QToolButton::clicked, this, &PlayerControls::muteWanted);
-    connect(m_volume, &QSlider::valueChanged, this, &PlayerControls::volumeWanted);
+    connect(m_volume, &QSlider::valueChanged, this, [this](int value) {
+        Q_EMIT volumeWanted(value);
+        if (!m_volume->isSliderDown())
+            Q_EMIT volumeChosen(value);
+    });
+    connect(m_volume, &QSlider::sliderReleased, this, [this] { Q_EMIT volumeChosen(m_volume->value()); });
     showState(Player::Stopped, false);
     showTime(0, 0);
     showVolume(100, false);

@@ -27,6 +27,8 @@ Q_SIGNALS:
     void stopWanted();
     void positionWanted(double seconds);
     void volumeWanted(int volume);
+    /// The last word on it: after a drag, not at each place on the way.
+    void volumeChosen(int volume);
     void muteWanted(bool muted);
 
 protected:

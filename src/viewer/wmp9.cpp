@@ -3,8 +3,11 @@
 #include "platform/filepath.h"
 #include "viewer/playercontrols.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QShortcut>
+#include <QWheelEvent>
 #include <QWindow>
 
 #include <algorithm>
@@ -14,6 +17,8 @@ namespace {
 constexpr QColor ground(0x1c, 0x22, 0x2b);
 constexpr QColor noteColor(0x6f, 0x93, 0xc0);
 constexpr QColor nameColor(0xe6, 0xea, 0xf0);
+constexpr double secondsPerKey = 5;
+constexpr int volumePerStep = 5;
 
 /// Two quavers under one beam, one unit high.
 QPainterPath notePath()
@@ -35,9 +40,11 @@ MediaPlayerControl::MediaPlayerControl(QWidget *parent)
     , m_controls(new PlayerControls(this))
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setFocusPolicy(Qt::TabFocus);
     m_refresh.setInterval(200);
     connect(&m_refresh, &QTimer::timeout, this, &MediaPlayerControl::refreshControls);
     connectControls();
+    connectMediaKeys();
 }
 
 MediaPlayerControl::~MediaPlayerControl() = default;
@@ -49,7 +56,19 @@ void MediaPlayerControl::connectControls()
     connect(m_controls, &PlayerControls::stopWanted, this, &MediaPlayerControl::stop);
     connect(m_controls, &PlayerControls::positionWanted, this, &MediaPlayerControl::setCurrentPosition);
     connect(m_controls, &PlayerControls::volumeWanted, this, &MediaPlayerControl::setVolume);
+    connect(m_controls, &PlayerControls::volumeChosen, this, &MediaPlayerControl::VolumeChosen);
     connect(m_controls, &PlayerControls::muteWanted, this, &MediaPlayerControl::setMuted);
+}
+
+void MediaPlayerControl::connectMediaKeys()
+{
+    const auto on = [this](Qt::Key key, void (MediaPlayerControl::*act)()) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, act);
+    };
+    on(Qt::Key_MediaTogglePlayPause, &MediaPlayerControl::playOrPause);
+    on(Qt::Key_MediaPlay, &MediaPlayerControl::playOrPause);
+    on(Qt::Key_MediaPause, &MediaPlayerControl::pause);
+    on(Qt::Key_MediaStop, &MediaPlayerControl::stop);
 }
 
 /// False when there is no player on this machine; that is asked for once.
@@ -65,7 +84,6 @@ bool MediaPlayerControl::ensurePlayer()
 void MediaPlayerControl::adopt(std::unique_ptr<Player> player)
 {
     m_player = std::move(player);
-    m_hadPicture = false;
     if (!m_player)
         return;
     connect(m_player.get(), &Player::playStateChanged, this, &MediaPlayerControl::stateChanged);
@@ -96,6 +114,7 @@ void MediaPlayerControl::shutDown()
     m_player.reset();
     m_unavailable = false;
     m_refresh.stop();
+    keepAwake();
     refreshControls();
     update();
 }
@@ -103,7 +122,6 @@ void MediaPlayerControl::shutDown()
 void MediaPlayerControl::setUrl(const QString &path)
 {
     m_url = path;
-    m_hadPicture = false;
     if (m_player)
         m_player->setUrl(path);
     else if (!path.isEmpty())
@@ -183,8 +201,107 @@ void MediaPlayerControl::setCurrentPosition(double seconds)
     refreshControls();
 }
 
+bool MediaPlayerControl::isReady() const
+{
+    return !m_player || m_player->content() != Player::Unknown;
+}
+
+void MediaPlayerControl::playOrPause()
+{
+    const int state = playState();
+    if (state == Player::Playing || state == Player::Transitioning)
+        pause();
+    else if (!m_url.isEmpty())
+        play();
+}
+
+void MediaPlayerControl::moveBy(double seconds)
+{
+    if (playState() == Player::Playing || playState() == Player::Paused)
+        setCurrentPosition(std::max(0.0, currentPosition() + seconds));
+}
+
+void MediaPlayerControl::chooseVolume(int volume)
+{
+    setVolume(volume);
+    Q_EMIT VolumeChosen(m_volume);
+}
+
+/// Sound goes on behind a blank screen; who watches a video touches nothing for an hour.
+void MediaPlayerControl::keepAwake()
+{
+    m_awake.setHeld(m_player && m_player->playState() == Player::Playing && m_player->content() == Player::Video);
+}
+
+void MediaPlayerControl::keyPressEvent(QKeyEvent *event)
+{
+    if (event->modifiers() & ~Qt::KeypadModifier) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Space:
+        playOrPause();
+        break;
+    case Qt::Key_S:
+        stop();
+        break;
+    case Qt::Key_M:
+        setMuted(!m_muted);
+        break;
+    case Qt::Key_Left:
+        moveBy(-secondsPerKey);
+        break;
+    case Qt::Key_Right:
+        moveBy(secondsPerKey);
+        break;
+    case Qt::Key_Home:
+        moveBy(-currentPosition());
+        break;
+    case Qt::Key_Up:
+        chooseVolume(m_volume + volumePerStep);
+        break;
+    case Qt::Key_Down:
+        chooseVolume(m_volume - volumePerStep);
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+/// The bar lies on this control: a click beside its buttons arrives here too and is not meant for the player.
+void MediaPlayerControl::mousePressEvent(QMouseEvent *event)
+{
+    if (pictureRect().contains(event->position().toPoint()))
+        setFocus(Qt::MouseFocusReason);
+    QWidget::mousePressEvent(event);
+}
+
+void MediaPlayerControl::wheelEvent(QWheelEvent *event)
+{
+    m_wheel += event->angleDelta().y();
+    const int steps = m_wheel / QWheelEvent::DefaultDeltasPerStep;
+    m_wheel -= steps * QWheelEvent::DefaultDeltasPerStep;
+    if (steps != 0)
+        chooseVolume(m_volume + steps * volumePerStep);
+    event->accept();
+}
+
+void MediaPlayerControl::focusInEvent(QFocusEvent *event)
+{
+    m_focusByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    QWidget::focusInEvent(event);
+}
+
+void MediaPlayerControl::focusOutEvent(QFocusEvent *event)
+{
+    m_focusByKey = false;
+    QWidget::focusOutEvent(event);
+}
+
 void MediaPlayerControl::stateChanged(int state)
 {
+    keepAwake();
     if (state == Player::Playing)
         m_refresh.start();
     else
@@ -203,6 +320,7 @@ void MediaPlayerControl::refreshControls()
 /// A window that is minimised or covered is not painted, and frames nobody fetches slow the player down.
 void MediaPlayerControl::frameArrived()
 {
+    keepAwake();
     const QWindow *handle = window()->windowHandle();
     if (isVisible() && (!handle || handle->isExposed()))
         update(pictureRect());
@@ -215,13 +333,6 @@ QRect MediaPlayerControl::pictureRect() const
     return QRect(0, 0, width(), std::max(0, height() - m_controls->height()));
 }
 
-/// A file that is known and has no frame. While one loads, the rectangle stays black.
-bool MediaPlayerControl::isSoundOnly() const
-{
-    const bool known = m_player && (m_player->duration() > 0 || m_player->currentPosition() > 0);
-    return known && !m_hadPicture && !m_url.isEmpty();
-}
-
 void MediaPlayerControl::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
@@ -229,12 +340,19 @@ void MediaPlayerControl::paintEvent(QPaintEvent *)
     if (m_player)
         m_player->setVisible(isVisible());
     const QImage frame = m_player ? m_player->frame((QSizeF(place.size()) * devicePixelRatioF()).toSize()) : QImage();
-    m_hadPicture = m_hadPicture || !frame.isNull();
-    painter.fillRect(rect(), Qt::black);
     if (!frame.isNull())
         painter.drawImage(place, frame);
-    else if (isSoundOnly())
+    else if (m_player && m_player->content() == Player::Sound && !m_url.isEmpty())
         paintSound(painter);
+    else
+        painter.fillRect(place, Qt::black);
+    if (m_focusByKey && hasFocus()) {
+        QPen frameLine(palette().color(QPalette::Highlight));
+        frameLine.setWidth(2);
+        frameLine.setJoinStyle(Qt::MiterJoin);
+        painter.setPen(frameLine);
+        painter.drawRect(place.adjusted(1, 1, -1, -1));
+    }
 }
 
 void MediaPlayerControl::paintSound(QPainter &painter) const

@@ -4,6 +4,7 @@
 #include "support/windows.h"
 #include "viewer/frmMainViewer.h"
 
+#include <QSlider>
 #include <QtTest>
 
 namespace {
@@ -56,6 +57,8 @@ private Q_SLOTS:
     void theTimeStandsInThePanelOnlyWhilePlaying();
     void aPictureTakesThePlayersPlaceWithItsDimensions();
     void theVolumeIsStoredAndComesBack();
+    void aVolumeChosenBetweenTwoItemsIsKept();
+    void volumeControlsOpenTheMixerOrSaySo();
     void theFlagsOfADoubleClickPlayOneItem();
     void theWideListGivesBackWhatWasOnShow();
 
@@ -163,6 +166,42 @@ void tst_playback::theVolumeIsStoredAndComesBack()
     window().wmp9->setVolume(70);
     window().lstDisplay->selectOnly(1);
     QCOMPARE(m_player->loudness, 0);
+}
+
+void tst_playback::aVolumeChosenBetweenTwoItemsIsKept()
+{
+    window().lstDisplay->selectOnly(0);
+    QVERIFY(!window().tmrShowPlayTime.isActive());
+    window().wmp9->findChild<QSlider *>(QStringLiteral("volume"))->setValue(35);
+    window().lstDisplay->selectOnly(1);
+    m_player->play();
+    QCOMPARE(m_player->loudness, 35);
+
+    // Rubbish in the store is the default, numbers out of range are the nearest.
+    for (const auto &[text, volume] : {std::pair("loud", 100), std::pair("-3", 0), std::pair("1000", 100)}) {
+        saveOption("MMVolume", QString::fromLatin1(text));
+        m_player->change(Player::Playing);
+        QCOMPARE(m_player->loudness, volume);
+    }
+}
+
+void tst_playback::volumeControlsOpenTheMixerOrSaySo()
+{
+    QVERIFY(window().mnuTools->isVisible() && window().mnuToolsVolumeControls->isVisible());
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", m_home->path().toUtf8() + "programs");
+    auto &dialogs = ScriptedDialogs::install();
+    dialogs.answer(MessageBox::Answer::Ok);
+    window().mnuToolsVolumeControls->trigger();
+    QCOMPARE(dialogs.boxes.size(), 1);
+    QVERIFY(dialogs.boxes.first().text.contains(QLatin1String("pavucontrol")));
+
+    const QString mixer = m_home->write(QStringLiteral("programs/pavucontrol"), "#!/bin/sh\n: > \"$HOME/mixer\"\n");
+    QFile::setPermissions(mixer, QFile::ReadOwner | QFile::ExeOwner);
+    window().mnuToolsVolumeControls->trigger();
+    qputenv("PATH", path);
+    QTRY_VERIFY(QFile::exists(m_home->path() + QStringLiteral("mixer")));
+    QCOMPARE(dialogs.boxes.size(), 1);
 }
 
 void tst_playback::theFlagsOfADoubleClickPlayOneItem()

@@ -1,4 +1,5 @@
 #include "builtpaths.h"
+#include "support/privatebus.h"
 #include "support/support.h"
 #include "viewer/playercontrols.h"
 #include "viewer/wmp9.h"
@@ -22,6 +23,7 @@ public:
     double length = 0;
     double position = 0;
     bool picture = true;
+    Content kind = Video;
     QSize asked;
 
     void change(PlayState now)
@@ -35,6 +37,7 @@ public:
     void pause() override { note(QStringLiteral("pause")); }
     void stop() override { note(QStringLiteral("stop")); }
     PlayState playState() const override { return state; }
+    Content content() const override { return kind; }
     int volume() const override { return 0; }
     void setVolume(int volume) override { note(QStringLiteral("volume"), QString::number(volume)); }
     bool isMuted() const override { return false; }
@@ -78,6 +81,9 @@ private Q_SLOTS:
     void withoutAPlayerNothingHappens();
     void framesFillTheRectangleAboveTheBarInDevicePixels();
     void soundShowsANoteAndItsName();
+    void aVideoThatPlaysKeepsTheScreenAwake();
+    void theKeysWorkThePlayer();
+    void onlyAPersonsVolumeIsTold();
     void hiddenPlayersAreToldSo();
     void theBarWorksThePlayer();
     void theBarFollowsThePlayer();
@@ -190,6 +196,8 @@ void TestWmp9::framesFillTheRectangleAboveTheBarInDevicePixels()
 void TestWmp9::soundShowsANoteAndItsName()
 {
     noting()->picture = false;
+    m_noting->kind = Player::Unknown;
+    m_noting->length = 3;
     m_control->setUrl(QStringLiteral("/music/a song.mp3"));
     const auto colors = [&] {
         const QImage shown = m_control->grab(QRect(0, 0, 400, 260)).toImage();
@@ -199,16 +207,101 @@ void TestWmp9::soundShowsANoteAndItsName()
                 found.insert(shown.pixel(x, y));
         return found.size();
     };
-    QVERIFY2(colors() == 1, "black while it loads");
-    m_noting->length = 3;
-    QVERIFY(colors() > 10);
+    QVERIFY2(colors() == 1 && !m_control->isReady(), "black while it loads, also when its length is known");
+    m_noting->kind = Player::Sound;
+    QVERIFY(colors() > 10 && m_control->isReady());
     const QImage first = m_control->grab().toImage();
     m_control->setUrl(QStringLiteral("/music/another.mp3"));
     QVERIFY2(m_control->grab().toImage() != first, "the name is part of it");
-    m_noting->picture = true;
-    m_control->grab();
-    m_noting->picture = false;
+    m_noting->kind = Player::Video;
     QVERIFY2(colors() == 1, "a film that is over leaves black");
+}
+
+void TestWmp9::aVideoThatPlaysKeepsTheScreenAwake()
+{
+    const PrivateBus bus;
+    SKIP_WITHOUT_BUS(bus);
+    NotingService saver(bus.address(), QStringLiteral("org.freedesktop.ScreenSaver"));
+    saver.answer = [](const QDBusMessage &call) { return call.createReply(7U); };
+    noting()->kind = Player::Sound;
+    m_control->setUrl(QStringLiteral("/a.avi"));
+    m_noting->change(Player::Playing);
+    m_noting->change(Player::Stopped);
+    m_noting->kind = Player::Unknown;
+    m_noting->change(Player::Playing);
+    QVERIFY2(saver.calls.isEmpty(), "a sound needs no screen");
+    m_noting->kind = Player::Video;
+    Q_EMIT m_noting->frameReady();
+    QTRY_COMPARE(saver.calls.size(), 1);
+    m_noting->change(Player::Paused);
+    QTRY_COMPARE(saver.calls.size(), 2);
+    QVERIFY(saver.calls.last().endsWith(QLatin1String("UnInhibit(7)")));
+    m_noting->change(Player::Playing);
+    QTRY_COMPARE(saver.calls.size(), 3);
+    m_control->shutDown();
+    QTRY_COMPARE(saver.calls.size(), 4);
+}
+
+void TestWmp9::theKeysWorkThePlayer()
+{
+    noting()->length = 100;
+    m_control->setUrl(QStringLiteral("/film.avi"));
+    m_control->setVolume(50);
+    notes();
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(m_control.get(), key);
+        return notes().join(QLatin1Char(','));
+    };
+    QCOMPARE(press(Qt::Key_Right), QString());
+    QCOMPARE(press(Qt::Key_Space), QStringLiteral("play"));
+    m_noting->change(Player::Playing);
+    m_noting->position = 3;
+    QCOMPARE(press(Qt::Key_Right), QStringLiteral("position 8.0"));
+    QCOMPARE(press(Qt::Key_Left), QStringLiteral("position 3.0"));
+    QCOMPARE(press(Qt::Key_Left), QStringLiteral("position 0.0"));
+    m_noting->position = 70;
+    QCOMPARE(press(Qt::Key_Home), QStringLiteral("position 0.0"));
+    QCOMPARE(press(Qt::Key_Space), QStringLiteral("pause"));
+    QCOMPARE(press(Qt::Key_Up), QStringLiteral("volume 55"));
+    QCOMPARE(press(Qt::Key_M), QStringLiteral("muted 1"));
+    QCOMPARE(press(Qt::Key_S), QStringLiteral("stop"));
+    QTest::keyClick(m_control.get(), Qt::Key_S, Qt::ControlModifier);
+    QVERIFY2(notes().isEmpty(), "keys with Ctrl belong to the menus");
+
+    // The media keys need no focus, only the window. The slider that has it leaves Space to the player.
+    m_control->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_control.get()));
+    part<QSlider>("volume")->setFocus();
+    notes();
+    for (const Qt::Key key : {Qt::Key_MediaTogglePlayPause, Qt::Key_MediaStop, Qt::Key_Space})
+        QTest::sendKeyEvent(QTest::Click, m_control->windowHandle(), key, QString(), Qt::NoModifier);
+    QCOMPARE(notes(), (QStringList{QStringLiteral("pause"), QStringLiteral("stop"), QStringLiteral("pause")}));
+}
+
+void TestWmp9::onlyAPersonsVolumeIsTold()
+{
+    noting();
+    QSignalSpy chosen(m_control.get(), &MediaPlayerControl::VolumeChosen);
+    m_control->setVolume(30);
+    auto *slider = part<QSlider>("volume");
+    slider->setSliderDown(true);
+    slider->setValue(20);
+    slider->setValue(10);
+    QVERIFY(chosen.isEmpty() && m_control->volume() == 10);
+    slider->setSliderDown(false);
+    QCOMPARE(chosen.size(), 1);
+    QTest::keyClick(m_control.get(), Qt::Key_Down);
+    QTest::keyClick(m_control.get(), Qt::Key_Down);
+    QTest::keyClick(m_control.get(), Qt::Key_Down);
+    QCOMPARE(chosen.last().first().toInt(), 0);
+    const auto turn = [&](int delta) {
+        QWheelEvent event({5, 5}, {5, 5}, {}, {0, delta}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(m_control.get(), &event);
+    };
+    turn(60);
+    QCOMPARE(m_control->volume(), 0);
+    turn(60);
+    QCOMPARE(chosen.last().first().toInt(), 5);
 }
 
 void TestWmp9::hiddenPlayersAreToldSo()
@@ -301,7 +394,12 @@ void TestWmp9::theBarLeavesTheFocusWhereItWas()
         QVERIFY2(edit->hasFocus(), qPrintable(each->objectName()));
     }
     QTest::keyClick(edit, Qt::Key_Tab);
+    QVERIFY(control->hasFocus());
+    QTest::keyClick(control, Qt::Key_Tab);
     QVERIFY(control->isAncestorOf(QApplication::focusWidget()));
+    edit->setFocus();
+    QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(20, 20));
+    QVERIFY2(control->hasFocus(), "the keys are for the player after a click on the picture");
 }
 
 void TestWmp9::everyControlOfTheBarHasAName()
@@ -348,8 +446,9 @@ void TestWmp9::aFilmIsSeenAndEnds()
     QVERIFY(QTest::qWaitForWindowExposed(m_control.get()));
     QSignalSpy states(m_control.get(), &MediaPlayerControl::PlayStateChange);
     m_control->setUrl(samplesFolder() + QStringLiteral("media/count.wmv"));
+    QTRY_VERIFY(m_control->isReady());
+    QVERIFY2(m_control->grab().toImage().pixelColor(200, 130).red() > 240, "ready means that the first frame is there");
     const auto middle = [&] { return m_control->grab().toImage().pixelColor(200, 130); };
-    QTRY_VERIFY(middle().red() > 240 && middle().green() < 10);
     m_control->play();
     QTRY_VERIFY(middle().green() > 240 && middle().red() < 10);
     m_control->resize(333, 222);

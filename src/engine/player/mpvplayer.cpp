@@ -152,6 +152,7 @@ void MpvPlayer::setUrl(const QString &path)
     m_entries.clear();
     m_playWanted = m_pauseWanted = false;
     m_duration = m_position = 0;
+    m_content = path.isEmpty() ? None : Unknown;
     if (path.isEmpty())
         unload();
     else
@@ -318,7 +319,7 @@ void MpvPlayer::forgetFile(Phase phase)
     ++m_ticket;
     m_entryId = -1;
     m_phase = phase;
-    m_hasPicture = m_imageIsCurrent = false;
+    m_hasPicture = m_hasFrame = m_imageIsCurrent = false;
     m_stillSeconds = 0;
 }
 
@@ -328,12 +329,14 @@ void MpvPlayer::unload()
     forgetFile(Phase::Nothing);
 }
 
-/// The length stays: it is that of the file which play() would start again.
+/// Length and content stay: they are those of the file which play() would start again.
 void MpvPlayer::finish()
 {
     forgetFile(Phase::Nothing);
     m_playWanted = m_pauseWanted = false;
     m_position = 0;
+    if (m_content == Unknown)
+        m_content = None;
     settle();
 }
 

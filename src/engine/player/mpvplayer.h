@@ -33,6 +33,7 @@ public:
     void pause() override;
     void stop() override;
     int playState() const override { return m_state; }
+    int content() const override { return m_content; }
     int volume() const override { return m_volume; }
     void setVolume(int volume) override;
     bool isMuted() const override { return m_muted; }
@@ -45,6 +46,7 @@ public:
 
 private:
     enum State { Stopped = 1, Paused = 2, Playing = 3, Transitioning = 9 };
+    enum Content { None, Unknown, Sound, Video };
     /// User data of requests and of observed values; the tickets of files start above them.
     enum : quint64 { noReply = 0, durationTold = 1, positionTold = 2, firstTicket = 100 };
 
@@ -84,6 +86,8 @@ private:
     void fileLoaded();
     void fileEnded(bool failed, int error);
     void valueTold(const mpv_event &event);
+    void contentTold(bool picture);
+    void firstFrameShown();
     void pictureUpdated();
     void skipFrame();
 
@@ -114,7 +118,9 @@ private:
     double m_position = 0;
 
     QImage m_image;
-    bool m_hasPicture = false;
+    Content m_content = None;
+    bool m_hasPicture = false; ///< the loaded file has a video track
+    bool m_hasFrame = false; ///< and its first frame can be rendered
     bool m_imageIsCurrent = false;
     bool m_visible = true;
 

@@ -6,10 +6,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace {
 constexpr int patienceSeconds = 10;
+constexpr const char *videoTrack = "current-tracks/video/id"; // an error where there is none
 }
 
 double MpvPlayer::saneSeconds(double seconds)
@@ -17,12 +20,17 @@ double MpvPlayer::saneSeconds(double seconds)
     return std::isfinite(seconds) ? std::max(0.0, seconds) : 0.0;
 }
 
-/// Files with broken time stamps and mounts that died give neither an end nor an error.
+/// Files with broken time stamps and mounts that died give neither an end nor an error. The rest of a play list may be
+/// better.
 void MpvPlayer::giveUpWhenStuck()
 {
     m_stillSeconds = m_position == m_watchedPosition ? m_stillSeconds + 1 : 0;
     m_watchedPosition = m_position;
-    if (m_stillSeconds >= patienceSeconds)
+    if (m_stillSeconds < patienceSeconds)
+        return;
+    if (m_entry + 1 < m_entries.size())
+        loadEntry(m_entry + 1);
+    else
         stop();
 }
 
@@ -50,6 +58,10 @@ void MpvPlayer::handle(const mpv_event &event)
     case MPV_EVENT_FILE_LOADED:
         if (m_phase == Phase::Loading && m_entryId == m_startedId)
             fileLoaded();
+        break;
+    case MPV_EVENT_PLAYBACK_RESTART:
+        if (m_phase == Phase::Loaded && m_entryId == m_startedId)
+            firstFrameShown();
         break;
     case MPV_EVENT_END_FILE: {
         const auto *end = static_cast<const mpv_event_end_file *>(event.data);
@@ -90,7 +102,7 @@ void MpvPlayer::fileLoaded()
     m_position = 0;
     m_stillSeconds = 0;
     // Asked for and not only observed: what was observed last may still be the file's before.
-    mpv_get_property_async(m_mpv, m_ticket, "current-tracks/video/id", MPV_FORMAT_INT64);
+    mpv_get_property_async(m_mpv, m_ticket, videoTrack, MPV_FORMAT_INT64);
     mpv_get_property_async(m_mpv, m_ticket, "duration", MPV_FORMAT_DOUBLE);
     const std::weak_ptr<int> alive = m_alive;
     m_events.frameReady();
@@ -116,11 +128,12 @@ void MpvPlayer::valueTold(const mpv_event &event)
 {
     const auto *property = static_cast<const mpv_event_property *>(event.data);
     const bool observed = event.event_id == MPV_EVENT_PROPERTY_CHANGE;
-    if (m_phase != Phase::Loaded || event.error < 0 || (!observed && event.reply_userdata != m_ticket))
+    if (m_phase != Phase::Loaded || (!observed && event.reply_userdata != m_ticket))
         return;
-    if (property->format == MPV_FORMAT_INT64) {
-        m_hasPicture = true;
-        m_events.frameReady();
+    if (!observed && std::strcmp(property->name, videoTrack) == 0) {
+        contentTold(event.error >= 0);
+    } else if (event.error < 0) {
+        return;
     } else if (property->format == MPV_FORMAT_DOUBLE && observed && event.reply_userdata == positionTold) {
         m_position = saneSeconds(*static_cast<const double *>(property->data));
     } else if (property->format == MPV_FORMAT_DOUBLE) {
@@ -130,6 +143,27 @@ void MpvPlayer::valueTold(const mpv_event &event)
             m_events.durationChanged();
         }
     }
+}
+
+void MpvPlayer::contentTold(bool picture)
+{
+    m_hasPicture = picture;
+    if (!picture)
+        m_content = Sound;
+    else if (m_hasFrame)
+        m_content = Video;
+    m_events.frameReady();
+}
+
+/// The library tells the start of a file once its first frame is on the output. Before that it would render black, or
+/// what the file before has left.
+void MpvPlayer::firstFrameShown()
+{
+    if (std::exchange(m_hasFrame, true) || !m_hasPicture)
+        return;
+    m_content = Video;
+    m_imageIsCurrent = false;
+    m_events.frameReady();
 }
 
 void MpvPlayer::pictureUpdated()
@@ -161,25 +195,37 @@ void MpvPlayer::setVisible(bool visible)
     m_visible = visible;
 }
 
+/// Rows that begin where the scaler's widest registers like them; elsewhere it would copy the whole frame.
+static QImage alignedImage(QSize size)
+{
+    constexpr std::size_t alignment = 64;
+    const std::size_t rowBytes = (std::size_t(size.width()) * 4 + alignment - 1) / alignment * alignment;
+    void *pixels = std::aligned_alloc(alignment, rowBytes * std::size_t(size.height()));
+    if (!pixels)
+        return QImage();
+    return QImage(static_cast<uchar *>(pixels), size.width(), size.height(), qsizetype(rowBytes), QImage::Format_RGB32,
+        std::free, pixels);
+}
+
 /// The library leaves the fourth byte of a pixel open. A window whose surface has transparency would let what is behind
-/// it shine through the video.
+/// it shine through the video. Two pixels at a time: the rows of alignedImage() lie in one piece.
 static void makeOpaque(QImage &image)
 {
-    for (int y = 0; y < image.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x)
-            line[x] |= 0xff000000U;
-    }
+    constexpr quint64 opaque = 0xff000000ff000000U;
+    auto *pixels = reinterpret_cast<quint64 *>(image.bits());
+    const qsizetype pairs = image.sizeInBytes() / qsizetype(sizeof *pixels);
+    for (qsizetype at = 0; at < pairs; ++at)
+        pixels[at] |= opaque;
 }
 
 QImage MpvPlayer::frame(QSize size)
 {
-    if (m_phase != Phase::Loaded || !m_hasPicture || size.isEmpty())
+    if (m_phase != Phase::Loaded || !m_hasPicture || !m_hasFrame || size.isEmpty())
         return QImage();
     if (m_imageIsCurrent && m_image.size() == size)
         return m_image;
     if (m_image.size() != size || !m_image.isDetached())
-        m_image = QImage(size, QImage::Format_RGB32);
+        m_image = alignedImage(size);
     if (m_image.isNull())
         return m_image;
     int extent[] = {size.width(), size.height()};

@@ -28,6 +28,7 @@ public:
     virtual void pause() = 0;
     virtual void stop() = 0;
     virtual int playState() const = 0;
+    virtual int content() const = 0;
     virtual int volume() const = 0;
     virtual void setVolume(int volume) = 0;
     virtual bool isMuted() const = 0;
@@ -42,5 +43,5 @@ public:
 /// The module's one entry: a new backend, or null when the library behind it does not start. The number in the name
 /// goes up with every change of the class above, so that a stale module is not taken for a fitting one.
 using PlayerFactory = PlayerBackend *(*)(const QMap<QString, QString> &options, const PlayerBackend::Events &events);
-#define LUMORA_PLAYER_FACTORY lumoraPlayer1
-#define LUMORA_PLAYER_FACTORY_NAME "lumoraPlayer1"
+#define LUMORA_PLAYER_FACTORY lumoraPlayer2
+#define LUMORA_PLAYER_FACTORY_NAME "lumoraPlayer2"

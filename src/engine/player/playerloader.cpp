@@ -34,6 +34,7 @@ public:
     void pause() override { m_backend->pause(); }
     void stop() override { m_backend->stop(); }
     PlayState playState() const override { return static_cast<PlayState>(m_backend->playState()); }
+    Content content() const override { return static_cast<Content>(m_backend->content()); }
     int volume() const override { return m_backend->volume(); }
     void setVolume(int volume) override { m_backend->setVolume(volume); }
     bool isMuted() const override { return m_backend->isMuted(); }
