@@ -1,3 +1,4 @@
+#include "actions/frmListManagement.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"
@@ -67,7 +68,7 @@ constexpr std::array formRows{
     notInThisBuild("frmHistogram"),
     notInThisBuild("frmPixelonText"),
     window<frmIntroSelect>("frmIntroSelect"),
-    notInThisBuild("frmListManagement"),
+    window<frmListManagement>("frmListManagement"),
     window<frmlocatefiles>("frmlocatefiles"),
     window<frmMessage>("frmMessage"),
     notInThisBuild("frmNew"),

@@ -59,7 +59,7 @@ const MenuRow rows[] = {
     {ITEM(mnuPictureAddAll), "mnuPicture", "&Add All", "Ctrl+Shift+Right", "list-add", &V::cmdRightAll_Click},
     {ITEM(mnuPictureRemoveOne), "mnuPicture", "Remove Se&lected", "Del", "list-remove", &V::RemoveSelectedFromDisplayList},
     {ITEM(mnuPictureRemoveAll), "mnuPicture", "&Remove All", "Ctrl+Del", "edit-clear-list", &V::ClearDisplayList},
-    {ITEM(mnuPictureAdvListManagement), "mnuPicture", "Advanced List &Management", "Ctrl+M", ""},
+    {ITEM(mnuPictureAdvListManagement), "mnuPicture", "Advanced List &Management", "Ctrl+M", "", &V::mnuPictureAdvListManagement_Click},
     {ITEM(mnuPictureViewer), "mnuPicture", "-Display &Pixelon / Zoom Viewer", "Ctrl+E", "document-edit", &V::mnuPictureViewer_Click},
     {ITEM(mnuBrowseFolderView), "mnuPicture", "Display Folder &Browser Viewer", "Ctrl+B", "folder", &V::mnuBrowseFolderView_Click},
     {ITEM(mnuPictureThumbNailViewer), "mnuPicture", "Display &Thumbnail Viewer", "Ctrl+T", "view-list-icons"},
