@@ -148,9 +148,9 @@ void timeListManagement(frmMainViewer &viewer)
                 management.chkFileType[row.index]->setChecked(true);
         }
     };
-    const std::pair<const char *, int> actions[] = {
-        {"find a text in the full list", -1}, {"select all types in the full list", 0},
-        {"clear all types in the full list", 1}, {"reverse two of four types", 2}, {"remove every other entry", 3}};
+    const std::pair<const char *, int> actions[] = {{"find a text in the full list", -1},
+        {"select all types in the full list", 0}, {"clear all types in the full list", 1},
+        {"reverse two of four types", 2}, {"remove every other entry", 3}};
     QVector<double> times[5];
     management.txtFindWhat->setText(QStringLiteral("NAME 1"));
     for (int round = 0; round < 7; ++round) {

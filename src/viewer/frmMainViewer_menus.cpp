@@ -32,7 +32,7 @@ const MenuRow rows[] = {
     {ITEM(mnuFileSaveImageAs), "mnuFile", "-Save &Image As", "Ctrl+Alt+S", "document-save-as", &V::mnuFileSaveImageAs_Click},
     {ITEM(mnuFileSaveThumbnail), "mnuFile", "Save &Thumbnail of Current Image", "Ctrl+Alt+T", "", &V::mnuFileSaveThumbnail_Click},
     {ITEM(mnuFileBatchConvertImages), "mnuFile", "&Batch Convert Images", "Ctrl+Alt+B", ""},
-    {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send"},
+    {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send", &V::mnuFileSendToEmailAttachment_Click},
     {ITEM(mnuFilePrintImage), "mnuFile", "-&Print Image", "Ctrl+P", "document-print"},
     {ITEM(mnuFilePrinterSetup), "mnuFile", "P&rinter Setup", "Ctrl+Shift+P", ""},
     {ITEM(mnuFileProperties), "mnuFile", "-File Propert&ies", "Alt+Return", "document-properties"},

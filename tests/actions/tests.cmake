@@ -1,4 +1,5 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
+lumora_test(actions/tst_email.cpp windows)
 lumora_test(actions/tst_listmanagement.cpp rules)
 lumora_test(actions/tst_frmListManagement.cpp windows)
 lumora_test(actions/tst_saveformats.cpp rules)

@@ -12,12 +12,9 @@ private Q_SLOTS:
     void theBoxesAreSixtyAndDiffer();
     void aTypeIsLookedForAnywhereInThePath_data();
     void aTypeIsLookedForAnywhereInThePath();
-    void severalTypesCountOnceEach();
     void allTypesTogetherFindWhatEachFindsAlone();
     void reversingTwiceChangesNothing();
     void aTextNeedsAnyTypeAndLooksAtNone();
-    void theEntryAtTheLowestRemovedPlaceIsNext_data();
-    void theEntryAtTheLowestRemovedPlaceIsNext();
 };
 
 namespace {
@@ -87,14 +84,6 @@ void tst_listmanagement::aTypeIsLookedForAnywhereInThePath()
     QCOMPARE(TypeTest(captions(type)).matches(pathFromBytes(foreign).toUpper()), meant ? 1 : 0);
 }
 
-void tst_listmanagement::severalTypesCountOnceEach()
-{
-    const TypeTest types(captions(QStringLiteral("JPG PNG GIF")));
-    QCOMPARE(types.matches(u"/A.JPG/B.JPG/C.JPG"), 1);
-    QCOMPARE(types.matches(u"/A.JPG/B.PNG"), 2);
-    QCOMPARE(types.matches(u"/A.JPG/B.PNG.GIF.JPG"), 3);
-}
-
 void tst_listmanagement::allTypesTogetherFindWhatEachFindsAlone()
 {
     QStringList all;
@@ -127,25 +116,6 @@ void tst_listmanagement::aTextNeedsAnyTypeAndLooksAtNone()
     QCOMPARE(entriesWithText(entries, QStringLiteral(".p"), any), QList<int>{1});
     QCOMPARE(entriesWithText(entries, QString(), any), (QList<int>{0, 1, 2}));
     QVERIFY(entriesWithText(entries, QString(), TypeTest({})).isEmpty());
-}
-
-void tst_listmanagement::theEntryAtTheLowestRemovedPlaceIsNext_data()
-{
-    QTest::addColumn<int>("lowest");
-    QTest::addColumn<int>("newCount");
-    QTest::addColumn<int>("current");
-    QTest::newRow("in the middle") << 2 << 5 << 2;
-    QTest::newRow("the last ones went") << 5 << 5 << 4;
-    QTest::newRow("the first went, or none") << 0 << 5 << 0;
-    QTest::newRow("all went") << 0 << 0 << -1;
-}
-
-void tst_listmanagement::theEntryAtTheLowestRemovedPlaceIsNext()
-{
-    QFETCH(int, lowest);
-    QFETCH(int, newCount);
-    QFETCH(int, current);
-    QCOMPARE(currentAfterRemoval(lowest, newCount).value_or(-1), current);
 }
 
 QTEST_GUILESS_MAIN(tst_listmanagement)

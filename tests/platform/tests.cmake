@@ -2,5 +2,6 @@
 lumora_test(platform/tst_filepath.cpp rules)
 lumora_test(platform/tst_files.cpp rules)
 lumora_test(platform/tst_instance.cpp rules)
+lumora_test(platform/tst_mailprograms.cpp rules)
 lumora_test(platform/tst_registrystore.cpp rules)
 lumora_test(platform/tst_dialogs.cpp windows)
