@@ -1,6 +1,7 @@
 #include "actions/frmConvertFileName.h"
 #include "actions/frmConvertFileType.h"
 #include "actions/frmSelectBatchDir.h"
+#include "actions/frmListManagement.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"
@@ -73,7 +74,7 @@ constexpr std::array formRows{
     notInThisBuild("frmHistogram"),
     notInThisBuild("frmPixelonText"),
     window<frmIntroSelect>("frmIntroSelect"),
-    notInThisBuild("frmListManagement"),
+    window<frmListManagement>("frmListManagement"),
     window<frmlocatefiles>("frmlocatefiles"),
     window<frmMessage>("frmMessage"),
     notInThisBuild("frmNew"),

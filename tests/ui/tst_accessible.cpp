@@ -1,3 +1,4 @@
+#include "actions/frmListManagement.h"
 #include "app/frmIntroSelect.h"
 #include "app/frmTip.h"
 #include "app/globals.h"
@@ -108,6 +109,7 @@ void tst_accessible::windows()
     row(form<frmSelectPictureDirectoryForm>());
     row(form<frmIntroSelect>());
     row(form<frmTip>());
+    row(form<frmListManagement>());
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
     frmPreferences &preferences = form<frmPreferences>();
