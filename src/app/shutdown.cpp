@@ -1,7 +1,7 @@
 #include "actions/frmConvertFileName.h"
 #include "actions/frmConvertFileType.h"
-#include "actions/frmSelectBatchDir.h"
 #include "actions/frmListManagement.h"
+#include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"

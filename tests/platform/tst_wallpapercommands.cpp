@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "platform/wallpapertest.h"
 
 #include <QProcess>

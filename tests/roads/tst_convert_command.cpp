@@ -1,4 +1,5 @@
 #include "actions/saveformats.h"
+#include "builtpaths.h"
 #include "engine/decode.h"
 #include "engine/ops/adjustments.h"
 #include "engine/ops/depth.h"
