@@ -33,8 +33,6 @@ const MenuRow rows[] = {
     {ITEM(mnuFileSaveImageAs), "mnuFile", "-Save &Image As", "Ctrl+Alt+S", "document-save-as", &V::mnuFileSaveImageAs_Click},
     {ITEM(mnuFileSaveThumbnail), "mnuFile", "Save &Thumbnail of Current Image", "Ctrl+Alt+T", "", &V::mnuFileSaveThumbnail_Click},
     {ITEM(mnuFileBatchConvertImages), "mnuFile", "&Batch Convert Images", "Ctrl+Alt+B", "", &V::mnuFileBatchConvertImages_Click},
-    {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send"},
-    {ITEM(mnuFileBatchConvertImages), "mnuFile", "&Batch Convert Images", "Ctrl+Alt+B", ""},
     {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send", &V::mnuFileSendToEmailAttachment_Click},
     {ITEM(mnuFilePrintImage), "mnuFile", "-&Print Image", "Ctrl+P", "document-print"},
     {ITEM(mnuFilePrinterSetup), "mnuFile", "P&rinter Setup", "Ctrl+Shift+P", ""},
