@@ -38,10 +38,11 @@ void drawFolderBack(QPainter &painter, QPointF corner)
 {
     QPainterPath back;
     back.addRoundedRect(QRectF(corner + QPointF(0, 10), QSizeF(92, 60)), 5, 5);
-    back.addRoundedRect(QRectF(corner, QSizeF(38, 22)), 5, 5);
+    QPainterPath tab;
+    tab.addRoundedRect(QRectF(corner, QSizeF(38, 22)), 5, 5);
     painter.setPen(QPen(folderEdge, 2.5));
     painter.setBrush(folderBack);
-    painter.drawPath(back.simplified());
+    painter.drawPath(back.united(tab));
 }
 
 void drawFolderFront(QPainter &painter, QPointF corner)
@@ -72,7 +73,19 @@ void drawPicture(QPainter &painter, QPointF middle, double angle, double size)
     painter.restore();
 }
 
-void drawBin(QPainter &painter, QPointF top, double lid)
+void drawLid(QPainter &painter, QPointF top, double lid)
+{
+    painter.setPen(QPen(binEdge, 2.5));
+    painter.setBrush(binColor);
+    painter.save();
+    painter.translate(top + QPointF(38, 12));
+    painter.rotate(lid * 27);
+    painter.drawRoundedRect(QRectF(-78, -8, 80, 9), 3, 3);
+    painter.drawRoundedRect(QRectF(-48, -15, 20, 8), 3, 3);
+    painter.restore();
+}
+
+void drawBin(QPainter &painter, QPointF top)
 {
     painter.setPen(QPen(binEdge, 2.5));
     painter.setBrush(binColor);
@@ -80,12 +93,6 @@ void drawBin(QPainter &painter, QPointF top, double lid)
         QPolygonF({top + QPointF(-34, 14), top + QPointF(34, 14), top + QPointF(27, 78), top + QPointF(-27, 78)}));
     for (const double x : {-15.0, 0.0, 15.0})
         painter.drawLine(top + QPointF(x, 26), top + QPointF(x * 0.8, 68));
-    painter.save();
-    painter.translate(top + QPointF(38, 12));
-    painter.rotate(lid * 38);
-    painter.drawRoundedRect(QRectF(-78, -8, 80, 9), 3, 3);
-    painter.drawRoundedRect(QRectF(-48, -15, 20, 8), 3, 3);
-    painter.restore();
 }
 
 QImage blankFrame()
@@ -127,15 +134,18 @@ QImage deleteFrame(int index)
     constexpr QPointF bin(272, 36);
     const double t = index / double(frameCount);
     const double lid = t < 0.2 ? eased(t / 0.2) : t < 0.75 ? 1 : t < 0.9 ? eased((0.9 - t) / 0.15) : 0;
+    drawLid(painter, bin, lid);
     const double fall = qBound(0.0, (t - 0.1) / 0.6, 1.0);
     if (t > 0.02 && fall < 1) {
-        const double x = bin.x() - 150 * (1 - eased(fall));
-        const double y = 30 - 46 * qSin(qMin(1.0, fall * 1.25) * M_PI) * 0.5 + 72 * fall * fall;
+        const double way = eased(qMin(1.0, fall / 0.6));
+        const double drop = qMax(0.0, (fall - 0.6) / 0.4);
+        const double x = bin.x() - 150 * (1 - way);
+        const double y = 46 - 24 * way + 70 * drop * drop;
         painter.setOpacity(qMin(1.0, (t - 0.02) / 0.06));
-        drawPicture(painter, QPointF(x, y), 70 * fall, 0.95 - 0.35 * fall);
+        drawPicture(painter, QPointF(x, y), 40 * way + 50 * drop, 0.9 - 0.15 * way - 0.2 * drop);
         painter.setOpacity(1);
     }
-    drawBin(painter, bin, lid);
+    drawBin(painter, bin);
     return frame;
 }
 

@@ -13,6 +13,12 @@ Q_LOGGING_CATEGORY(logFiles, "lumora.files", QtWarningMsg)
 constexpr int longestPause = 80; ///< milliseconds between two yields
 }
 
+bool &fileActionUnderWay()
+{
+    static bool underWay = false;
+    return underWay;
+}
+
 QVector<ListEntry> selectedEntries(const ListBox &list)
 {
     QVector<ListEntry> entries;

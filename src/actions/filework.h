@@ -13,6 +13,9 @@ class frmMainViewer;
 
 // What the commands that change files of the list have in common.
 
+/// Raised while one of them is at work: none begins inside another one's yield or box.
+bool &fileActionUnderWay();
+
 /// An entry as it stood when a run began.
 struct ListEntry
 {

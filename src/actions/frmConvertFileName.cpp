@@ -36,6 +36,7 @@ frmConvertFileName::frmConvertFileName(QWidget *parent)
     names->addWidget(lblTo, 1, 0);
     names->addWidget(lblConvertFileName, 1, 1);
     names->setColumnStretch(1, 1);
+    names->setHorizontalSpacing(12);
     auto *progress = new QHBoxLayout(m_progressLine);
     progress->setContentsMargins(0, 0, 0, 0);
     progress->addWidget(ProgressBar1, 1);
@@ -45,6 +46,8 @@ frmConvertFileName::frmConvertFileName(QWidget *parent)
     buttons->addStretch();
     buttons->addWidget(cmdCancel);
     auto *all = new QVBoxLayout(this);
+    all->setContentsMargins(18, 14, 18, 14);
+    all->setSpacing(14);
     all->addWidget(Animation1);
     all->addLayout(names);
     all->addWidget(m_progressLine);

@@ -224,8 +224,9 @@ void refresh(frmMainViewer &viewer)
 
 void frmMainViewer::mnuEditCopyFilesTo_Click()
 {
-    if (globals.ItemSelectionBusy)
+    if (globals.ItemSelectionBusy || fileActionUnderWay())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     if (lstDisplay->isEmpty()) {
         UpdateListScrollWidth(lstDisplay);
         return;
@@ -256,8 +257,9 @@ void frmMainViewer::mnuEditCopyFilesTo_Click()
 
 void frmMainViewer::mnuEditMoveFilesTo_Click()
 {
-    if (globals.ItemSelectionBusy)
+    if (globals.ItemSelectionBusy || fileActionUnderWay())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     if (lstDisplay->isEmpty()) {
         UpdateListScrollWidth(lstDisplay);
         return;
@@ -284,8 +286,9 @@ void frmMainViewer::mnuEditMoveFilesTo_Click()
 
 void frmMainViewer::mnuEditDeleteFiles_Click()
 {
-    if (globals.ItemSelectionBusy)
+    if (globals.ItemSelectionBusy || fileActionUnderWay())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     if (lstDisplay->isEmpty()) {
         UpdateListScrollWidth(lstDisplay);
         return;

@@ -67,8 +67,9 @@ void refreshLists(frmMainViewer &viewer)
 
 void frmMainViewer::mnuEditMoveToTrash_Click()
 {
-    if (globals.ItemSelectionBusy || lstDisplay->isEmpty())
+    if (globals.ItemSelectionBusy || fileActionUnderWay() || lstDisplay->isEmpty())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     const QVector<ListEntry> entries = selectedEntries(*lstDisplay);
     QVector<TrashedEntry> gone;
     QStringList problems;
@@ -103,8 +104,9 @@ void frmMainViewer::mnuEditMoveToTrash_Click()
 
 void frmMainViewer::mnuEditUndoTrash_Click()
 {
-    if (globals.ItemSelectionBusy)
+    if (globals.ItemSelectionBusy || fileActionUnderWay())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     const QVector<TrashedEntry> entries = std::exchange(lastTrashed(), {});
     QStringList problems;
     int first = -1;
@@ -136,8 +138,9 @@ void frmMainViewer::mnuEditRenameFile_Click()
 {
     const int index = lstDisplay->listIndex();
     const QString path = lstDisplay->text();
-    if (globals.ItemSelectionBusy || path.isEmpty())
+    if (globals.ItemSelectionBusy || fileActionUnderWay() || path.isEmpty())
         return;
+    const ScopedFlag underWay(fileActionUnderWay());
     const PathParts parts = SplitFilePath(path);
     const QString title = tr("Rename File");
     const auto name = dialogs().inputText(this, title, tr("New name of the file:"), parts.file);

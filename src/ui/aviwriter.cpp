@@ -41,47 +41,41 @@ QByteArray list(const char *type, const QByteArray &body)
     return chunk("LIST", type + body);
 }
 
-/// A colour to the nearest multiple of `step` in each channel.
-QRgb rounded(QRgb color, int step)
+int distance(QRgb a, QRgb b)
 {
-    const auto channel = [step](int value) { return std::min(255, (value + step / 2) / step * step); };
-    if (qAlpha(color) < step / 2)
-        return 0;
-    return qRgba(channel(qRed(color)), channel(qGreen(color)), channel(qBlue(color)), channel(qAlpha(color)));
+    const auto squared = [](int x) { return x * x; };
+    // Weighed by what can be seen: clear colours are all alike.
+    return squared(qAlpha(a) - qAlpha(b)) + squared(qRed(qPremultiply(a)) - qRed(qPremultiply(b)))
+        + squared(qGreen(qPremultiply(a)) - qGreen(qPremultiply(b)))
+        + squared(qBlue(qPremultiply(a)) - qBlue(qPremultiply(b)));
 }
 
-/// The colours of all frames, rounded as far as it takes.
+/// The most frequent colours of all frames; every other one becomes the nearest of them.
 struct Palette
 {
-    int step = 1;
     QHash<QRgb, int> numbers;
     QVector<QRgb> colors;
 
     explicit Palette(const QVector<QImage> &frames)
     {
-        while (!take(frames))
-            step = step == 1 ? 4 : step + 4;
-    }
-
-    bool take(const QVector<QImage> &frames)
-    {
-        numbers.clear();
-        colors = {0};
-        numbers.insert(0, 0);
+        QHash<QRgb, qint64> counts;
         for (const QImage &frame : frames) {
             for (int y = 0; y < frame.height(); ++y) {
-                for (int x = 0; x < frame.width(); ++x) {
-                    const QRgb color = rounded(frame.pixel(x, y), step);
-                    if (numbers.contains(color))
-                        continue;
-                    if (colors.size() == mostColors)
-                        return false;
-                    numbers.insert(color, int(colors.size()));
-                    colors.append(color);
-                }
+                for (int x = 0; x < frame.width(); ++x)
+                    ++counts[frame.pixel(x, y)];
             }
         }
-        return true;
+        colors = counts.keys();
+        std::sort(colors.begin(), colors.end(), [&](QRgb a, QRgb b) {
+            return counts[a] != counts[b] ? counts[a] > counts[b] : a < b; // the same file from every build
+        });
+        const QVector<QRgb> all = colors;
+        colors.resize(std::min(colors.size(), mostColors));
+        for (const QRgb color : all) {
+            const auto nearest = std::min_element(colors.begin(), colors.end(),
+                [color](QRgb a, QRgb b) { return distance(a, color) < distance(b, color); });
+            numbers.insert(color, int(nearest - colors.begin()));
+        }
     }
 
     QByteArray bytes() const
@@ -98,12 +92,12 @@ QByteArray runsOf(const QImage &frame, const Palette &palette)
     QByteArray bytes;
     for (int y = frame.height() - 1; y >= 0; --y) {
         for (int x = 0; x < frame.width();) {
-            const QRgb color = rounded(frame.pixel(x, y), palette.step);
+            const int color = palette.numbers.value(frame.pixel(x, y));
             int count = 1;
             while (
-                count < 255 && x + count < frame.width() && rounded(frame.pixel(x + count, y), palette.step) == color)
+                count < 255 && x + count < frame.width() && palette.numbers.value(frame.pixel(x + count, y)) == color)
                 ++count;
-            bytes.append(static_cast<char>(count)).append(static_cast<char>(palette.numbers.value(color)));
+            bytes.append(static_cast<char>(count)).append(static_cast<char>(color));
             x += count;
         }
         bytes.append(2, '\0');

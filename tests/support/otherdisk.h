@@ -5,8 +5,11 @@
 
 #include <memory>
 
-#include <sys/mount.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 /// A file system that is not the one of the temporary files: one of its own in memory where the user may mount, else a
@@ -16,8 +19,8 @@ class OtherDisk
 public:
     explicit OtherDisk(const char *size = "64m")
     {
-        if (::mount("tmpfs", qPrintable(m_folder.path()), "tmpfs", 0, QByteArray("size=").append(size).constData())
-            == 0) {
+        const QByteArray options = QByteArray("size=").append(size);
+        if (::syscall(SYS_mount, "tmpfs", qPrintable(m_folder.path()), "tmpfs", 0, options.constData()) == 0) {
             m_mounted = true;
             m_path = m_folder.path() + QLatin1Char('/');
             return;
@@ -34,7 +37,7 @@ public:
     ~OtherDisk()
     {
         if (m_mounted)
-            ::umount2(qPrintable(m_folder.path()), MNT_DETACH);
+            ::syscall(SYS_umount2, qPrintable(m_folder.path()), lazily);
     }
     Q_DISABLE_COPY_MOVE(OtherDisk)
 
@@ -44,10 +47,48 @@ public:
     QString path() const { return m_path; }
 
 private:
+    static constexpr int lazily = 2; ///< MNT_DETACH, which the kernel's headers beside this one do not name
+
     QTemporaryDir m_folder;
     std::unique_ptr<QTemporaryDir> m_shared;
     QString m_path;
     bool m_mounted = false;
+};
+
+/// While it lasts nobody may write or remove the file: by its mode, or where that does not hold root back by its flag.
+class Immutable
+{
+public:
+    explicit Immutable(const QString &path)
+        : m_path(path.toLocal8Bit())
+    {
+        m_works = ::geteuid() == 0 ? setFlag(true) : ::chmod(m_path.constData(), 0444) == 0;
+    }
+    ~Immutable()
+    {
+        if (m_works && ::geteuid() == 0)
+            setFlag(false);
+        else
+            ::chmod(m_path.constData(), 0644);
+    }
+    Q_DISABLE_COPY_MOVE(Immutable)
+
+    bool works() const { return m_works; }
+
+private:
+    bool setFlag(bool on)
+    {
+        const int file = ::open(m_path.constData(), O_RDONLY | O_CLOEXEC);
+        int flags = 0;
+        bool set = file >= 0 && ::ioctl(file, FS_IOC_GETFLAGS, &flags) == 0;
+        flags = on ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+        set = set && ::ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
+        if (file >= 0)
+            ::close(file);
+        return set;
+    }
+    QByteArray m_path;
+    bool m_works = false;
 };
 
 /// While it lasts a test run by root is an ordinary user, whom modes of files hold back.
