@@ -15,6 +15,7 @@ private Q_SLOTS:
     void cleanup();
     void lxqtIsToldPictureAndPlacement();
     void lxdeGetsItsPictureBack();
+    void aRefusedChangePromisesNothing();
     void swayIsToldInItsOwnWords();
     void swayExpandsNoPath();
     void theRunningBackgroundProgramIsReplaced();
@@ -122,6 +123,13 @@ void tst_wallpapercommands::lxdeGetsItsPictureBack()
     told();
     restore();
     QCOMPARE(told(), words("--set-wallpaper=/old/ä, b.jpg|--wallpaper-mode=crop"));
+}
+
+void tst_wallpapercommands::aRefusedChangePromisesNothing()
+{
+    writeProgram(QStringLiteral("pcmanfm"), "exit 3\n");
+    set(m_picture, WallpaperPlacement::Stretched);
+    QVERIFY(!desktopWallpaper().canRestore());
 }
 
 void tst_wallpapercommands::swayIsToldInItsOwnWords()
