@@ -83,8 +83,8 @@ public:
 inline QMap<QString, QByteArray> treeOf(const QString &folder)
 {
     QMap<QString, QByteArray> tree;
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories);
+    QDirIterator it(
+        folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         QFile file(it.next());
         const bool isFile = it.fileInfo().isFile() && file.open(QIODevice::ReadOnly);

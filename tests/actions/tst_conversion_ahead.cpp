@@ -75,12 +75,13 @@ QStringList tst_conversion_ahead::fill(const TemporaryHome &home, QSize large)
             qFatal("cannot write %s", name);
         return path;
     };
-    QStringList entries{home.write(QStringLiteral("first.jpg"), "no picture"), save("large.jpg", large), save("a.b.png", {60, 40}),
-        save("a.c.bmp", {50, 30}, 1), save("a.bmp", {70, 20}, 2), home.write(QStringLiteral("song.mp3"), "x"), save("p.jpg", {33, 44}),
+    QStringList entries{home.write(QStringLiteral("first.jpg"), "no picture"), save("large.jpg", large),
+        save("a.b.png", {60, 40}), save("a.c.bmp", {50, 30}, 1), save("a.bmp", {70, 20}, 2),
+        home.write(QStringLiteral("song.mp3"), "x"), save("p.jpg", {33, 44}),
         home.write(QStringLiteral("torn.gif"), "GIF89a"), save("sub/large.png", large, 3), save("sub/a.bmp", {20, 20}),
-        home.path() + QStringLiteral("gone.png"), home.write(QStringLiteral("torn.tif"), "II*"), save("x.pcd/y.bmp", {25, 35}),
-        save("p.bmp", {31, 42}, 1), save("nodot.png", {12, 13})};
-    QFile::rename(entries.last(), home.path() + QStringLiteral("nodot"));
+        home.path() + QStringLiteral("gone.png"), home.write(QStringLiteral("torn.tif"), "II*"),
+        save("x.pcd/y.bmp", {25, 35}), save("p.bmp", {31, 42}, 1), save("nodot.png", {12, 13})};
+    QFile::copy(entries.last(), home.path() + QStringLiteral("nodot"));
     entries.last() = home.path() + QStringLiteral("nodot");
     // Another way to a folder, to a file, and a file of the run that is named twice.
     QFile::link(home.path() + QStringLiteral("sub"), home.path() + QStringLiteral("way"));
@@ -114,10 +115,8 @@ tst_conversion_ahead::Outcome tst_conversion_ahead::run(LookAhead lookAhead, con
     // While the run waits it also shows what it waits for.
     outcome.log.removeIf([](const QString &line) { return line.startsWith(u"- Apply"); });
     for (const ConversionOutcome &one : std::as_const(client.outcomes))
-        outcome.told << client.local(QStringLiteral("%1 > %2: %3 %4")
-                                         .arg(one.entry, one.target)
-                                         .arg(int(one.what))
-                                         .arg(int(one.loaded)));
+        outcome.told << client.local(
+            QStringLiteral("%1 > %2: %3 %4").arg(one.entry, one.target).arg(int(one.what)).arg(int(one.loaded)));
     outcome.image = {image.PolyWidth(), image.PolyHeight()};
     outcome.bits = image.PolyBitsPerPixel();
     outcome.gvbox = {gvbox.width(), gvbox.height()};
@@ -165,9 +164,8 @@ void tst_conversion_ahead::theSameComesOut_data()
         c.entries = c.entries.mid(4, 5);
         c.settings.overwriteFiles = c.settings.grayScale256 = c.settings.diffuseTwoColor = true;
     });
-    row("convert folders", {bmp, png, pngInterlaced}, [](TestClient &c) {
-        c.settings.addConvertFolder = c.settings.folderForEachType = true;
-    });
+    row("convert folders", {bmp, png, pngInterlaced},
+        [](TestClient &c) { c.settings.addConvertFolder = c.settings.folderForEachType = true; });
     row("a prefix for a folder", {png, xwd}, [](TestClient &c) {
         c.settings.useImageFolder = false;
         c.settings.imageFolder = QStringLiteral("sub/pre");
@@ -203,7 +201,8 @@ void tst_conversion_ahead::theSameComesOutOfACancelAtEachYield()
         client.cancelAt = at;
         client.atYield = [&](int number) { yields = number; };
     };
-    ignore(run(LookAhead::None, [&](TestClient &client) { setUp(client, 0); }, small));
+    ignore(run(
+        LookAhead::None, [&](TestClient &client) { setUp(client, 0); }, small));
     const int all = yields;
     QVERIFY(all > 30);
     for (int at = 1; at <= all; ++at) {

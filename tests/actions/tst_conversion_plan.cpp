@@ -203,8 +203,8 @@ void tst_conversion_plan::onlyAnExistingFileIsAskedFor()
     if (!boxes.isEmpty()) {
         MessageBox expected;
         expected.title = QStringLiteral("Overwrite file?");
-        expected.text = QStringLiteral("The file ") + path
-            + QStringLiteral(" already exists. Do you want to overwrite this file?");
+        expected.text =
+            QStringLiteral("The file ") + path + QStringLiteral(" already exists. Do you want to overwrite this file?");
         expected.icon = MessageBox::Icon::Question;
         expected.buttons = MessageBox::Buttons::YesNo;
         expected.defaultAnswer = Answer::No;
@@ -224,15 +224,15 @@ void tst_conversion_plan::aRunKeepsItsOrder()
     client.settings.overwriteFiles = client.settings.promptFirst = true;
     client.settings.grayScale = client.settings.autoContrast = true;
     client.run(LookAhead::None);
-    const QString expected = QStringLiteral(
-        "yield|12%|yield|A|G|a.bmp > a.bmp|yield|ask The file a.bmp already exists. Do you want to overwrite this file?|"
-        "yield|25%|"
-        "yield|38%|yield|yield|A|G|c.gif > c.bmp|yield|"
-        "yield|50%|yield|"
-        "yield|62%|yield|A|G|a.bmp > a.png|yield|"
-        "yield|75%|"
-        "yield|88%|yield|yield|A|G|c.gif > c.png|yield|"
-        "yield|100%|yield");
+    const QString expected = QStringLiteral("yield|12%|yield|A|G|a.bmp > a.bmp|yield|ask The file a.bmp already "
+                                            "exists. Do you want to overwrite this file?|"
+                                            "yield|25%|"
+                                            "yield|38%|yield|yield|A|G|c.gif > c.bmp|yield|"
+                                            "yield|50%|yield|"
+                                            "yield|62%|yield|A|G|a.bmp > a.png|yield|"
+                                            "yield|75%|"
+                                            "yield|88%|yield|yield|A|G|c.gif > c.png|yield|"
+                                            "yield|100%|yield");
     QString told = client.log.join(u'|');
     told.replace(QLatin1String("- Apply Auto Contrast"), QLatin1String("A"));
     QCOMPARE(told.replace(QLatin1String("- Apply Gray Scale"), QLatin1String("G")), expected);

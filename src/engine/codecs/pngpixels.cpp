@@ -79,7 +79,7 @@ int levelFor(const QByteArray &rows)
     const Compressor quick = compressor(photographLevel);
     std::vector<char> to(static_cast<size_t>(bytes));
     const size_t packed = quick ? libdeflate_deflate_compress(quick.get(), rows.constData() + (rows.size() - bytes) / 2,
-                                      size_t(bytes), to.data(), to.size())
+                              size_t(bytes), to.data(), to.size())
                                 : 0;
     // Nothing: not even as small as it was.
     return packed > 0 && double(packed) < drawingShare * double(bytes) ? drawingLevel : photographLevel;
@@ -183,7 +183,6 @@ void PngRows::takeDeep(const QRgba64 *from)
             put(from[x].alpha());
     }
 }
-
 
 std::optional<QByteArray> packedPngPixels(const PngLayout &layout)
 {
