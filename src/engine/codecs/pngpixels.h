@@ -40,5 +40,5 @@ private:
 };
 
 /// All pixels as the zlib stream that the IDAT chunks of a picture without interlacing hold. None for a picture so
-/// large that its rows had better be packed one by one, or when memory is short.
+/// large that its rows had better be packed one by one.
 std::optional<QByteArray> packedPngPixels(const PngLayout &layout);
