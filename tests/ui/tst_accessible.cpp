@@ -1,5 +1,5 @@
-#include "actions/frmListManagement.h"
 #include "actions/frmConvertFileType.h"
+#include "actions/frmListManagement.h"
 #include "app/frmIntroSelect.h"
 #include "app/frmTip.h"
 #include "app/globals.h"
