@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "support/support.h"
 #include "ui/animation.h"
 #include "ui/avifile.h"
