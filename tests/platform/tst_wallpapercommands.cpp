@@ -137,6 +137,7 @@ void tst_wallpapercommands::swayIsToldInItsOwnWords()
     qputenv("XDG_CURRENT_DESKTOP", "sway");
     qputenv("WAYLAND_DISPLAY", "wayland-of-this-test");
     QProcess::execute(QStringLiteral("swaymsg"), words("output|DP-1|bg|/old.png|fill|#112233"));
+    QTRY_COMPARE(standIns().size(), 1);
     told();
     set(m_picture, WallpaperPlacement::Centered);
     QCOMPARE(told(), QStringList(QStringLiteral("output * bg %1 center #112233").arg(copies().last())));
