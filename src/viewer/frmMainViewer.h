@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/screenawake.h"
 #include "ui/controls.h"
 #include "ui/form.h"
 #include "ui/imagepane.h"
@@ -337,6 +338,7 @@ private:
         double zoom = 1;
     } m_pictureNext;
     bool m_pictureWaits = false;
+    ScreenAwake m_showAwake; ///< held while a show runs
     int m_showTicket = 0; ///< grows with each start and each end of a show
     bool m_changingSlides = false;
     bool m_changeSlidesAgain = false; ///< a step of the show was asked for while one was under way

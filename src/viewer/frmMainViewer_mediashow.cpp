@@ -25,7 +25,7 @@
 namespace {
 
 constexpr int millisecondsPerSecond = 1000;
-constexpr int positionsDecodedAhead = 2;
+constexpr int positionsLookedAhead = 8; ///< for the next picture among sounds, videos and files that are gone
 
 int countOf(const QLabel *label)
 {
@@ -148,11 +148,13 @@ void frmMainViewer::beginShow()
     globals.AutoPlayMotion = true;
     toolbarButton(QStringLiteral("slide"))->setChecked(true);
     startShowTimer();
+    m_showAwake.hold();
 }
 
 void frmMainViewer::endShow()
 {
     ++m_showTicket;
+    m_showAwake.release();
     globals.AutoPlayMotion = false;
     toolbarButton(QStringLiteral("slide"))->setChecked(false);
     tmrSlideShow.stop();
@@ -310,7 +312,8 @@ void frmMainViewer::changeSlidesOnce()
         prefetchForShow();
 }
 
-/// Decodes what the next steps will show, so that each of them finds its picture ready.
+/// Decodes the next picture, so that its step finds it ready. Only that one: of very large pictures the cache holds no
+/// more than one beside the one on show.
 void frmMainViewer::prefetchForShow()
 {
     if (!isShowRunning())
@@ -319,10 +322,12 @@ void frmMainViewer::prefetchForShow()
         mnuSlideShowReverseOrder->isChecked(), mnuSlideShowLoopAround->isChecked()};
     QStringList paths;
     for (const int position :
-        positionsAhead(order, globals.CurrentListIndex, countOf(lblCount), positionsDecodedAhead)) {
+        positionsAhead(order, globals.CurrentListIndex, countOf(lblCount), positionsLookedAhead)) {
         const QString path = lstDisplay->itemText(position - 1);
-        if (!path.isEmpty() && GetMediaKind(path) != kindMotion)
+        if (GetMediaKind(path) != kindMotion && FileExists(path)) {
             paths.append(path);
+            break;
+        }
     }
     PictureCache::instance().prefetch(paths, photoCDSizeIndex(), displayTarget(), scalingForPanes());
 }

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void aChangedFileIsDecodedAnew();
     void aSmallerDecodeIsCompletedForALargerWish();
     void prefetchedPicturesAreShared();
+    void whatWasPrefetchedSmallGrowsForALargerPane();
+    void scaledPixelsAreKeptForTheSizesAskedLast();
     void anEarlyStartAnswersTheLoad_data();
     void anEarlyStartAnswersTheLoad();
     void failuresAreNotRemembered();
@@ -80,6 +82,39 @@ void tst_PictureCache::prefetchedPicturesAreShared()
     QTRY_COMPARE(m_cache.bytesHeld(), 800LL * 4 * 600);
     QVERIFY(m_cache.load(paths.at(0), -1, {}));
     QCOMPARE(m_cache.bytesHeld(), 800LL * 4 * 600);
+}
+
+void tst_PictureCache::whatWasPrefetchedSmallGrowsForALargerPane()
+{
+    const QString path = m_home.write(QStringLiteral("pane.jpg"), written(rampImage({1600, 1200}), "jpg"));
+    m_cache.prefetch({path}, -1, {150, 150});
+    const auto decodedWidth = [&] { return (*m_cache.load(path, -1, {8, 8}))->current().pixels.width(); };
+    QTRY_COMPARE(decodedWidth(), 200);
+    std::atomic<int> prepared = 0;
+    m_cache.prefetch({path, m_home.path() + QStringLiteral("missing.jpg")}, -1, {700, 700},
+        [&](const LoadedPicture &picture) { prepared += picture.current().pixels.width(); });
+    QTRY_COMPARE(prepared.load(), 800);
+    QCOMPARE(decodedWidth(), 800);
+}
+
+void tst_PictureCache::scaledPixelsAreKeptForTheSizesAskedLast()
+{
+    QImage clear(60, 40, QImage::Format_ARGB32);
+    clear.fill(0x80ff0000);
+    const auto opaque = LoadedPicture::fromPicture(Picture::fromImage(rampImage({60, 40})));
+    const auto transparent = LoadedPicture::fromPicture(Picture::fromImage(clear));
+    const qint64 before = opaque->cost();
+    const QImage half = opaque->scaled({30, 20});
+    QCOMPARE(half.size(), QSize(30, 20));
+    QCOMPARE(half.format(), QImage::Format_RGB32);
+    QCOMPARE(transparent->scaled({30, 20}).format(), QImage::Format_ARGB32_Premultiplied);
+    // Its own size costs nothing, the others what they hold; two stay.
+    QCOMPARE(opaque->scaled({60, 40}).constBits(), opaque->current().pixels.constBits());
+    QCOMPARE(opaque->scaled({30, 20}).constBits(), half.constBits());
+    QCOMPARE(opaque->cost(), before + half.sizeInBytes());
+    opaque->scaled({15, 10});
+    opaque->scaled({6, 4});
+    QCOMPARE(opaque->cost(), before + (15 * 10 + 6 * 4) * 4);
 }
 
 void tst_PictureCache::anEarlyStartAnswersTheLoad_data()

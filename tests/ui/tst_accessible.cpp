@@ -10,6 +10,7 @@
 #include "support/windows.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
+#include "viewer/frmSlideShowFullScreen.h"
 #include "viewer/frmlocatefiles.h"
 
 #include <QAbstractSlider>
@@ -114,6 +115,7 @@ void tst_accessible::windows()
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
     row(form<frmConvertFileType>());
+    row(form<frmSlideShowFullScreen>());
     frmPreferences &preferences = form<frmPreferences>();
     for (int tab = 0; tab < preferences.SSTab1->count(); ++tab) {
         if (preferences.SSTab1->isTabVisible(tab))

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void pictureIsFittedOnOneAxis();
     void zoomItemsCoverTheSpecifiedSteps();
     void placedInTheMiddleOrStretched();
+    void aScaledDesktopHasRoomForEachPixel();
     void statusTextIsProperCase_data();
     void statusTextIsProperCase();
 };
@@ -69,6 +70,13 @@ void tst_fit::placedInTheMiddleOrStretched()
     QCOMPARE(placeInPane({1000, 1000}, {500, 500}, false), QRect(-250, -250, 1000, 1000));
     QCOMPARE(placeInPane({100, 50}, {500, 400}, false), QRect(200, 175, 100, 50));
     QCOMPARE(placeInPane({100, 50}, {500, 400}, true), QRect(0, 0, 500, 400));
+}
+
+void tst_fit::aScaledDesktopHasRoomForEachPixel()
+{
+    QCOMPARE(onDesktop({-7, 3, 101, 77}, 1), QRect(-7, 3, 101, 77));
+    QCOMPARE(onDesktop({-7, 3, 101, 77}, 1.5), QRect(-5, 2, 68, 52));
+    QCOMPARE(onDesktop({0, 0, 0, 0}, 2), QRect(0, 0, 1, 1));
 }
 
 void tst_fit::statusTextIsProperCase_data()

@@ -1,7 +1,9 @@
 #include "viewer/showtest.h"
 
+#include "actions/wallpaper.h"
 #include "app/allsettings.h"
 #include "app/settings.h"
+#include "platform/registrystore.h"
 
 /// The show in the Main Viewer: its menu, its steps, its ends.
 class tst_mediashow : public ShowTest
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void shuffleShowsEachOnceAndStops();
     void shuffleGoesRoundAgain();
     void shuffleByHandAsksAtItsEnd();
+    void theListChangesWhileTheShuffleAsks();
     void theToolbarsNextShuffles();
     void theToolbarStartsTheChosenShow();
     void aPlayingItemIsNotCutOff();
@@ -34,6 +37,7 @@ private Q_SLOTS:
     void whatEndsAShow();
     void disturbedAtEachYield_data();
     void disturbedAtEachYield();
+    void eachPictureBecomesTheWallpaper();
     void whatComesNextIsDecoded_data();
     void whatComesNextIsDecoded();
     void noFrameBetweenTwoPicturesIsEmpty();
@@ -236,6 +240,46 @@ void tst_mediashow::shuffleByHandAsksAtItsEnd()
     for (int i = 0; i < 3; ++i)
         viewer().PickShuffleItem();
     QVERIFY2(globals.ShuffleCount == 1, "round again without a question");
+}
+
+void tst_mediashow::theListChangesWhileTheShuffleAsks()
+{
+    // The answer is Yes, and comes with another list: an empty one, then a longer one.
+    struct ChangingDialogs : Dialogs
+    {
+        std::function<void()> change;
+        MessageBox::Answer show(QWidget *, const MessageBox &) override
+        {
+            change();
+            return MessageBox::Answer::Yes;
+        }
+        std::optional<FileAnswer> openFile(QWidget *, const FileQuestion &) override { return {}; }
+        std::optional<FileAnswer> saveFile(QWidget *, const FileQuestion &) override { return {}; }
+        std::optional<QString> chooseFolder(QWidget *, const QString &, const QString &) override { return {}; }
+        std::optional<QString> inputText(QWidget *, const QString &, const QString &, const QString &) override
+        {
+            return {};
+        }
+        std::optional<QColor> chooseColor(QWidget *, const QColor &) override { return {}; }
+    };
+    for (const int entries : {0, 6}) {
+        fresh();
+        fill(pictures(2));
+        viewer().mnuSlideShowShuffleOrder->trigger();
+        viewer().PickShuffleItem();
+        viewer().PickShuffleItem();
+        auto changing = std::make_unique<ChangingDialogs>();
+        changing->change = [&] {
+            viewer().ClearDisplayList();
+            if (entries > 0)
+                fill(pictures(entries));
+        };
+        setDialogs(std::move(changing));
+        viewer().PickShuffleItem();
+        QCOMPARE(globals.ShuffleHistory.size(), entries + 1);
+        QCOMPARE(globals.ShuffleCount, entries > 0 ? 1 : 0);
+        QCOMPARE(globals.CurrentListIndex, entries > 0 ? int(globals.ShuffleHistory.indexOf(true)) : 0);
+    }
 }
 
 void tst_mediashow::theToolbarsNextShuffles()
@@ -482,6 +526,33 @@ void tst_mediashow::disturbedAtEachYield()
         prepare, [&] { viewer().mnuSlideShowRunSlideShow_Click(); }, disturb, check);
 }
 
+void tst_mediashow::eachPictureBecomesTheWallpaper()
+{
+    ObedientPlayer *player = usePlayer();
+    const auto style = [] {
+        const auto value = registryStore().value(RegistryStore::Root::CurrentUser,
+            QStringLiteral("Control Panel\\Desktop"), QStringLiteral("WallpaperStyle"));
+        return value ? *value : QString();
+    };
+    const auto hung = [] { return QImage(wallpaperFileName()).pixel(0, 0); };
+    fill({pictures(1)[0], pictures(2)[1], motion(QStringLiteral("film.avi")), pictures(3)[2]});
+    viewer().mnuSlideshowDesktopCentered->trigger();
+    viewer().mnuSlideShowRunSlideShow_Click();
+    QCOMPARE(style(), QStringLiteral("0"));
+    const QRgb first = viewer().Image1->picture()->current().pixels.pixel(0, 0);
+    QCOMPARE(hung(), first);
+    tick();
+    QCOMPARE(player->state, Player::Playing);
+    QVERIFY2(hung() == first, "a film hangs nothing up");
+    player->change(Player::Stopped);
+    viewer().mnuSlideshowDesktopStretched->trigger();
+    tick();
+    QCOMPARE(style(), QStringLiteral("2"));
+    QVERIFY(hung() != first);
+    viewer().mnuSlideShowRunSlideShow_Click();
+    withoutPlayer();
+}
+
 void tst_mediashow::whatComesNextIsDecoded_data()
 {
     QTest::addColumn<QString>("order");
@@ -511,14 +582,12 @@ void tst_mediashow::whatComesNextIsDecoded()
     PictureCache::instance().shutDown();
     viewer().mnuSlideShowRunSlideShow_Click();
     qint64 bytes = 0;
-    for (const int position : held)
-        bytes += (1 << position) * 4 * 4;
-    QCOMPARE(current(), held.first());
-    QTRY_COMPARE(PictureCache::instance().bytesHeld(), bytes);
-    tick();
-    QCOMPARE(current(), held[1]);
-    tick();
-    QCOMPARE(current(), held[2]);
+    for (int step = 0; step + 1 < held.size(); ++step) {
+        QCOMPARE(current(), held[step]);
+        bytes += (1 << held[step]) * 4 * 4;
+        QTRY_COMPARE(PictureCache::instance().bytesHeld(), bytes + (1 << held[step + 1]) * 4 * 4);
+        tick();
+    }
     viewer().mnuSlideShowRunSlideShow_Click();
 }
 
