@@ -15,6 +15,7 @@
 #include "app/screenshot.h"
 #include "app/settings.h"
 #include "editor/frmZoomView.h"
+#include "engine/isolation.h"
 #include "engine/picturecache.h"
 #include "engine/player.h"
 #include "platform/dialogs.h"
@@ -37,6 +38,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <optional>
 
 namespace {
@@ -310,7 +312,12 @@ int convert(const ConvertLine &line)
     char name[] = "lumora";
     char *arguments[] = {name, nullptr};
     int count = 1;
-    const QCoreApplication application(count, arguments);
+    // Only drawings that are decoded in this very process need more, for their texts; a display they never need.
+    const bool draws = !decoderProcessesRun();
+    if (draws)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const std::unique_ptr<QCoreApplication> application(
+        draws ? new QGuiApplication(count, arguments) : new QCoreApplication(count, arguments));
     std::setlocale(LC_NUMERIC, "C");
     return runConvertCommand(line.command);
 }

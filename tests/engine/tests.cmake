@@ -55,3 +55,9 @@ add_dependencies(tst_isolation lumora_test_obedient)
 target_link_libraries(tst_modernformats PRIVATE lumora_test_engine PkgConfig::MODERN_ENCODERS)
 lumora_test(engine/tst_pixels.cpp rules)
 lumora_test(engine/tst_gifframes.cpp rules)
+
+# The format's own library writes the files.
+pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4)
+lumora_test(engine/tst_tiff.cpp rules)
+target_link_libraries(tst_tiff PRIVATE PkgConfig::TIFF)
+add_dependencies(tst_tiff lumora-codecs)

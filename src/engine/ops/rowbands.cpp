@@ -3,6 +3,8 @@
 #include <QSemaphore>
 #include <QThreadPool>
 
+#include <memory>
+
 namespace {
 
 /// Below this a thread costs more than it saves.
@@ -17,12 +19,13 @@ void forRowBands(QSize size, const std::function<void(int first, int end)> &work
     const int most = std::min(pool.maxThreadCount(), std::max(1, size.height()));
     const int bands = int(std::clamp<qint64>(pixels / pixelsWorthAThread, 1, most));
     const auto firstRow = [&](int band) { return int(qint64(size.height()) * band / bands); };
-    QSemaphore done;
+    // Shared, because the last band may still be about to leave it when this returns.
+    const auto done = std::make_shared<QSemaphore>();
     int away = 0;
     for (int band = 1; band < bands; ++band) {
-        const auto task = [&, first = firstRow(band), end = firstRow(band + 1)] {
+        const auto task = [&work, done, first = firstRow(band), end = firstRow(band + 1)] {
             work(first, end);
-            done.release();
+            done->release();
         };
         // Never queued: a band that waits for a thread that waits for bands would wait for ever.
         if (pool.tryStart(task))
@@ -31,5 +34,5 @@ void forRowBands(QSize size, const std::function<void(int first, int end)> &work
             work(firstRow(band), firstRow(band + 1));
     }
     work(firstRow(0), firstRow(1));
-    done.acquire(away);
+    done->acquire(away);
 }
