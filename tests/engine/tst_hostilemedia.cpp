@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "engine/player.h"
 #include "platform/filepath.h"
 #include "support/support.h"
