@@ -105,6 +105,8 @@ QGroupBox *frmConvertFileType::makeOptions()
     grid->addLayout(pair(chkAutoLevel), 2, 1);
     grid->addLayout(pair(chkAutoContrast), 3, 1);
     grid->addLayout(pair(chkEmoboss), 4, 1);
+    for (int row = 0; row < grid->rowCount(); ++row)
+        grid->setRowMinimumHeight(row, optWhichFiles[0]->sizeHint().height());
     return group;
 }
 
