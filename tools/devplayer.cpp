@@ -54,7 +54,10 @@ Playing play(Player &player, const QString &path)
                 playing.took = double(clock.elapsed()) / 1000;
         });
     player.setUrl(path);
-    waitFor(player, patience, [&] { return player.content() != Player::Unknown && player.duration() > 0; });
+    waitFor(player, patience, [&] {
+        const Player::Content content = player.content();
+        return content == Player::None || (content != Player::Unknown && player.duration() > 0);
+    });
     playing.states.clear();
     player.play();
     const int due = int(std::min(player.duration(), 3600.0) * 1000) + patience;
