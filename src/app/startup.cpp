@@ -35,7 +35,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
 
 namespace {
 Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
@@ -64,13 +63,6 @@ public:
         return false;
     }
 };
-
-QString currentFolder()
-{
-    std::error_code failed;
-    const std::string folder = std::filesystem::current_path(failed).native();
-    return failed ? QStringLiteral("/") : pathFromBytes(QByteArray::fromStdString(folder));
-}
 
 bool anyDisplay()
 {
@@ -297,7 +289,7 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
 
 int Main(const QStringList &arguments)
 {
-    const CommandLine line = parseCommandLine(arguments, currentFolder());
+    const CommandLine line = parseCommandLine(arguments, workingFolder());
     if (line.help || line.version) {
         print(stdout, line.help ? helpText() : versionText());
         return 0;

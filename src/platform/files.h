@@ -15,6 +15,10 @@
 /// at least one file. False for the empty path, a folder without trailing separator, a FIFO, a device, a dead link.
 bool FileExists(const QString &path);
 bool folderExists(const QString &path);
+/// Makes one folder; the one it stands in must be there. A failure when anything has that name.
+Result<void> makeFolder(const QString &path);
+/// What an ordinary user may still write to the folder's volume, in bytes. None when the folder is not there.
+std::optional<qint64> freeSpace(const QString &folder);
 
 /// What makes a file the same file in the same state.
 struct FileStamp

@@ -15,6 +15,8 @@ struct WindowsSystemFolders
     QString pictures() const;
 };
 
+/// The current folder of the process.
+QString workingFolder();
 /// Mounted volumes a person would browse, the root first.
 QStringList mountedVolumes();
 /// The bookmarks of the desktop's file dialogs that exist.

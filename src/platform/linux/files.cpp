@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace {
@@ -161,6 +162,21 @@ QByteArray nativePath(const QString &path)
 Failure systemFailure(const QString &what, const QString &path, int error)
 {
     return Failure{QStringLiteral("%1 %2: %3").arg(what, displayPath(path), qt_error_string(error))};
+}
+
+Result<void> makeFolder(const QString &path)
+{
+    if (::mkdir(nativePath(path).constData(), 0777) != 0)
+        return systemFailure(QStringLiteral("cannot make"), path, errno);
+    return {};
+}
+
+std::optional<qint64> freeSpace(const QString &folder)
+{
+    struct statvfs state = {};
+    if (::statvfs(nativePath(folder).constData(), &state) != 0)
+        return std::nullopt;
+    return static_cast<qint64>(state.f_bavail) * static_cast<qint64>(state.f_frsize);
 }
 
 bool FileExists(const QString &path)
