@@ -3,6 +3,7 @@
 #include "engine/result.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -31,6 +32,9 @@ struct FileStamp
 };
 /// None for anything but a regular file.
 std::optional<FileStamp> fileStamp(const QString &path);
+
+/// When a file's data was last changed, in local time; invalid when there is no such file.
+QDateTime fileDateTime(const QString &path);
 
 /// A descriptor of a regular file, read only and close-on-exec; -1 with a reason otherwise.
 Result<int> openRegularFile(const QString &path);

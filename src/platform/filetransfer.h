@@ -17,6 +17,7 @@ struct FileOutcome
         Failed ///< anything else
     };
     Kind kind = Kind::Done;
+    int error = 0; ///< the system's number, 0 when it is not the system that refuses
     QString reason; ///< a sentence for the log
 
     explicit operator bool() const { return kind == Kind::Done; }

@@ -102,7 +102,7 @@ FileOutcome FileMove::look()
         return {};
     const Result<QByteArray> text = linkText(m_from, m_files.source);
     if (!text)
-        return {FileOutcome::Kind::Failed, text.reason()};
+        return {FileOutcome::Kind::Failed, 0, text.reason()};
     m_linkText = *text;
     return {};
 }

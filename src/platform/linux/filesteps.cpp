@@ -22,13 +22,13 @@ bool isSameFile(const State &a, const State &b)
 FileOutcome failedStep(const char *what, const QString &path, int error)
 {
     const bool access = std::find(accessErrors.begin(), accessErrors.end(), error) != accessErrors.end();
-    return {access ? FileOutcome::Kind::AccessError : FileOutcome::Kind::Failed,
+    return {access ? FileOutcome::Kind::AccessError : FileOutcome::Kind::Failed, error,
         systemFailure(QLatin1String(what), path, error).reason};
 }
 
 FileOutcome refusedStep(const QString &path, const char *why)
 {
-    return {FileOutcome::Kind::Failed, displayPath(path) + QLatin1Char(' ') + QLatin1String(why)};
+    return {FileOutcome::Kind::Failed, 0, displayPath(path) + QLatin1Char(' ') + QLatin1String(why)};
 }
 
 qint64 modifiedAt(const State &state)
