@@ -11,8 +11,8 @@
 
 namespace {
 
-/// A page takes two thumbnails of the usual size; the log lets one process write while others read.
-constexpr char pragmas[] = "PRAGMA page_size=8192; PRAGMA journal_mode=WAL; PRAGMA application_id=1280131662;";
+/// The log lets one process write while others read.
+constexpr char pragmas[] = "PRAGMA page_size=4096; PRAGMA journal_mode=WAL;";
 
 bool make(SqliteConnection &connection)
 {

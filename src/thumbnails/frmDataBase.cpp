@@ -53,7 +53,6 @@ frmDataBase::frmDataBase(QWidget *parent)
 {
     setWindowTitle(QStringLiteral("DB Demo"));
     ImageBox1.setPolyJpegQuality(thumbnailJpegQuality);
-    ImageBox1.setPolyJp2Quality(thumbnailJp2Quality);
     Opt_Store->setChecked(true);
     for (int index = Cmd_Move.first; index <= Cmd_Move.last; ++index) {
         connect(Cmd_Move[index], &QPushButton::clicked, this, [this, index] {
@@ -210,6 +209,7 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     Yield();
     const std::optional<TypeCode> format = thumbnailFormat(*level);
     if (format) {
+        box.setPolyJp2Quality(thumbnailJp2Quality(record.thumbnailSize));
         const QByteArray picture = box.ImageBlobSave(*format);
         if (picture.isEmpty())
             return;
@@ -218,8 +218,8 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     Yield();
     if (!here || !isStill(opening) || m_working)
         return;
-    const bool stored = isNew ? m_database.add(record) != ImagesDatabase::Stored::Failed
-                              : m_database.change(id, record, !format);
+    const bool stored =
+        isNew ? m_database.add(record) != ImagesDatabase::Stored::Failed : m_database.change(id, record, !format);
     if (!stored) {
         reopenIfDamaged();
         return;
@@ -311,8 +311,8 @@ bool frmDataBase::DeleteAllOfSizeClick()
         return false;
     const bool any = RecordTotal > 0;
     std::atomic<bool> wanted = true;
-    const bool emptied = runBeside(
-        [&] { return m_database.removeAll([&] { return wanted.load(); }); }, [&] { wanted = false; });
+    const bool emptied =
+        runBeside([&] { return m_database.removeAll([&] { return wanted.load(); }); }, [&] { wanted = false; });
     if (emptied) {
         RecordTotal = 0;
         CurrentRecord = any ? 1 : CurrentRecord;
@@ -350,6 +350,7 @@ bool frmDataBase::CompactDatabase()
     SqliteConnection *atWork = nullptr;
     const bool compacted = runBeside(
         [&] {
+            m_database.settle();
             const Result<void> done = compactImages(folder, [&](SqliteConnection *connection) {
                 const std::lock_guard guard(mutex);
                 atWork = connection;

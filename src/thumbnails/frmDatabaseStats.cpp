@@ -122,6 +122,7 @@ void frmDatabaseStats::Form_Activate()
     PaintFormBackground(this, QStringLiteral("OTHER"));
     auto &cache = form<frmDataBase>();
     cache.CloseDatabase();
+    takeInLog(AppFolder());
     const auto file = fileStamp(AppFolder() + QLatin1String(imagesFile));
     lblFileSize->setText(groupedNumber(file ? file->size : 0));
     cache.OpenImagesDatabase(QString());

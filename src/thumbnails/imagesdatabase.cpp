@@ -7,13 +7,17 @@
 
 #include <QLoggingCategory>
 
+#include <sqlite3.h>
+
 #include <filesystem>
+#include <limits>
 
 namespace {
 Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
+constexpr int longestLog = 1000; ///< pages, before they are taken into the file
 
 #define FIELDS                                                                                                         \
     "rowid, ImageName, ImageHeight, ImageWidth, ImageDate, ThumbnailImage, ThumbnailCompressionMode, ThumbnailDate,"   \
@@ -69,6 +73,13 @@ void makeWritable(const QString &path)
         failed);
 }
 
+/// A connection whose closing waits for no disk: the next opening reads the log.
+bool openLive(SqliteConnection &connection, const QString &path, int waiting)
+{
+    return connection.open(path, SqliteConnection::Open::Existing, waiting) && prepareImagesConnection(connection)
+        && sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr) == SQLITE_OK;
+}
+
 /// Copies the template to a name that is free. Another process may have been quicker, which is as good.
 bool copyTemplate(const QString &folder)
 {
@@ -98,6 +109,14 @@ bool setAside(const QString &path)
 
 }
 
+void takeInLog(const QString &folder)
+{
+    SqliteConnection connection;
+    const QString path = pathOf(folder, imagesFile);
+    if (FileExists(path) && openLive(connection, path, patience))
+        ignore(connection.run("PRAGMA wal_checkpoint(TRUNCATE)"));
+}
+
 void removeLeftOvers(const QString &path)
 {
     for (const char *ending : {"-wal", "-shm", "-journal"}) {
@@ -120,23 +139,45 @@ bool isSameImage(const QString &stored, const QString &wanted)
 bool ImagesDatabase::connect(const QString &path)
 {
     m_damaged = false;
-    const bool usable = m_connection.open(path, SqliteConnection::Open::Existing, patience)
-        && prepareImagesConnection(m_connection) && m_connection.value("PRAGMA journal_mode=WAL") == "wal";
-    if (!usable) {
+    const bool opened = openLive(m_connection, path, patience);
+    // Looked at before anything is written: it may be the file of another program.
+    if (!opened || !hasImagesTable(m_connection) || m_connection.value("PRAGMA journal_mode=WAL") != "wal") {
         qCWarning(logCache, "%s: %s", qPrintable(displayPath(path)), qPrintable(m_connection.reason()));
-        m_damaged = m_connection.isDamaged();
+        m_damaged = m_connection.isDamaged() || (opened && m_connection.lacksSomething());
         m_connection.close();
         return false;
     }
-    if (!hasImagesTable(m_connection)) {
-        qCWarning(logCache, "%s holds no thumbnails: %s", qPrintable(displayPath(path)),
-            qPrintable(m_connection.reason()));
-        m_damaged = true;
-        m_connection.close();
-        return false;
-    }
+    sqlite3_wal_hook(m_connection.handle(), &ImagesDatabase::logHasGrown, this);
     m_counts = bool(m_connection.prepare("SELECT ThumbnailSize, Records FROM tblImageCounts"));
     return true;
+}
+
+/// After each commit. The log is taken into the file beside the windows: it takes two waits for the disk.
+int ImagesDatabase::logHasGrown(void *self, sqlite3 *, const char *, int pages)
+{
+    if (pages >= longestLog)
+        static_cast<ImagesDatabase *>(self)->checkpoint();
+    return SQLITE_OK;
+}
+
+void ImagesDatabase::checkpoint()
+{
+    if (m_checkpointing.exchange(true))
+        return;
+    settle();
+    m_checkpoint = std::jthread([this, path = m_path] {
+        SqliteConnection connection;
+        if (openLive(connection, path, 0))
+            ignore(connection.run("PRAGMA wal_checkpoint(PASSIVE)"));
+        connection.close();
+        m_checkpointing = false;
+    });
+}
+
+void ImagesDatabase::settle()
+{
+    if (m_checkpoint.joinable())
+        m_checkpoint.join();
 }
 
 bool ImagesDatabase::open(const QString &folder)
@@ -144,7 +185,12 @@ bool ImagesDatabase::open(const QString &folder)
     const QString path = pathOf(folder, imagesFile);
     const bool wasDamaged = m_damaged;
     close();
-    if (wasDamaged && FileExists(path) && !setAside(path))
+    m_path = path;
+    const auto away = [&] {
+        settle();
+        return setAside(path);
+    };
+    if (wasDamaged && FileExists(path) && !away())
         return false;
     // Once more after a file that is none was set aside.
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -152,7 +198,7 @@ bool ImagesDatabase::open(const QString &folder)
             return false;
         if (connect(path))
             return true;
-        if (!m_damaged || !setAside(path))
+        if (!m_damaged || !away())
             return false;
     }
     return false;
@@ -203,28 +249,27 @@ std::optional<int> ImagesDatabase::count()
 {
     SqliteStatement *counted = nullptr;
     if (m_counts)
-        counted = m_connection.statement(m_size
-                ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
-                : "SELECT TOTAL(Records) FROM tblImageCounts");
+        counted = m_connection.statement(m_size ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
+                                                : "SELECT TOTAL(Records) FROM tblImageCounts");
     else
-        counted = m_connection.statement(m_size ? "SELECT COUNT(*) FROM tblImages WHERE ThumbnailSize=?1"
-                                                : "SELECT COUNT(*) FROM tblImages");
+        counted = m_connection.statement(
+            m_size ? "SELECT COUNT(*) FROM tblImages WHERE ThumbnailSize=?1" : "SELECT COUNT(*) FROM tblImages");
     if (counted && m_size)
         counted->bind(1, *m_size);
     if (!counted || !counted->step()) {
         noteFailure();
         return {};
     }
-    const auto records = int(qBound<qint64>(0, counted->number(0), std::numeric_limits<int>::max()));
+    const auto records = int(qBound(qint64(0), counted->number(0), qint64(std::numeric_limits<int>::max())));
     counted->reset();
     return records;
 }
 
 std::optional<ImageRecord> ImagesDatabase::first()
 {
-    SqliteStatement *statement = m_connection.statement(m_size
-            ? "SELECT " FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
-            : "SELECT " FIELDS "ORDER BY rowid LIMIT 1");
+    SqliteStatement *statement =
+        m_connection.statement(m_size ? "SELECT " FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
+                                      : "SELECT " FIELDS "ORDER BY rowid LIMIT 1");
     if (statement && m_size)
         statement->bind(1, *m_size);
     return oneRecord(statement);
@@ -271,8 +316,8 @@ std::optional<ImageRecord> ImagesDatabase::find(const QString &name, int size)
 {
     if (m_size && *m_size != size)
         return {};
-    SqliteStatement *statement
-        = m_connection.statement("SELECT " FIELDS "WHERE ThumbnailSize=?1 AND ImageName=?2 ORDER BY ImageName, rowid");
+    SqliteStatement *statement =
+        m_connection.statement("SELECT " FIELDS "WHERE ThumbnailSize=?1 AND ImageName=?2 ORDER BY ImageName, rowid");
     std::optional<ImageRecord> found;
     if (statement) {
         statement->bind(1, size);
@@ -307,10 +352,10 @@ ImagesDatabase::Stored ImagesDatabase::add(const ImageRecord &record)
     Stored stored = Stored::Failed;
     // Not by a clause on the key: a file from elsewhere may have none, and several records under it.
     const bool done = inTransaction([&] {
-        SqliteStatement *replace
-            = m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
-                                     " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7, ThumbnailImage=?8"
-                                     " WHERE ThumbnailSize=?7 AND ImageName=?1");
+        SqliteStatement *replace =
+            m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
+                                   " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7, ThumbnailImage=?8"
+                                   " WHERE ThumbnailSize=?7 AND ImageName=?1");
         if (replace)
             bindRecord(*replace, record);
         if (!finish(replace))
@@ -318,10 +363,10 @@ ImagesDatabase::Stored ImagesDatabase::add(const ImageRecord &record)
         stored = Stored::Replaced;
         if (m_connection.changes() > 0)
             return true;
-        SqliteStatement *insert
-            = m_connection.statement("INSERT INTO tblImages (ImageName, ImageHeight, ImageWidth, ImageDate,"
-                                     " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize, ThumbnailImage)"
-                                     " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)");
+        SqliteStatement *insert =
+            m_connection.statement("INSERT INTO tblImages (ImageName, ImageHeight, ImageWidth, ImageDate,"
+                                   " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize, ThumbnailImage)"
+                                   " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)");
         if (insert)
             bindRecord(*insert, record);
         stored = Stored::Added;
@@ -334,17 +379,17 @@ bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPictu
 {
     return inTransaction([&] {
         // Another record of the new name and size gives way.
-        SqliteStatement *remove
-            = m_connection.statement("DELETE FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2 AND rowid<>?3");
+        SqliteStatement *remove =
+            m_connection.statement("DELETE FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2 AND rowid<>?3");
         if (remove) {
             remove->bind(1, record.thumbnailSize);
             remove->bindText(2, pathToBytes(record.name));
             remove->bind(3, id);
         }
-        SqliteStatement *update
-            = m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
-                                     " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7,"
-                                     " ThumbnailImage=CASE WHEN ?10 THEN ThumbnailImage ELSE ?8 END WHERE rowid=?9");
+        SqliteStatement *update =
+            m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
+                                   " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7,"
+                                   " ThumbnailImage=CASE WHEN ?10 THEN ThumbnailImage ELSE ?8 END WHERE rowid=?9");
         if (update) {
             bindRecord(*update, record);
             update->bind(9, id);

@@ -4,8 +4,10 @@
 
 #include <QDate>
 
+#include <atomic>
 #include <functional>
 #include <optional>
+#include <thread>
 
 /// A record of tblImages.
 struct ImageRecord
@@ -61,6 +63,9 @@ public:
     /// Removes all that are selected, some at a time, for as long as `wanted` says so. False when any is left.
     bool removeAll(const std::function<bool()> &wanted);
 
+    /// Waits until nothing is under way on the file any more, also after close().
+    void settle();
+
 private:
     bool connect(const QString &path);
     std::optional<ImageRecord> oneRecord(SqliteStatement *statement);
@@ -68,14 +73,22 @@ private:
     bool finish(SqliteStatement *statement);
     bool inTransaction(const std::function<bool()> &work);
     void noteFailure();
+    static int logHasGrown(void *self, sqlite3 *, const char *, int pages);
+    void checkpoint();
+    QString m_path;
     SqliteConnection m_connection;
     std::optional<int> m_size;
     bool m_damaged = false;
     bool m_counts = false; ///< the file counts its records itself
+    std::atomic<bool> m_checkpointing = false;
+    std::jthread m_checkpoint; ///< takes the log into the file, which waits for the disk; it ends before all else goes
 };
 
 /// Whether a record stored under one name is the one of a file with another, which compares as equal.
 bool isSameImage(const QString &stored, const QString &wanted);
+
+/// Takes the log of a folder's images.mdb into the file, so that its length tells what it holds. Waits for the disk.
+void takeInLog(const QString &folder);
 
 /// Takes away what a crash has left of a database that is not there any more: its log would be played into the next.
 void removeLeftOvers(const QString &path);

@@ -47,8 +47,8 @@ uchar lowered(uchar byte)
 
 int compareForSqlite(void *, int lengthA, const void *a, int lengthB, const void *b)
 {
-    return compareImageNames(QByteArrayView(static_cast<const char *>(a), lengthA),
-        QByteArrayView(static_cast<const char *>(b), lengthB));
+    return compareImageNames(
+        QByteArrayView(static_cast<const char *>(a), lengthA), QByteArrayView(static_cast<const char *>(b), lengthB));
 }
 
 }
@@ -79,7 +79,8 @@ bool prepareImagesConnection(SqliteConnection &connection)
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     return sqlite3_create_collation(handle, "ImageNames", SQLITE_UTF8, nullptr, &compareForSqlite) == SQLITE_OK
         && connection.run("PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON; PRAGMA mmap_size=0;"
-                          "PRAGMA synchronous=NORMAL; PRAGMA temp_store=MEMORY; PRAGMA cache_size=-8192");
+                          "PRAGMA synchronous=NORMAL; PRAGMA temp_store=MEMORY; PRAGMA cache_size=-8192;"
+                          "PRAGMA journal_size_limit=16777216");
 }
 
 bool hasImagesTable(SqliteConnection &connection)

@@ -61,7 +61,8 @@ QByteArray SqliteStatement::text(int column) const
 QByteArray SqliteStatement::bytes(int column) const
 {
     const void *bytes = sqlite3_column_blob(m_statement, column);
-    return bytes ? QByteArray(static_cast<const char *>(bytes), sqlite3_column_bytes(m_statement, column)) : QByteArray();
+    return bytes ? QByteArray(static_cast<const char *>(bytes), sqlite3_column_bytes(m_statement, column))
+                 : QByteArray();
 }
 
 bool SqliteStatement::isNull(int column) const
@@ -137,6 +138,11 @@ bool SqliteConnection::isDamaged() const
         return false;
     const int code = sqlite3_extended_errcode(m_handle);
     return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB || code == SQLITE_IOERR_SHORT_READ;
+}
+
+bool SqliteConnection::lacksSomething() const
+{
+    return m_handle && (sqlite3_errcode(m_handle) & 0xff) == SQLITE_ERROR;
 }
 
 QString SqliteConnection::reason() const

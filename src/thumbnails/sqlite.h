@@ -71,6 +71,8 @@ public:
     int changes() const;
     /// The file is damaged, or none of SQLite's: the last failure said so.
     bool isDamaged() const;
+    /// A statement named a table or field that is not there, says the last failure.
+    bool lacksSomething() const;
     /// The last failure, for the log.
     QString reason() const;
     /// Ends the statement that another thread has under way; callable from any thread while the connection is open.

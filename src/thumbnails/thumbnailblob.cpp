@@ -30,6 +30,12 @@ std::optional<TypeCode> thumbnailFormat(int level)
     }
 }
 
+double thumbnailJp2Quality(int edge)
+{
+    // Found on photographs at equal signal-to-noise ratios: one byte for 8.5 of the pixels' at 60, for 16 at 200.
+    return 1 / (8.5 + 0.055 * qMax(0, edge - 60));
+}
+
 QByteArray sealedBlob(const QByteArray &picture)
 {
     QByteArray blob(letters);
@@ -45,5 +51,6 @@ QByteArray unsealedBlob(const QByteArray &blob)
     if (blob.size() < headBytes)
         return {};
     const QByteArray picture = blob.sliced(headBytes);
-    return qFromLittleEndian<quint32>(blob.constData() + qstrlen(letters)) == checksumOf(picture) ? picture : QByteArray();
+    return qFromLittleEndian<quint32>(blob.constData() + qstrlen(letters)) == checksumOf(picture) ? picture
+                                                                                                  : QByteArray();
 }
