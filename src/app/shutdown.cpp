@@ -15,6 +15,7 @@
 #include "shell/frmGradient.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
+#include "thumbnails/frmDataBase.h"
 #include "ui/yield.h"
 #include "viewer/frmBackground.h"
 #include "viewer/frmFileListForm.h"
@@ -90,7 +91,7 @@ constexpr std::array formRows{
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),
-    notInThisBuild("frmDataBase"),
+    hiddenWindow<frmDataBase>("frmDataBase"),
     window<frmTip>("frmTip"),
     notInThisBuild("frmUndo"),
     notInThisBuild("frmZoomLevel"),
