@@ -313,6 +313,7 @@ void tst_cache::damageFoundLaterIsSetAsideAtTheNextOpening()
     for (int number = 0; number < 400; ++number)
         database.add(record(QString::number(number), 100, QByteArray(2000, 'x')));
     database.close();
+    database.settle();
     takeInLog(folder());
     // All but the schema is gone, which opening does not look at.
     QFile file(path());
@@ -414,6 +415,7 @@ void tst_cache::compactionGivesRoomBackAndKeepsTheRecords()
     database.select(60);
     QVERIFY(database.removeAll([] { return true; }));
     database.close();
+    database.settle();
     takeInLog(folder());
     const qint64 before = QFileInfo(path()).size();
     m_home->write(QStringLiteral("app/Cimages.mdb"), "left over");
