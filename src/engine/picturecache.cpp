@@ -62,6 +62,7 @@ struct Waiting
     int sizeIndex;
     QSize target;
     PictureCache::Prepare prepare;
+    bool isFirst;
 };
 
 }
@@ -88,6 +89,7 @@ struct PictureCache::Private : std::enable_shared_from_this<PictureCache::Privat
     std::shared_ptr<Flight> takeOff(const Key &key, int sizeIndex);
     void work(const std::stop_token &stop);
     void decodeAhead(const Waiting &next);
+    bool wouldPushOut() const;
     void enlarge(const Loaded &picture, QSize target);
     void startWorkers();
 };
@@ -172,6 +174,13 @@ Answer PictureCache::Private::decodeNow(const std::shared_ptr<Flight> &flight, c
     return answer;
 }
 
+/// Whether one more picture like the newest would take the room of that one or of the one on show: what comes first
+/// must not go for what comes after it.
+bool PictureCache::Private::wouldPushOut() const
+{
+    return !entries.empty() && 3 * entries.front().picture->cost() > limits::cacheBudget();
+}
+
 void PictureCache::Private::decodeAhead(const Waiting &next)
 {
     const std::optional<FileStamp> stamp = fileStamp(next.path);
@@ -183,7 +192,7 @@ void PictureCache::Private::decodeAhead(const Waiting &next)
     {
         const std::lock_guard lock(mutex);
         picture = find(key, next.sizeIndex);
-        if (!picture && flightOf(key))
+        if (!picture && (flightOf(key) || (!next.isFirst && wouldPushOut())))
             return;
         if (!picture)
             flight = takeOff(key, next.sizeIndex);
@@ -280,7 +289,7 @@ void PictureCache::prefetch(const QStringList &paths, int sizeIndex, QSize targe
     const std::lock_guard lock(d->mutex);
     d->queue.clear();
     for (const QString &path : paths)
-        d->queue.push_back({path, sizeIndex, target, prepare});
+        d->queue.push_back({path, sizeIndex, target, prepare, d->queue.empty()});
     d->startWorkers();
     d->workCame.notify_all();
 }

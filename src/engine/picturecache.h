@@ -20,7 +20,8 @@ public:
 
     /// What is done with a picture that was decoded ahead, on the thread that did it.
     using Prepare = std::function<void(const LoadedPicture &picture)>;
-    /// Decodes these in the background, first ones first; whatever waited from an earlier call is dropped.
+    /// Decodes these in the background, first ones first; whatever waited from an earlier call is dropped. Of pictures
+    /// so large that the cache holds only two, the first alone.
     void prefetch(const QStringList &paths, int sizeIndex, QSize target, const Prepare &prepare = {});
 
     /// Starts decoding one file at once on a thread of its own, before anything else of the program stands.

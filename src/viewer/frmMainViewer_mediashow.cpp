@@ -25,7 +25,8 @@
 namespace {
 
 constexpr int millisecondsPerSecond = 1000;
-constexpr int positionsLookedAhead = 8; ///< for the next picture among sounds, videos and files that are gone
+constexpr int positionsLookedAhead = 8; ///< for the next pictures among sounds, videos and files that are gone
+constexpr int picturesDecodedAhead = 2;
 
 int countOf(const QLabel *label)
 {
@@ -312,8 +313,8 @@ void frmMainViewer::changeSlidesOnce()
         prefetchForShow();
 }
 
-/// Decodes the next picture, so that its step finds it ready. Only that one: of very large pictures the cache holds no
-/// more than one beside the one on show.
+/// Decodes the next picture, so that its step finds it ready, and then the one after it: a busy machine may need the
+/// time of two steps for one of them.
 void frmMainViewer::prefetchForShow()
 {
     if (!isShowRunning())
@@ -324,10 +325,8 @@ void frmMainViewer::prefetchForShow()
     for (const int position :
         positionsAhead(order, globals.CurrentListIndex, countOf(lblCount), positionsLookedAhead)) {
         const QString path = lstDisplay->itemText(position - 1);
-        if (GetMediaKind(path) != kindMotion && FileExists(path)) {
+        if (paths.size() < picturesDecodedAhead && GetMediaKind(path) != kindMotion && FileExists(path))
             paths.append(path);
-            break;
-        }
     }
     PictureCache::instance().prefetch(paths, photoCDSizeIndex(), displayTarget(), scalingForPanes());
 }
