@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QSettings>
 
-#include <signal.h>
+#include <csignal>
 
 /// Desktops that take their wallpaper by a command: stand-ins in PATH keep what they are told.
 class tst_wallpapercommands : public WallpaperTest
