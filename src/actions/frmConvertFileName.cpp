@@ -59,9 +59,21 @@ frmConvertFileName::frmConvertFileName(QWidget *parent)
 void frmConvertFileName::Form_Activate()
 {
     PaintFormBackground(this, QStringLiteral("OTHER"));
-    // Who has opened another film before keeps it.
+    openUsualFilm();
+}
+
+/// Who has opened another film before keeps it.
+void frmConvertFileName::openUsualFilm()
+{
     if (Animation1->fileName().isEmpty())
         Animation1->Open(AppFolder() + QStringLiteral("filecopy.avi"));
+}
+
+/// Not every window system tells of an activation each time that a window comes up.
+void frmConvertFileName::showEvent(QShowEvent *event)
+{
+    FormDialog::showEvent(event);
+    openUsualFilm();
 }
 
 /// Closed by the user it cancels and stays: it goes with the run that it tells of.

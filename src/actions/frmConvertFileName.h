@@ -41,6 +41,10 @@ public:
 
     void reject() override;
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
+    void openUsualFilm();
     QWidget *m_progressLine; ///< lblPercent and ProgressBar1
 };

@@ -123,6 +123,17 @@ void frmSelectBatchDir::Form_QueryUnload(bool &cancel)
     cancel = !globals.ProgramExiting;
 }
 
+/// Not every window system tells of an activation each time that a window comes up.
+void frmSelectBatchDir::showEvent(QShowEvent *event)
+{
+    FormDialog::showEvent(event);
+    const auto activate = [this] {
+        if (isVisible() && !m_opened)
+            Form_Activate();
+    };
+    QMetaObject::invokeMethod(this, activate, Qt::QueuedConnection);
+}
+
 void frmSelectBatchDir::hideEvent(QHideEvent *event)
 {
     FormDialog::hideEvent(event);

@@ -480,6 +480,11 @@ void tst_filetransfer::whatIsNoLongerWantedLeavesNothing()
         QVERIFY(allNames(disk.path()).isEmpty());
     }
     QVERIFY(FileExists(source));
+    // A drive that is pulled: its folder goes in the midst.
+    write("to/other", "");
+    const StillWanted pull = [&] { return QDir(path("to")).removeRecursively(); };
+    QCOMPARE(copyFile(source, path("to/copy"), true, pull).kind, Kind::Failed);
+    QCOMPARE(allNames(m_folder->path()), QStringList(QStringLiteral("source")));
 }
 
 void tst_filetransfer::aKillLeavesTheOldFileOrTheNew_data()
