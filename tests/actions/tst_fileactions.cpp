@@ -86,7 +86,6 @@ private Q_SLOTS:
     void copyingTakesTheSelectedAndLeavesTheList();
     void aDeclinedCopyCounts();
     void aListOfOneEntryIsNotCopied();
-    void copyingNothingReportsNothing();
     void movingAsksWithTheWordsOfCopyingAndReplaces();
     void movingAllLeavesTheCounterAtNothing();
     void deletingSomeShowsTheFirst();
@@ -108,17 +107,20 @@ private:
     ListBox &list() { return *window().lstDisplay; }
     frmConvertFileName &progress() { return form<frmConvertFileName>(); }
     QString folder(const char *name) const { return m_home->path() + QLatin1String(name) + QLatin1Char('/'); }
-    QString target() const { return folder("target"); }
+    QString target() const { return m_target; }
     /// Files a.png, b.png ... as the list; only those of `selected` are selected.
     void fill(int count, const QList<int> &selected);
     QString file(int index) const { return folder("from") + QLatin1Char(char('a' + index)) + QLatin1String(".png"); }
     /// The picker that comes up is answered by the button, once it stands at the target folder.
     void answerPicker(bool ok = true);
-    void run(const QString &command);
+    void start(const QString &command);
+    /// Gives a command with these answers, and looks at the progress window at its first yield.
+    void run(const QString &command, const QVector<Answer> &answers);
     void verifyAtRest();
 
     std::unique_ptr<TemporaryHome> m_home;
     ScriptedDialogs *m_dialogs = nullptr;
+    QString m_target; ///< the folder that the picker is to stand at
     QString m_pickerTitle;
     QString m_progressTitle; ///< while the run was at its first yield
     QSize m_progressSize;
@@ -133,6 +135,7 @@ void tst_fileactions::initTestCase()
 void tst_fileactions::init()
 {
     m_dialogs = &ScriptedDialogs::install();
+    m_target = folder("target");
     for (const char *name : {"from", "target"}) {
         QDir(folder(name)).removeRecursively();
         QDir().mkpath(folder(name));
@@ -161,6 +164,7 @@ void tst_fileactions::fill(int count, const QList<int> &selected)
         QVERIFY(list().addItem(file(index)));
     }
     window().lblCount->setText(QString::number(count));
+    window().UpdateMenuAndToolbarState();
     const ScopedFlag busy(globals.ItemSelectionBusy);
     for (const int index : selected)
         list().setSelected(index, true);
@@ -180,8 +184,20 @@ void tst_fileactions::answerPicker(bool ok)
     poll->start(0);
 }
 
-void tst_fileactions::run(const QString &command)
+void tst_fileactions::start(const QString &command)
 {
+    if (command == QLatin1String("copy"))
+        window().mnuEditCopyFilesTo_Click();
+    else if (command == QLatin1String("move"))
+        window().mnuEditMoveFilesTo_Click();
+    else
+        window().mnuEditDeleteFiles_Click();
+}
+
+void tst_fileactions::run(const QString &command, const QVector<Answer> &answers)
+{
+    for (const Answer answer : answers)
+        m_dialogs->answer(answer);
     setYieldHook([this](int) {
         if (m_progressTitle.isEmpty() && progress().isVisible()) {
             m_progressTitle = progress().windowTitle();
@@ -190,12 +206,7 @@ void tst_fileactions::run(const QString &command)
     });
     if (command != QLatin1String("delete"))
         answerPicker();
-    if (command == QLatin1String("copy"))
-        window().mnuEditCopyFilesTo_Click();
-    else if (command == QLatin1String("move"))
-        window().mnuEditMoveFilesTo_Click();
-    else
-        window().mnuEditDeleteFiles_Click();
+    start(command);
     setYieldHook({});
 }
 
@@ -348,20 +359,14 @@ void tst_fileactions::withoutAnAnswerNothingBegins()
     QFETCH(QString, command);
     // Nothing to act on: nothing is asked.
     window().ClearDisplayList();
-    if (command == QLatin1String("copy"))
-        window().mnuEditCopyFilesTo_Click();
-    else if (command == QLatin1String("move"))
-        window().mnuEditMoveFilesTo_Click();
-    else
-        window().mnuEditDeleteFiles_Click();
+    start(command);
     fill(3, {0, 2});
     if (command != QLatin1String("delete")) {
         answerPicker(false);
-        command == QLatin1String("copy") ? window().mnuEditCopyFilesTo_Click() : window().mnuEditMoveFilesTo_Click();
+        start(command);
         QVERIFY(m_dialogs->boxes.isEmpty());
     }
-    m_dialogs->answer(Answer::No);
-    run(command);
+    run(command, {Answer::No});
     QCOMPARE(m_dialogs->boxes.size(), qsizetype(1));
     QCOMPARE(namesIn(folder("from")), QStringLiteral("a.png b.png c.png"));
     QCOMPARE(namesIn(target()), QString());
@@ -374,10 +379,8 @@ void tst_fileactions::copyingTakesTheSelectedAndLeavesTheList()
 {
     fill(5, {1, 3, 4});
     const QStringList before = list().items();
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
     progress().lblPercent->setText(QStringLiteral("as it was"));
-    run(QStringLiteral("copy"));
+    run(QStringLiteral("copy"), {Answer::Yes, Answer::Ok});
     QCOMPARE(m_pickerTitle, QStringLiteral("Tessaly Lumora - Select Copy To...Directory"));
     QCOMPARE(m_progressTitle, QStringLiteral("Coping File(s):"));
     QCOMPARE(m_dialogs->boxes.size(), qsizetype(2));
@@ -410,9 +413,7 @@ void tst_fileactions::aDeclinedCopyCounts()
     QFile source(file(1));
     QVERIFY(source.open(QIODevice::ReadWrite) && source.setFileTime(old, QFileDevice::FileModificationTime));
     source.close();
-    for (const Answer answer : {Answer::Yes, Answer::No, Answer::Yes, Answer::Ok})
-        m_dialogs->answer(answer);
-    run(QStringLiteral("copy"));
+    run(QStringLiteral("copy"), {Answer::Yes, Answer::No, Answer::Yes, Answer::Ok});
     const QString name = QStringLiteral("b.png : ");
     const auto dated = [&](const QDateTime &time) { return name + QLocale().toString(time, QLocale::ShortFormat); };
     // Its answer was Yes, so the time of the file there is the source's by now.
@@ -433,23 +434,15 @@ void tst_fileactions::aDeclinedCopyCounts()
 void tst_fileactions::aListOfOneEntryIsNotCopied()
 {
     fill(1, {0});
-    m_dialogs->answer(Answer::Yes);
-    run(QStringLiteral("copy"));
+    run(QStringLiteral("copy"), {Answer::Yes});
     QCOMPARE(m_dialogs->boxes.size(), qsizetype(1));
     QCOMPARE(namesIn(target()), QString());
     QCOMPARE(progress().windowTitle(), QStringLiteral("Converting File:"));
     verifyAtRest();
-}
-
-void tst_fileactions::copyingNothingReportsNothing()
-{
-    for (const int count : {1, 3}) {
-        fill(count, {});
-        m_dialogs->answer(Answer::Yes);
-        m_dialogs->answer(Answer::Ok);
-        run(QStringLiteral("copy"));
-        QCOMPARE(m_dialogs->boxes.last().text, QStringLiteral("0 Files have been successfully copied on your system!"));
-    }
+    // Not selected it is no way to be on: nothing is copied, and that is told.
+    fill(1, {});
+    run(QStringLiteral("copy"), {Answer::Yes, Answer::Ok});
+    QCOMPARE(m_dialogs->boxes.last().text, QStringLiteral("0 Files have been successfully copied on your system!"));
 }
 
 void tst_fileactions::movingAsksWithTheWordsOfCopyingAndReplaces()
@@ -459,9 +452,7 @@ void tst_fileactions::movingAsksWithTheWordsOfCopyingAndReplaces()
     list().setSelected(2, true);
     m_home->write(QStringLiteral("target/c.png"), "old");
     const QByteArray moved = contents(file(2));
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(QStringLiteral("move"));
+    run(QStringLiteral("move"), {Answer::Yes, Answer::Ok});
     QCOMPARE(m_pickerTitle, QStringLiteral("Tessaly Lumora - Select Move To...Directory"));
     QVERIFY2(m_progressTitle.isEmpty(), "the move showed a window");
     verifyBox(m_dialogs->boxes[0], "Copy files?",
@@ -489,9 +480,7 @@ void tst_fileactions::movingAllLeavesTheCounterAtNothing()
     fill(2, {0, 1});
     list().selectOnly(1);
     list().setSelected(0, true);
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(QStringLiteral("move"));
+    run(QStringLiteral("move"), {Answer::Yes, Answer::Ok});
     QCOMPARE(list().count(), 2);
     QCOMPARE(window().lblCount->text(), QStringLiteral("0"));
     QCOMPARE(globals.CurrentMediaFile, target() + QStringLiteral("a.png"));
@@ -503,9 +492,7 @@ void tst_fileactions::deletingSomeShowsTheFirst()
     fill(4, {0, 3});
     list().selectOnly(3);
     list().setSelected(0, true);
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(QStringLiteral("delete"));
+    run(QStringLiteral("delete"), {Answer::Yes, Answer::Ok});
     verifyBox(m_dialogs->boxes[0], "Delete files?",
         QStringLiteral("Are you sure you want to delete the selected file(s) in the display list from your computer?"),
         Icon::Question);
@@ -530,9 +517,7 @@ void tst_fileactions::deletingAllEmptiesTheViewer()
     fill(3, {0, 1, 2});
     list().selectOnly(1);
     list().selectAll();
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(QStringLiteral("delete"));
+    run(QStringLiteral("delete"), {Answer::Yes, Answer::Ok});
     QCOMPARE(namesIn(folder("from")), QString());
     QVERIFY(list().isEmpty() && window().Image1->isEmpty());
     QCOMPARE(window().lblCount->text(), QStringLiteral("0"));
@@ -545,9 +530,7 @@ void tst_fileactions::deletingKeepsWhatTheCounterForgot()
     // Two were moved, which has lowered the counter; now it comes to nothing while two entries are left.
     fill(4, {2, 3});
     window().lblCount->setText(QStringLiteral("2"));
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(QStringLiteral("delete"));
+    run(QStringLiteral("delete"), {Answer::Yes, Answer::Ok});
     QCOMPARE(list().items(), QStringList({file(0), file(1)}));
     QVERIFY(window().Image1->isEmpty());
 }
@@ -571,10 +554,7 @@ void tst_fileactions::anAccessErrorIsAskedAboutAgain()
         QDir().mkpath(target() + QStringLiteral("b.png"));
     }
     const bool remove = command == QLatin1String("delete");
-    m_dialogs->answer(Answer::Yes);
-    for (const Answer answer : {Answer::Yes, Answer::Yes, Answer::No})
-        m_dialogs->answer(answer);
-    run(command);
+    run(command, {Answer::Yes, Answer::Yes, Answer::Yes, Answer::No});
     QCOMPARE(m_dialogs->boxes.size(), qsizetype(4));
     const char *const title = remove       ? "Delete files?"
         : command == QLatin1String("copy") ? "Copy files?"
@@ -605,8 +585,7 @@ void tst_fileactions::anyOtherFailureEndsSilently()
     QFETCH(QString, command);
     fill(3, {0, 1, 2});
     QVERIFY(QFile::remove(file(1)));
-    m_dialogs->answer(Answer::Yes);
-    run(command);
+    run(command, {Answer::Yes});
     QCOMPARE(m_dialogs->boxes.size(), qsizetype(1));
     QCOMPARE(namesIn(folder("from")),
         command == QLatin1String("copy") ? QStringLiteral("a.png c.png") : QStringLiteral("a.png"));
@@ -618,25 +597,14 @@ void tst_fileactions::anyOtherFailureEndsSilently()
     QDir(folder("from")).removeRecursively();
     QDir().mkpath(folder("from"));
     fill(2, {0, 1});
-    saveOption("LastVisitedFolder", folder("from"));
-    auto *poll = new QTimer(this);
-    connect(poll, &QTimer::timeout, this, [this, poll] {
-        if (form<frmSelectBatchDir>().Dir1->path() + QLatin1Char('/') != folder("from"))
-            return;
-        poll->deleteLater();
-        form<frmSelectBatchDir>().cmdOK->click();
-    });
-    poll->start(0);
     const QByteArray before = contents(file(1));
-    m_dialogs->answer(Answer::Yes);
-    if (command == QLatin1String("copy")) {
-        m_dialogs->answer(Answer::Yes);
-        window().mnuEditCopyFilesTo_Click();
-    } else {
-        window().mnuEditMoveFilesTo_Click();
-    }
+    const QString names = namesIn(folder("from"));
+    m_target = folder("from");
+    saveOption("LastVisitedFolder", m_target);
+    run(command,
+        command == QLatin1String("copy") ? QVector<Answer>{Answer::Yes, Answer::Yes} : QVector<Answer>{Answer::Yes});
     QCOMPARE(contents(file(1)), before);
-    QCOMPARE(namesIn(folder("from")), QStringLiteral("a.png b.png"));
+    QCOMPARE(namesIn(m_target), names);
     QCOMPARE(window().lblCount->text(), QStringLiteral("2"));
 }
 
@@ -699,9 +667,7 @@ void tst_fileactions::aPlayingFileIsReleased()
     window().lblCount->setText(QStringLiteral("3"));
     list().selectOnly(2);
     QCOMPARE(quiet->file, video);
-    m_dialogs->answer(Answer::Yes);
-    m_dialogs->answer(Answer::Ok);
-    run(command);
+    run(command, {Answer::Yes, Answer::Ok});
     QVERIFY(!FileExists(video));
     QCOMPARE(quiet->file, QString());
     QVERIFY(window().Picture1->isVisible() && !window().wmp9->isVisible());
@@ -740,12 +706,7 @@ void tst_fileactions::nothingWrongComesOfAYield()
         [&] {
             if (command != QLatin1String("delete"))
                 answerPicker();
-            if (command == QLatin1String("copy"))
-                window().mnuEditCopyFilesTo_Click();
-            else if (command == QLatin1String("move"))
-                window().mnuEditMoveFilesTo_Click();
-            else
-                window().mnuEditDeleteFiles_Click();
+            start(command);
         },
         [&] {
             if (what == QLatin1String("the list is emptied")) {
