@@ -54,7 +54,7 @@ needs_display() {
     for argument in "$@"; do
         case $argument in
         --) break ;;
-        -h | --help | -v | --version) return 1 ;;
+        -h | --help | -v | --version | --convert | --convert=*) return 1 ;;
         esac
     done
     [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # video.sh [ROUNDS]
 # Processor time of playing a video of 1280 x 720 at 30 frames a second with sound: Lumora beside mpv, the same file at the same
-# size on the same virtual display, without a sound device, the median of ROUNDS (default 5) stretches of 10 seconds each in
-# turns. mpv draws with its X11 output, which costs it least where there is no graphics card.
+# size on the same virtual display and without a sound device. Both play at the same time, so that whatever else the machine
+# does disturbs both alike: the median of ROUNDS (default 5) stretches of 15 seconds. mpv draws with its X11 output, which
+# costs it least where there is no graphics card.
 # LUMORA=program measures another build.
 set -euo pipefail
 
@@ -10,7 +11,7 @@ here=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
 root=$(dirname -- "$here")
 rounds=${1:-5}
 build="$root/build/bench"
-stretch=10 # seconds that are measured
+stretch=15 # seconds that are measured
 lead=3     # seconds of playing before that
 
 "$root/packaging/require.sh" build run check
@@ -26,17 +27,20 @@ fi
 lumora=${LUMORA:-$build/bin/lumora}
 
 work=$(mktemp -d)
-player=
+lumora_pid=
+mpv_pid=
 # shellcheck source=../tools/display.sh
 . "$root/tools/display.sh"
-end_player() {
-    if [ -n "$player" ]; then
-        kill "$player" 2> /dev/null || true
-        wait "$player" 2> /dev/null || true
-        player=
-    fi
+end_players() {
+    local pid
+    for pid in $lumora_pid $mpv_pid; do
+        kill "$pid" 2> /dev/null || true
+        wait "$pid" 2> /dev/null || true
+    done
+    lumora_pid=
+    mpv_pid=
 }
-trap 'end_player; stop_virtual_display; rm -rf -- "$work"' EXIT
+trap 'end_players; stop_virtual_display; rm -rf -- "$work"' EXIT
 mkdir -p -- "$work/home"
 mkdir -m 0700 -- "$work/run"
 
@@ -44,7 +48,7 @@ film="$work/film.avi"
 ffmpeg -v error -f lavfi -i testsrc2=size=1280x720:rate=30:duration=30 -f lavfi -i sine=frequency=440:duration=30 \
     -c:v mpeg4 -vtag XVID -b:v 4M -c:a libmp3lame -b:a 128k "$film"
 ffmpeg -v error -f lavfi -i color=c=red:size=1280x720:rate=30:duration=2 -c:v mpeg4 -vtag XVID -qscale:v 2 "$work/red.avi"
-start_virtual_display 1280x1024
+start_virtual_display 2400x1024
 
 own_home=(env -u XDG_CONFIG_HOME -u XDG_DATA_HOME -u XDG_CACHE_HOME -u XDG_STATE_HOME -u DBUS_SESSION_BUS_ADDRESS
     HOME="$work/home" XDG_RUNTIME_DIR="$work/run" LUMORA_APP_FOLDER="$work/home/" NO_AT_BRIDGE=1 QT_QPA_PLATFORM=xcb)
@@ -60,17 +64,6 @@ print(f"{box[2] - box[0]}x{box[3] - box[1]}")
 END
 )
 
-lumora_plays() {
-    "${own_home[@]}" "$lumora" "$film" 2>> "$work/log" &
-    player=$!
-}
-
-mpv_plays() {
-    "${own_home[@]}" mpv --no-config --really-quiet --vo=x11 --hwdec=no --ao=null --osd-level=0 --osc=no --load-scripts=no \
-        --ytdl=no --geometry="$size" "$film" 2>> "$work/log" &
-    player=$!
-}
-
 # Clock ticks that a process and its threads have used.
 ticks() {
     local fields
@@ -78,26 +71,30 @@ ticks() {
     printf '%s\n' $((fields[11] + fields[12]))
 }
 
-# Per cent of one processor over the stretch.
-measure() {
-    local before
-    "$1"
+percent() { awk -v ticks="$1" -v seconds="$stretch" -v rate="$(getconf CLK_TCK)" 'BEGIN { print 100 * ticks / seconds / rate }'; }
+
+for ((round = 0; round < rounds; round++)); do
+    "${own_home[@]}" "$lumora" "$film" 2>> "$work/log" &
+    lumora_pid=$!
+    "${own_home[@]}" mpv --no-config --really-quiet --vo=x11 --hwdec=no --ao=null --osd-level=0 --osc=no --load-scripts=no \
+        --ytdl=no --geometry="$size-0-0" "$film" 2>> "$work/log" &
+    mpv_pid=$!
     sleep "$lead"
-    before=$(ticks "$player")
+    lumora_before=$(ticks "$lumora_pid")
+    mpv_before=$(ticks "$mpv_pid")
     sleep "$stretch"
-    printf '%s\n' "$(ticks "$player") $before $stretch $(getconf CLK_TCK)" | awk '{ print 100 * ($1 - $2) / $3 / $4 }'
-    end_player
-}
+    lumora_ticks=$(($(ticks "$lumora_pid") - lumora_before))
+    mpv_ticks=$(($(ticks "$mpv_pid") - mpv_before))
+    end_players
+    percent "$lumora_ticks" >> "$work/lumora"
+    percent "$mpv_ticks" >> "$work/mpv"
+    awk -v a="$lumora_ticks" -v b="$mpv_ticks" 'BEGIN { print a / b }' >> "$work/ratio"
+done
 
 median() { sort -n -- "$1" | awk '{ value[NR] = $1 } END { print (value[int((NR + 1) / 2)] + value[int(NR / 2) + 1]) / 2 }'; }
 
-for ((round = 0; round < rounds; round++)); do
-    for name in lumora mpv; do
-        measure "${name}_plays" >> "$work/$name"
-    done
-done
-
-printf 'video of 1280 x 720 at 30 frames a second, shown at %s, %s stretches of %s s each in turns\n' "$size" "$rounds" "$stretch"
+printf 'video of 1280 x 720 at 30 frames a second, shown at %s, %s stretches of %s s\n' "$size" "$rounds" "$stretch"
 for name in lumora mpv; do
     printf '%-8s median %5.1f %% of one processor   least %5.1f %%\n' "$name" "$(median "$work/$name")" "$(sort -n -- "$work/$name" | head -n 1)"
 done
+printf 'ratio    median %5.2f\n' "$(median "$work/ratio")"

@@ -1,10 +1,11 @@
 // Times the Main Viewer from the inside: the next picture with and without its neighbour decoded ahead, and a full
-// list.
+// list with what the list management does to it.
 //
 //     viewer_bench FOLDER      a folder of large JPEGs, see bench/README.md
 //
 // Prints one line per figure: name, median, worst, unit.
 
+#include "actions/frmListManagement.h"
 #include "app/globals.h"
 #include "app/settings.h"
 #include "engine/decode.h"
@@ -129,6 +130,60 @@ void timeList(frmMainViewer &window, const QString &folder)
     window.ClearDisplayList();
 }
 
+/// Every other entry is of another type: the selection is in as many pieces as it can be.
+void timeListManagement(frmMainViewer &viewer)
+{
+    static constexpr const char *types[] = {"jpg", "png", "gif", "tif"};
+    QStringList paths;
+    for (int i = 0; i < ListBox::maximumCount; ++i)
+        paths.append(QStringLiteral("/srv/somebody/Pictures/Journey %1/picture with a usual name %2.%3")
+                         .arg(i / 300)
+                         .arg(i)
+                         .arg(QLatin1String(types[i % 4])));
+    auto &management = form<frmListManagement>();
+    management.chkFileType.setAll(true);
+    const auto box = [&](const QString &caption) {
+        for (const TypeBox &row : typeBoxes()) {
+            if (caption == QLatin1String(row.caption))
+                management.chkFileType[row.index]->setChecked(true);
+        }
+    };
+    const std::pair<const char *, int> actions[] = {{"find a text in the full list", -1},
+        {"select all types in the full list", 0}, {"clear all types in the full list", 1},
+        {"reverse two of four types", 2}, {"remove every other entry", 3}};
+    QVector<double> times[5];
+    management.txtFindWhat->setText(QStringLiteral("NAME 1"));
+    for (int round = 0; round < 7; ++round) {
+        viewer.ClearDisplayList();
+        viewer.lstDisplay->addItems(paths);
+        viewer.lblCount->setText(QString::number(paths.size()));
+        viewer.tabFileList->setCurrentIndex(1);
+        viewer.lstDisplay->setListIndex(0);
+        management.optChangesApplyTo[1]->setChecked(true);
+        management.chkFileType.setAll(true);
+        viewer.lstDisplay->repaint();
+        for (int action = 0; action < 5; ++action) {
+            if (action == 3) {
+                management.chkFileType.setAll(false);
+                box(QStringLiteral("(.JPG)"));
+                box(QStringLiteral("(.GIF)"));
+            }
+            QElapsedTimer timer;
+            timer.start();
+            if (actions[action].second < 0)
+                management.cmdFind_Click();
+            else
+                management.cmdAction_Click(actions[action].second);
+            viewer.lstDisplay->repaint();
+            times[action].append(double(timer.nsecsElapsed()) / 1e6);
+        }
+    }
+    for (int action = 0; action < 5; ++action)
+        report(actions[action].first, times[action]);
+    unload<frmListManagement>();
+    viewer.ClearDisplayList();
+}
+
 }
 
 int main(int argc, char **argv)
@@ -145,6 +200,7 @@ int main(int argc, char **argv)
     window.show();
     waitFor(500);
     timeList(window, home.path());
+    timeListManagement(window);
     if (argc > 1) {
         const QString folder = QString::fromLocal8Bit(argv[1]);
         QStringList pictures;

@@ -34,6 +34,24 @@ seed() {
     done
 }
 
+# The processor time of a process in whole seconds; nothing when it has ended.
+processor_seconds() {
+    local fields
+    { read -r -a fields < "/proc/$1/stat"; } 2> /dev/null || return 0
+    [ "${fields[2]}" = Z ] || echo $(((fields[13] + fields[14]) / $(getconf CLK_TCK)))
+}
+
+# Asks a fuzzer to end once it has used its time; a busy machine makes it last longer, not do less. Sets `used`.
+stop_after() {
+    local seconds=$1 process=$2 now
+    used=0
+    while now=$(processor_seconds "$process") && [ -n "$now" ]; do
+        used=$now
+        [ "$used" -lt "$seconds" ] || { kill -USR1 "$process" 2> /dev/null || true; return; }
+        sleep 2
+    done
+}
+
 status=0
 for name in "${names[@]}"; do
     corpus="$root/build/fuzz/corpus/$name"
@@ -42,9 +60,12 @@ for name in "${names[@]}"; do
     mkdir -p -- "$found"
     LSAN_OPTIONS=suppressions=$root/tests/support/lsan.supp \
         ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1:malloc_context_size=8 \
-        nice -n 19 "$programs/fuzz_$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
-        -print_final_stats=1 -artifact_prefix="$found/" "$corpus" > "$root/build/fuzz/$name.log" 2>&1 || status=1
-    rmdir -- "$found" 2> /dev/null || printf '%s: something was found, see %s\n' "$name" "$found"
-    printf '%-12s %s\n' "$name" "$(grep -E 'number_of_executed_units|DONE' "$root/build/fuzz/$name.log" | tr -s ' \n' ' ')"
+        nice -n 19 "$programs/fuzz_$name" -timeout=300 -report_slow_units=120 -rss_limit_mb=2048 -max_len=65536 \
+        -print_final_stats=1 -artifact_prefix="$found/" "$corpus" > "$root/build/fuzz/$name.log" 2>&1 &
+    stop_after "$seconds" "$!"
+    wait "$!" || { status=1; printf '%s: something was found, see %s\n' "$name" "$found"; }
+    rmdir -- "$found" 2> /dev/null || true
+    printf '%-12s %4d s  %s\n' "$name" "$used" \
+        "$(grep -E 'number_of_executed_units' "$root/build/fuzz/$name.log" | tr -s ' \n' ' ')"
 done
 exit "$status"

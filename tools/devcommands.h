@@ -28,6 +28,7 @@ int decodeFiles(const QStringList &arguments);
 int probeFiles(const QStringList &arguments);
 int encodeFile(const QStringList &arguments);
 int formats(const QStringList &arguments);
+int playFiles(const QStringList &arguments);
 int meta(const QStringList &arguments);
 int list(const QStringList &arguments);
 int settings(const QStringList &arguments);

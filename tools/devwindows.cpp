@@ -4,6 +4,7 @@
 #include "app/mediatypes.h"
 #include "app/startup.h"
 #include "engine/picturecache.h"
+#include "engine/player.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "viewer/frmMainViewer.h"
@@ -22,6 +23,7 @@
 namespace {
 
 constexpr int paintedWithin = 20000; // milliseconds
+constexpr int lookInterval = 20; // milliseconds between two looks at the player
 
 /// The windows that a command brought up; they go when it ends, without the questions and savings of a normal end.
 class ShownWindow
@@ -79,6 +81,9 @@ void letEventsIn()
 /// Puts files into the Main Viewer's list and waits until the first stands painted. False when it does not in time.
 bool openFiles(frmMainViewer &viewer, const QStringList &files)
 {
+    const bool motion = GetMediaKind(files.constFirst()) == kindMotion;
+    if (motion && playerIsPresent())
+        globals.MediaPlayerVersion = 9.0F;
     QEventLoop loop;
     bool painted = false;
     QObject::connect(&viewer, &frmMainViewer::itemPainted, &loop, [&] {
@@ -86,8 +91,14 @@ bool openFiles(frmMainViewer &viewer, const QStringList &files)
         loop.quit();
     });
     viewer.addDroppedFiles(files);
-    if (GetMediaKind(files.constFirst()) == kindMotion)
-        return true;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
+        painted = viewer.wmp9->isReady();
+        if (painted)
+            loop.quit();
+    });
+    if (motion)
+        look.start(lookInterval);
     if (!painted) {
         QTimer::singleShot(paintedWithin, &loop, &QEventLoop::quit);
         loop.exec();

@@ -26,6 +26,7 @@ std::span<const Command> commands()
         {"encode", "IN BATCHINDEX OUT [--quality N] [--diffuse]", "writes a picture as batch conversion would", Command::Pictures, encodeFile},
         {"formats", "", "lists the codecs", Command::Pictures, formats},
         {"meta", "FILE...", "shows the texts and the raw blocks that picture files carry", Command::Pictures, meta},
+        {"play", "FILE... [--silent]", "plays files to their end and says when that came", Command::Pictures, playFiles},
         {"list", "FILE.Lsl", "shows what a list file holds", Command::Pictures, list},
         {"settings", "", "lists the stored settings", Command::Pictures, settings},
     };

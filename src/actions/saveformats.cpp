@@ -223,11 +223,15 @@ std::optional<SavePlan> editorSavePlan(int dialogIndex, const SaveOptions &optio
     return plan;
 }
 
+bool takeStep(const SaveStep &step, PolyImage &image, const std::function<void()> &refreshScreen)
+{
+    return std::visit(StepRunner{image, refreshScreen}, step);
+}
+
 bool prepareForSave(const SavePlan &plan, PolyImage &image, const std::function<void()> &refreshScreen)
 {
-    return std::all_of(plan.steps.begin(), plan.steps.end(), [&](const SaveStep &step) {
-        return std::visit(StepRunner{image, refreshScreen}, step);
-    });
+    return std::all_of(plan.steps.begin(), plan.steps.end(),
+        [&](const SaveStep &step) { return takeStep(step, image, refreshScreen); });
 }
 
 bool saveByPlan(const SavePlan &plan, PolyImage &image, const QString &path, const std::function<void()> &refreshScreen)

@@ -111,6 +111,8 @@ std::optional<SavePlan> mainViewerSavePlan(int dialogIndex, const SaveOptions &o
 std::optional<SavePlan> batchSavePlan(int batchIndex, const SaveOptions &options);
 std::optional<SavePlan> editorSavePlan(int dialogIndex, const SaveOptions &options);
 
+/// One step; false with the reason in PolyLastError.
+bool takeStep(const SaveStep &step, PolyImage &image, const std::function<void()> &refreshScreen = {});
 /// The steps before the write. Ends at the first that fails, with the reason in PolyLastError.
 bool prepareForSave(const SavePlan &plan, PolyImage &image, const std::function<void()> &refreshScreen = {});
 /// The whole of a plan. Nothing is written when the preparation fails.

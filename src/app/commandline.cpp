@@ -1,5 +1,6 @@
 #include "app/commandline.h"
 
+#include "app/convertline.h"
 #include "platform/filepath.h"
 
 #include <QCoreApplication>
@@ -14,17 +15,6 @@ QString tr(const char *text)
 bool isFileUri(const QString &text)
 {
     return text.startsWith(QLatin1String("file://"), Qt::CaseInsensitive);
-}
-
-/// What an argument that is no option names. A URI of another computer is no path here and stays as it was typed.
-QString pathOfArgument(const QString &argument, const QString &currentFolder)
-{
-    if (isFileUri(argument)) {
-        const QString path = pathFromFileUri(argument);
-        if (!path.isEmpty())
-            return absolutePath(path, currentFolder);
-    }
-    return absolutePath(argument, currentFolder);
 }
 
 /// Quotes delimit the paths of a command and a command is one line, so that such paths need another form.
@@ -154,6 +144,16 @@ private:
 
 } // namespace
 
+QString pathOfArgument(const QString &argument, const QString &currentFolder)
+{
+    if (isFileUri(argument)) {
+        const QString path = pathFromFileUri(argument);
+        if (!path.isEmpty())
+            return absolutePath(path, currentFolder);
+    }
+    return absolutePath(argument, currentFolder);
+}
+
 CommandLine parseCommandLine(const QStringList &arguments, const QString &currentFolder)
 {
     return ArgumentReader(arguments, currentFolder).read();
@@ -207,7 +207,8 @@ QString helpText()
               "  --screenshot FILE    write the window as a PNG file once its picture stands, and end\n"
               "  -h, --help           show this text and end\n"
               "  -v, --version        show the version and end\n"
-              "  --                   whatever follows is a file or folder\n");
+              "  --                   whatever follows is a file or folder\n")
+        + convertHelpText();
 }
 
 QString versionText()

@@ -20,6 +20,10 @@ struct CommandLine
 /// too.
 CommandLine parseCommandLine(const QStringList &arguments, const QString &currentFolder);
 
+/// What an argument that is no option names, as a full path. A URI of another computer is no path here and stays as it
+/// was typed.
+QString pathOfArgument(const QString &argument, const QString &currentFolder);
+
 /// The text of a command that carries paths: each in double quotes with a blank between; a path with a double quote, a
 /// line break or foreign bytes goes as a file:// URI.
 QString fileCommand(const QStringList &paths);

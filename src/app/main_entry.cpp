@@ -1,3 +1,4 @@
+#include "actions/convertcommand.h"
 #include "app/startup.h"
 
 #include "engine/isolation.h"
@@ -15,5 +16,6 @@ int main(int argc, char **argv)
         arguments.append(pathFromBytes(argv[i]));
     const int status = Main(arguments);
     stopDecoderProcesses();
+    endAsBySignal(status);
     return status;
 }

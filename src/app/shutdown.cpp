@@ -1,3 +1,7 @@
+#include "actions/frmConvertFileName.h"
+#include "actions/frmConvertFileType.h"
+#include "actions/frmListManagement.h"
+#include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"
@@ -11,6 +15,7 @@
 #include "shell/frmGradient.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
+#include "thumbnails/frmDataBase.h"
 #include "ui/yield.h"
 #include "viewer/frmBackground.h"
 #include "viewer/frmFileListForm.h"
@@ -62,15 +67,15 @@ constexpr std::array formRows{
     window<frmBrowseFolder>("frmBrowseFolder"),
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
-    notInThisBuild("frmConvertFileName"),
-    notInThisBuild("frmConvertFileType"),
+    window<frmConvertFileName>("frmConvertFileName"),
+    window<frmConvertFileType>("frmConvertFileType"),
     hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
     window<frmGradient>("frmGradient"),
     notInThisBuild("frmHistogram"),
     notInThisBuild("frmPixelonText"),
     window<frmIntroSelect>("frmIntroSelect"),
-    notInThisBuild("frmListManagement"),
+    window<frmListManagement>("frmListManagement"),
     window<frmlocatefiles>("frmlocatefiles"),
     window<frmMessage>("frmMessage"),
     notInThisBuild("frmNew"),
@@ -81,12 +86,12 @@ constexpr std::array formRows{
     notInThisBuild("frmResize"),
     notInThisBuild("frmResizePictures"),
     notInThisBuild("frmScrollingAbout"),
-    notInThisBuild("frmSelectBatchDir"),
+    window<frmSelectBatchDir>("frmSelectBatchDir"),
     window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),
-    notInThisBuild("frmDataBase"),
+    hiddenWindow<frmDataBase>("frmDataBase"),
     window<frmTip>("frmTip"),
     notInThisBuild("frmUndo"),
     notInThisBuild("frmZoomLevel"),

@@ -1,8 +1,10 @@
 #include "app/startup.h"
 
 #include "app/allsettings.h"
+#include "app/appdata.h"
 #include "app/checkjpg.h"
 #include "app/commandline.h"
+#include "app/convertline.h"
 #include "app/desktopservice.h"
 #include "app/endsignals.h"
 #include "app/frmIntroSelect.h"
@@ -13,6 +15,7 @@
 #include "app/screenshot.h"
 #include "app/settings.h"
 #include "editor/frmZoomView.h"
+#include "engine/isolation.h"
 #include "engine/picturecache.h"
 #include "engine/player.h"
 #include "platform/dialogs.h"
@@ -35,7 +38,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
+#include <memory>
+#include <optional>
 
 namespace {
 Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
@@ -64,13 +68,6 @@ public:
         return false;
     }
 };
-
-QString currentFolder()
-{
-    std::error_code failed;
-    const std::string folder = std::filesystem::current_path(failed).native();
-    return failed ? QStringLiteral("/") : pathFromBytes(QByteArray::fromStdString(folder));
-}
 
 bool anyDisplay()
 {
@@ -211,6 +208,7 @@ void bringUpWindows(const CommandLine &line)
     globals.MediaPlayerVersion = 9.0f;
     regSettings().setCompany(QString());
     writeFirstStartKeys();
+    seedAppFolder();
     frmPreviousInstance::StartCommands = line.commands;
     form<frmPreviousInstance>();
     auto &viewer = form<frmMainViewer>();
@@ -293,19 +291,46 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     return status;
 }
 
-}
-
-int Main(const QStringList &arguments)
+/// --help, --version and a wrong command line: the exit status; else none.
+std::optional<int> answered(const auto &line)
 {
-    const CommandLine line = parseCommandLine(arguments, currentFolder());
     if (line.help || line.version) {
         print(stdout, line.help ? helpText() : versionText());
         return 0;
     }
-    if (!line.error.isEmpty()) {
-        print(stderr, line.error + QLatin1Char('\n'));
-        return 2;
-    }
+    if (line.error.isEmpty())
+        return std::nullopt;
+    print(stderr, line.error + QLatin1Char('\n'));
+    return 2;
+}
+
+/// A conversion needs neither a display nor the running program.
+int convert(const ConvertLine &line)
+{
+    if (const auto status = answered(line))
+        return *status;
+    char name[] = "lumora";
+    char *arguments[] = {name, nullptr};
+    int count = 1;
+    // Only drawings that are decoded in this very process need more, for their texts; a display they never need.
+    const bool draws = !decoderProcessesRun();
+    if (draws)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const std::unique_ptr<QCoreApplication> application(
+        draws ? new QGuiApplication(count, arguments) : new QCoreApplication(count, arguments));
+    std::setlocale(LC_NUMERIC, "C");
+    return runConvertCommand(line.command);
+}
+
+}
+
+int Main(const QStringList &arguments)
+{
+    if (asksForConversion(arguments))
+        return convert(parseConvertLine(arguments, workingFolder()));
+    const CommandLine line = parseCommandLine(arguments, workingFolder());
+    if (const auto status = answered(line))
+        return *status;
     // Without this the platform layer would abort the process.
     if (!anyDisplay()) {
         print(stderr, QStringLiteral("lumora: there is no display to show windows on\n"));

@@ -39,8 +39,8 @@ public:
     virtual double currentPosition() const = 0; ///< seconds
     virtual void setCurrentPosition(double seconds) = 0;
 
-    /// The frame of now, scaled with black bars into `size` device pixels; null when there is none (sound, nothing
-    /// loaded).
+    /// The frame of now, as large as it can be within `size` device pixels in its own shape; null when there is none
+    /// (sound, nothing loaded).
     virtual QImage frame(QSize size) = 0;
     /// Tells whether anybody looks: a hidden player decodes on but renders nothing.
     virtual void setVisible(bool visible) = 0;

@@ -1,6 +1,8 @@
 #include "engine/polyimage.h"
 
+#include "engine/ops/adjustments.h"
 #include "engine/ops/depth.h"
+#include "engine/ops/emboss.h"
 #include "engine/picturecache.h"
 
 namespace {
@@ -72,6 +74,36 @@ bool PolyImage::PolyReduceToBits(int bits, bool diffuse)
     return change([=](const Picture &picture) { return withReducedBits(picture, bits, diffuse); });
 }
 
+bool PolyImage::PolyAutoContrast(double clipFraction)
+{
+    return change([=](const Picture &picture) { return withAutoContrast(picture, clipFraction); });
+}
+
+bool PolyImage::PolyAutoLevel(double clipFraction)
+{
+    return change([=](const Picture &picture) { return withAutoLevel(picture, clipFraction); });
+}
+
+bool PolyImage::PolyGrayScale()
+{
+    return change(&inGreyScale);
+}
+
+bool PolyImage::PolyEmboss()
+{
+    return change([](const Picture &picture) { return embossed(picture); });
+}
+
+Result<QByteArray> PolyImage::encoded(TypeCode typeCode, bool diffuse) const
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    if (!picture)
+        return picture.failure();
+    EncodeOptions options = m_options;
+    options.diffuse = diffuse;
+    return encode(*picture, typeCode, options);
+}
+
 bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
 {
     const Result<Picture> picture = allPixelsOf(m_held.get());
@@ -82,6 +114,25 @@ bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
     options.diffuse = diffuse;
     if (const Result<void> saved = encodeFile(*picture, path, typeCode, options); !saved)
         m_lastError = QStringLiteral("The image could not be saved: %1.").arg(saved.reason());
+    return m_lastError.isEmpty();
+}
+
+QByteArray PolyImage::ImageBlobSave(TypeCode formatCode)
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    const Result<QByteArray> blob =
+        picture ? encode(*picture, formatCode, m_options) : Result<QByteArray>(picture.failure());
+    m_lastError = blob.reason();
+    return blob ? *blob : QByteArray();
+}
+
+bool PolyImage::ImageBlobLoad(const QByteArray &blob)
+{
+    const Result<Picture> picture =
+        blob.isEmpty() ? Result<Picture>(Failure{QStringLiteral("There is no image.")}) : decode({blob, QString()});
+    m_lastError = picture.reason();
+    if (picture)
+        m_held = LoadedPicture::fromPicture(*picture);
     return m_lastError.isEmpty();
 }
 

@@ -25,6 +25,12 @@ public:
     bool PolyReduceColors(int colors, int bits, bool diffuse);
     bool PolyReduceToBits(int bits, bool diffuse);
 
+    /// As in ops/adjustments.h and ops/emboss.h.
+    bool PolyAutoContrast(double clipFraction);
+    bool PolyAutoLevel(double clipFraction);
+    bool PolyGrayScale();
+    bool PolyEmboss();
+
     /// Options of the next saves; values out of range become the nearest one.
     void setPolyJpegFastSave(bool fast) { m_options.jpegFastSave = fast; }
     bool PolyJpegFastSave() const { return m_options.jpegFastSave; }
@@ -35,6 +41,15 @@ public:
     /// Writes the held picture in that format, whatever the name's extension says. An existing file is replaced as a
     /// whole or not at all.
     bool PolySave(const QString &path, TypeCode typeCode, bool diffuse);
+
+    /// The bytes that PolySave writes.
+    Result<QByteArray> encoded(TypeCode typeCode, bool diffuse) const;
+    /// The held picture as the bytes of a file of that format; empty on failure. Takes the options of the saves.
+    QByteArray ImageBlobSave(TypeCode formatCode);
+    /// Loads a picture from the bytes of a file, whatever its format is.
+    bool ImageBlobLoad(const QByteArray &blob);
+    /// As PolyWidth(), of what the blobs are about.
+    int PictureWidth() const { return PolyWidth(); }
 
     /// Takes a picture that another control has decoded.
     void setPolyPicture(std::shared_ptr<const LoadedPicture> picture) { m_held = std::move(picture); }

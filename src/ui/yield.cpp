@@ -1,5 +1,6 @@
 #include "ui/yield.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTimer>
 
@@ -34,6 +35,20 @@ void YieldFor(int milliseconds)
     QTimer end;
     end.start(milliseconds);
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void YieldUntil(const std::function<bool()> &ready)
+{
+    const YieldScope scope;
+    QCoreApplication::processEvents();
+    while (!ready())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void wakeYield()
+{
+    if (QAbstractEventDispatcher *const dispatcher = QCoreApplication::eventDispatcher())
+        dispatcher->wakeUp();
 }
 
 int yieldDepth()

@@ -6,6 +6,7 @@
 #include "ui/guards.h"
 #include "ui/yield.h"
 #include "viewer/foldersearch.h"
+#include "viewer/listfile.h"
 
 #include <utility>
 
@@ -48,12 +49,6 @@ void moveEntry(ListBox &list, int from, int to)
         list.removeItem(from);
         list.insertItem(to, text);
     }
-}
-
-bool isListFileName(const QString &path)
-{
-    return path.endsWith(QLatin1String(".lsl"), Qt::CaseInsensitive)
-        || path.endsWith(QLatin1String(".lst"), Qt::CaseInsensitive);
 }
 
 void showPosition(QLabel *label, int position)

@@ -32,8 +32,8 @@ const MenuRow rows[] = {
     {ITEM(mnuFileClear), "mnuFile", "&Zap Display Media List", "Ctrl+Shift+Z", "edit-clear-list", &V::ClearDisplayList},
     {ITEM(mnuFileSaveImageAs), "mnuFile", "-Save &Image As", "Ctrl+Alt+S", "document-save-as", &V::mnuFileSaveImageAs_Click},
     {ITEM(mnuFileSaveThumbnail), "mnuFile", "Save &Thumbnail of Current Image", "Ctrl+Alt+T", "", &V::mnuFileSaveThumbnail_Click},
-    {ITEM(mnuFileBatchConvertImages), "mnuFile", "&Batch Convert Images", "Ctrl+Alt+B", ""},
-    {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send"},
+    {ITEM(mnuFileBatchConvertImages), "mnuFile", "&Batch Convert Images", "Ctrl+Alt+B", "", &V::mnuFileBatchConvertImages_Click},
+    {ITEM(mnuFileSendToEmailAttachment), "mnuFile", "&E-mail Image as attachment", "Ctrl+Alt+E", "mail-send", &V::mnuFileSendToEmailAttachment_Click},
     {ITEM(mnuFilePrintImage), "mnuFile", "-&Print Image", "Ctrl+P", "document-print"},
     {ITEM(mnuFilePrinterSetup), "mnuFile", "P&rinter Setup", "Ctrl+Shift+P", ""},
     {ITEM(mnuFileProperties), "mnuFile", "-File Propert&ies", "Alt+Return", "document-properties"},
@@ -43,12 +43,12 @@ const MenuRow rows[] = {
     {ITEM(mnuEdit), "", "&Edit", "", "", nullptr, submenu},
     {ITEM(mnuPictureCopy), "mnuEdit", "&Copy Image to ClipBoard", "Ctrl+C", "edit-copy", &V::mnuPictureCopy_Click},
     {ITEM(mnuEditCopyPictureLink), "mnuEdit", "C&opy Media Name Link to ClipBoard", "Ctrl+Shift+C", "edit-copy", &V::mnuEditCopyPictureLink_Click},
-    {ITEM(mnuEditCopyFilesTo), "mnuEdit", "-Copy &Files To", "F5", ""},
-    {ITEM(mnuEditMoveFilesTo), "mnuEdit", "&Move Files To", "F6", ""},
-    {ITEM(mnuEditDeleteFiles), "mnuEdit", "&Delete Files", "Shift+Del", "edit-delete"},
-    {ITEM(mnuEditMoveToTrash), "mnuEdit", "Move Selected Files to &Trash", "Ctrl+Shift+Del", "user-trash"},
-    {ITEM(mnuEditUndoTrash), "mnuEdit", "&Undo Move to Trash", "Ctrl+Alt+Z", "edit-undo"},
-    {ITEM(mnuEditRenameFile), "mnuEdit", "&Rename File", "F2", "edit-rename"},
+    {ITEM(mnuEditCopyFilesTo), "mnuEdit", "-Copy &Files To", "F5", "", &V::mnuEditCopyFilesTo_Click},
+    {ITEM(mnuEditMoveFilesTo), "mnuEdit", "&Move Files To", "F6", "", &V::mnuEditMoveFilesTo_Click},
+    {ITEM(mnuEditDeleteFiles), "mnuEdit", "&Delete Files", "Shift+Del", "edit-delete", &V::mnuEditDeleteFiles_Click},
+    {ITEM(mnuEditMoveToTrash), "mnuEdit", "Move Selected Files to &Trash", "Ctrl+Shift+Del", "user-trash", &V::mnuEditMoveToTrash_Click},
+    {ITEM(mnuEditUndoTrash), "mnuEdit", "&Undo Move to Trash", "Ctrl+Alt+Z", "edit-undo", &V::mnuEditUndoTrash_Click},
+    {ITEM(mnuEditRenameFile), "mnuEdit", "&Rename File", "F2", "edit-rename", &V::mnuEditRenameFile_Click},
     {ITEM(mnuEditZoom), "mnuEdit", "-&Zoom", "", "zoom", nullptr, submenu},
     {ITEM(mnuEditZoomIn), "mnuEdit", "Zoom &In", "Ctrl++", "zoom-in", &V::zoominc_Click},
     {ITEM(mnuEditZoomOut), "mnuEdit", "Zoom Ou&t", "Ctrl+-", "zoom-out", &V::zoomdec_Click},
@@ -60,7 +60,7 @@ const MenuRow rows[] = {
     {ITEM(mnuPictureAddAll), "mnuPicture", "&Add All", "Ctrl+Shift+Right", "list-add", &V::cmdRightAll_Click},
     {ITEM(mnuPictureRemoveOne), "mnuPicture", "Remove Se&lected", "Del", "list-remove", &V::RemoveSelectedFromDisplayList},
     {ITEM(mnuPictureRemoveAll), "mnuPicture", "&Remove All", "Ctrl+Del", "edit-clear-list", &V::ClearDisplayList},
-    {ITEM(mnuPictureAdvListManagement), "mnuPicture", "Advanced List &Management", "Ctrl+M", ""},
+    {ITEM(mnuPictureAdvListManagement), "mnuPicture", "Advanced List &Management", "Ctrl+M", "", &V::mnuPictureAdvListManagement_Click},
     {ITEM(mnuPictureViewer), "mnuPicture", "-Display &Pixelon / Zoom Viewer", "Ctrl+E", "document-edit", &V::mnuPictureViewer_Click},
     {ITEM(mnuBrowseFolderView), "mnuPicture", "Display Folder &Browser Viewer", "Ctrl+B", "folder", &V::mnuBrowseFolderView_Click},
     {ITEM(mnuPictureThumbNailViewer), "mnuPicture", "Display &Thumbnail Viewer", "Ctrl+T", "view-list-icons"},
@@ -198,6 +198,8 @@ void frmMainViewer::makeMenus()
     addActions({mnuPictureViewer, mnuBrowseFolderView, mnuPictureWallPaperRestore});
     connect(&desktopWallpaper(), &DesktopWallpaper::done, mnuPictureWallPaperRestore,
         [this] { mnuPictureWallPaperRestore->setEnabled(desktopWallpaper().canRestore()); });
+    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuEditUndoTrash});
+    mnuEditUndoTrash->setEnabled(false);
     // Menus hold no command that this build has not been given.
     for (QMenu *menu : std::as_const(menus)) {
         bool anything = false;

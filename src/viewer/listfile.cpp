@@ -78,6 +78,12 @@ QString entryText(QString path)
 
 }
 
+bool isListFileName(const QString &path)
+{
+    return path.endsWith(QLatin1String(".lsl"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".lst"), Qt::CaseInsensitive);
+}
+
 QByteArray writeListFile(const QStringList &paths, const QString &currentIndex)
 {
     QByteArray bytes;

@@ -20,6 +20,9 @@ inline constexpr char listFileFilter[] =
     "Lumora-Viewer Show List (*.Lsl)|*.Lsl|Lumora-Viewer (1.0) File List (*.Lst)|*.Lst|";
 inline constexpr char standardListName[] = "Lumora-Viewer.Lsl";
 
+/// Whether a name tells a list file: ".lsl" or ".lst" at its end, in any case.
+bool isListFileName(const QString &path);
+
 /// The bytes of a list. `currentIndex` is the text behind "Current Index=". A path with a double quote, a line break or
 /// bytes that are not UTF-8 is written as a file:// URI inside the same grammar.
 QByteArray writeListFile(const QStringList &paths, const QString &currentIndex);

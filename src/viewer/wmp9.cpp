@@ -11,6 +11,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -322,8 +323,9 @@ void MediaPlayerControl::frameArrived()
 {
     keepAwake();
     const QWindow *handle = window()->windowHandle();
+    // What is around the frames is painted already, unless there was no frame before.
     if (isVisible() && (!handle || handle->isExposed()))
-        update(pictureRect());
+        update(m_frameRect.isEmpty() || playState() != Player::Playing ? pictureRect() : m_frameRect);
     else
         m_player->setVisible(false);
 }
@@ -340,8 +342,10 @@ void MediaPlayerControl::paintEvent(QPaintEvent *)
     if (m_player)
         m_player->setVisible(isVisible());
     const QImage frame = m_player ? m_player->frame((QSizeF(place.size()) * devicePixelRatioF()).toSize()) : QImage();
+    if (frame.isNull())
+        m_frameRect = QRect();
     if (!frame.isNull())
-        painter.drawImage(place, frame);
+        paintFrame(painter, frame);
     else if (m_player && m_player->content() == Player::Sound && !m_url.isEmpty())
         paintSound(painter);
     else
@@ -353,6 +357,19 @@ void MediaPlayerControl::paintEvent(QPaintEvent *)
         painter.setPen(frameLine);
         painter.drawRect(place.adjusted(1, 1, -1, -1));
     }
+}
+
+void MediaPlayerControl::paintFrame(QPainter &painter, const QImage &frame)
+{
+    const QRect place = pictureRect();
+    QRect rect(QPoint(), (QSizeF(frame.size()) / devicePixelRatioF()).toSize().boundedTo(place.size()));
+    rect.moveCenter(place.center());
+    for (const QRect &bar : QRegion(place) - rect)
+        painter.fillRect(bar, Qt::black);
+    painter.drawImage(rect, frame);
+    // A new shape moves the bars, and this may be the paint of the old frame's place only.
+    if (std::exchange(m_frameRect, rect) != rect)
+        update(place);
 }
 
 void MediaPlayerControl::paintSound(QPainter &painter) const

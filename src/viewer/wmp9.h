@@ -75,6 +75,7 @@ private:
     void stateChanged(int state);
     void refreshControls();
     QRect pictureRect() const;
+    void paintFrame(QPainter &painter, const QImage &frame);
     void paintSound(QPainter &painter) const;
 
     PlayerControls *m_controls;
@@ -84,6 +85,7 @@ private:
     int m_volume = 100;
     bool m_muted = false;
     QString m_url;
+    QRect m_frameRect; ///< where the frames stand; the rest of the picture's place is black
     int m_wheel = 0; ///< what fine wheels have turned without making a whole step
     bool m_focusByKey = false; ///< a frame shows where the focus is; who has clicked knows
     ScreenAwake m_awake;

@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "engine/codec.h"
 #include "engine/decodehere.h"
 #include "engine/isolation.h"

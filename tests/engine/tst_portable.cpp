@@ -70,6 +70,24 @@ static QByteArray tiffPixel(int photometric, int bits, int alphaKind, const QByt
     return file + samples;
 }
 
+/// Four pixels of one byte.
+static QByteArray pcx(const QByteArray &pixels)
+{
+    const QByteArray head =
+        hex("0a050108") + le16(0) + le16(0) + le16(3) + le16(0) + QByteArray(53, '\0') + hex("01") + le16(4) + le16(2);
+    return head + QByteArray(128 - head.size(), '\0') + pixels;
+}
+
+/// Four pixels of one byte, the highest byte first in all numbers.
+static QByteArray xwd(int depth, int visual, int colors, const QByteArray &behind)
+{
+    QByteArray file;
+    for (const int number :
+        {108, 7, 2, depth, 4, 1, 0, 1, 8, 1, 32, 8, 4, visual, 0, 0, 0, 8, colors, colors, 4, 1, 0, 0, 0})
+        file += hex("0000") + char(number >> 8) + char(number & 0xff);
+    return file + QByteArray(8, '\0') + behind;
+}
+
 void tst_Portable::everyVariantIsRead_data()
 {
     QTest::addColumn<QString>("extension");
@@ -97,6 +115,12 @@ void tst_Portable::everyVariantIsRead_data()
     row("PAM of two colours and clear", "pam", pam(2, 1, hex("01000101")), 2, "00ffffff ffffff");
     row("PAM with alpha", "pam", pam(4, 255, hex("0102038004050607")), 32, "80010203 07040506");
     row("deep PAM", "pam", pam(3, 65535, hex("010102020303 ffff0000ffff")), 48, "010203 ff00ff");
+    row("PCX of greys without a palette", "pcx", pcx(hex("0040c1ffc180")), 8, "000000 404040 ffffff 808080");
+    row("XWD of greys", "xwd", xwd(8, 0, 0, hex("0040ff80")), 8, "000000 404040 ffffff 808080");
+    row("XWD of 16 greys", "xwd", xwd(4, 0, 0, hex("00010f08")), 8, "000000 111111 ffffff 888888");
+    row("XWD of greys in an order of their own", "xwd",
+        xwd(8, 1, 2, hex("00000000 ffffffffffff0700 00000001 333333333333 0700 01000100")), 8,
+        "333333 ffffff 333333 ffffff");
     row("XBM", "xbm", "#define a_width 9\n#define a_height 1\nstatic char a_bits[] = {0x02, 1};", 1,
         "ffffff 000000 ffffff ffffff ffffff ffffff ffffff ffffff 000000");
     row("XBM of X10", "xbm", "#define a_width 9\n#define a_height 1\nstatic short a_bits[] = {0x0102};", 1,

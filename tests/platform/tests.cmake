@@ -1,7 +1,9 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(platform/tst_filepath.cpp rules)
 lumora_test(platform/tst_files.cpp rules)
+lumora_test(platform/tst_filetransfer.cpp rules)
 lumora_test(platform/tst_instance.cpp rules)
+lumora_test(platform/tst_mailprograms.cpp rules)
 lumora_test(platform/tst_registrystore.cpp rules)
 lumora_test(platform/tst_dialogs.cpp windows)
 lumora_test(platform/tst_wallpaperways.cpp rules)
@@ -15,6 +17,8 @@ endforeach()
 target_link_libraries(tst_wallpaperbus PRIVATE Qt6::DBus)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
 target_link_libraries(tst_wallpapersettings PRIVATE PkgConfig::GIO)
+# Its compiler flags differ from those the shared headers were read with.
+set_target_properties(tst_wallpapersettings PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr)
 # Looks at the root window with the same eyes as the module.
 target_sources(tst_wallpaperroot PRIVATE ${CMAKE_SOURCE_DIR}/src/platform/linux/wallpaper/xserver.cpp)

@@ -1,9 +1,10 @@
+#include "builtpaths.h"
 #include "platform/wallpapertest.h"
 
 #include <QProcess>
 #include <QSettings>
 
-#include <signal.h>
+#include <csignal>
 
 /// Desktops that take their wallpaper by a command: stand-ins in PATH keep what they are told.
 class tst_wallpapercommands : public WallpaperTest
@@ -14,6 +15,7 @@ private Q_SLOTS:
     void cleanup();
     void lxqtIsToldPictureAndPlacement();
     void lxdeGetsItsPictureBack();
+    void aRefusedChangePromisesNothing();
     void swayIsToldInItsOwnWords();
     void swayExpandsNoPath();
     void theRunningBackgroundProgramIsReplaced();
@@ -123,11 +125,19 @@ void tst_wallpapercommands::lxdeGetsItsPictureBack()
     QCOMPARE(told(), words("--set-wallpaper=/old/ä, b.jpg|--wallpaper-mode=crop"));
 }
 
+void tst_wallpapercommands::aRefusedChangePromisesNothing()
+{
+    writeProgram(QStringLiteral("pcmanfm"), "exit 3\n");
+    set(m_picture, WallpaperPlacement::Stretched);
+    QVERIFY(!desktopWallpaper().canRestore());
+}
+
 void tst_wallpapercommands::swayIsToldInItsOwnWords()
 {
     qputenv("XDG_CURRENT_DESKTOP", "sway");
     qputenv("WAYLAND_DISPLAY", "wayland-of-this-test");
     QProcess::execute(QStringLiteral("swaymsg"), words("output|DP-1|bg|/old.png|fill|#112233"));
+    QTRY_COMPARE(standIns().size(), 1);
     told();
     set(m_picture, WallpaperPlacement::Centered);
     QCOMPARE(told(), QStringList(QStringLiteral("output * bg %1 center #112233").arg(copies().last())));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "builtpaths.h"
 #include <QDeadlineTimer>
 #include <QMap>
 #include <QProcess>

@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "platform/registrystore.h"
@@ -83,6 +84,22 @@ private Q_SLOTS:
         QCOMPARE(decoded.rows[0].mid(6), QByteArrayList({"whole", picture.toUtf8()}));
         const Outcome probed = run({QStringLiteral("probe"), picture});
         QCOMPARE(probed.rows.value(0).mid(0, 5), decoded.rows[0].mid(0, 5));
+    }
+
+    void playTellsWhatAFileHoldsAndHowLongItIs()
+    {
+        SKIP_WITHOUT_SAMPLES();
+        useBuiltModules();
+        const QString film = samplesFolder() + QStringLiteral("media/count.mpg");
+        const QString broken = samplesFolder() + QStringLiteral("media/damaged/text.mp3");
+        const Outcome outcome = run({QStringLiteral("play"), QStringLiteral("--silent"), broken, film});
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.rows.size(), 2);
+        QCOMPARE(outcome.rows[0], QByteArrayList({"none", "0.00", "0.00", "9 1", broken.toUtf8()}));
+        QCOMPARE(outcome.rows[1].value(0), QByteArray("video"));
+        QCOMPARE(outcome.rows[1].value(3), QByteArray("3 1"));
+        QVERIFY(outcome.rows[1].value(1).toDouble() > 2.8 && outcome.rows[1].value(2).toDouble() > 2);
+        QVERIFY2(outcome.errors.isEmpty(), "libraries below have nothing to say on a terminal");
     }
 
     void aFileThatCannotBeReadDoesNotStopTheOthers()

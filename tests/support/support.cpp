@@ -1,11 +1,15 @@
 #include "support/support.h"
+#include "builtpaths.h"
 
+#include "platform/filepath.h"
 #include "platform/registrystore.h"
 
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <fcntl.h>
 
 TemporaryHome::TemporaryHome()
 {
@@ -35,8 +39,11 @@ QString TemporaryHome::write(const QString &name, const QByteArray &bytes) const
 {
     const QString path = this->path() + name;
     QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    // By the program's own path text, so that a name may be any bytes.
+    QFile file;
+    const int descriptor = ::open(pathToBytes(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor < 0 || !file.open(descriptor, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
+        || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }

@@ -24,6 +24,9 @@ public:
     void answerText(std::optional<QString> answer) { m_texts.enqueue(std::move(answer)); }
     void answerColor(std::optional<QColor> answer) { m_colors.enqueue(std::move(answer)); }
 
+    /// For a routine that was made to end before it asked.
+    void forgetAnswers() { m_answers.clear(); }
+
     QVector<MessageBox> boxes;
     QVector<FileQuestion> fileQuestions;
     QVector<QString> textPrompts;

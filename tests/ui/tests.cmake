@@ -2,3 +2,5 @@
 lumora_test(ui/tst_listbox.cpp windows)
 lumora_test(ui/tst_icons.cpp windows)
 lumora_test(ui/tst_accessible.cpp windows)
+lumora_test(ui/tst_animation.cpp windows)
+add_dependencies(tst_animation lumora-films)

@@ -7,6 +7,8 @@
 #include <QSlider>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 namespace {
 
 /// A player that is in the state it is put into, and plays at once when told to.
@@ -60,6 +62,9 @@ private Q_SLOTS:
     void aVolumeChosenBetweenTwoItemsIsKept();
     void volumeControlsOpenTheMixerOrSaySo();
     void theFlagsOfADoubleClickPlayOneItem();
+    void onlyRegularFilesAreAvailable();
+    void aClickInAYieldOfTheLoadWins();
+    void aRealSoundPlaysToItsEnd();
     void theWideListGivesBackWhatWasOnShow();
 
 private:
@@ -74,6 +79,7 @@ private:
 
 void tst_playback::initTestCase()
 {
+    useBuiltModules();
     m_home = std::make_unique<TemporaryHome>();
     saveOption("Show Intro Select at Startup", QStringLiteral("0"));
     saveOption("Show Tips at Startup", QStringLiteral("0"));
@@ -213,6 +219,59 @@ void tst_playback::theFlagsOfADoubleClickPlayOneItem()
     QVERIFY(!globals.AutoPlayMotion && !globals.AutoPlayOnce);
     window().lstDisplay->selectOnly(1);
     QCOMPARE(m_player->state, Player::Stopped);
+}
+
+/// Opening a FIFO would wait for whoever writes to it.
+void tst_playback::onlyRegularFilesAreAvailable()
+{
+    window().lstDisplay->selectOnly(0);
+    const QString fifo = m_home->path() + QStringLiteral("live.wav");
+    QCOMPARE(mkfifo(fifo.toUtf8().constData(), 0600), 0);
+    window().lstDisplay->addItem(fifo);
+    window().lstDisplay->addItem(m_home->path() + QStringLiteral("gone.mp3"));
+    for (const int item : {3, 4}) {
+        window().lstDisplay->selectOnly(item);
+        QVERIFY2(panel(2).endsWith(QLatin1String(" - Not Available")), qPrintable(panel(2)));
+        QCOMPARE(m_player->file, m_sound);
+    }
+}
+
+void tst_playback::aClickInAYieldOfTheLoadWins()
+{
+    window().lstDisplay->selectOnly(2);
+    const auto prepare = [&] {
+        globals.AutoPlayMotion = true;
+        globals.AutoPlayOnce = true;
+        window().lstDisplay->selectOnly(2);
+    };
+    forEachYield(
+        prepare, [&] { window().lstDisplay->selectOnly(0); }, [&] { window().lstDisplay->selectOnly(2); },
+        [&](int yield) {
+            if (yield == 0)
+                return;
+            QCOMPARE(window().lstDisplay->listIndex(), 2);
+            QVERIFY2(
+                m_player->file.isEmpty() && m_player->state == Player::Stopped, qPrintable(QString::number(yield)));
+            QVERIFY(window().Picture1->isVisible() && !window().wmp9->isVisible());
+            QVERIFY(!window().tmrShowPlayTime.isActive());
+            QCOMPARE(panel(3), QStringLiteral("120 X 80 X 24"));
+        });
+}
+
+void tst_playback::aRealSoundPlaysToItsEnd()
+{
+    SKIP_WITHOUT_SAMPLES();
+    window().wmp9->setPlayer(
+        createPlayer({{QStringLiteral("ao"), QStringLiteral("null")}, {QStringLiteral("speed"), QStringLiteral("2")}}));
+    window().lstDisplay->addItem(samplesFolder() + QStringLiteral("media/tone.wma"));
+    window().lstDisplay->selectOnly(3);
+    QTRY_VERIFY(window().wmp9->duration() > 2.9);
+    QVERIFY(window().wmp9->playState() == Player::Stopped && panel(3).isEmpty());
+    window().lstDisplay_DblClick();
+    QTRY_COMPARE(panel(3), QStringLiteral("00 : 00 : 01 | 00 : 00 : 03"));
+    QTRY_VERIFY(panel(3).isEmpty());
+    QCOMPARE(window().wmp9->playState(), int(Player::Stopped));
+    QVERIFY(!window().tmrShowPlayTime.isActive());
 }
 
 void tst_playback::theWideListGivesBackWhatWasOnShow()

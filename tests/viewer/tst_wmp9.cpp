@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "support/privatebus.h"
 #include "support/support.h"
 #include "viewer/playercontrols.h"
@@ -23,6 +24,7 @@ public:
     double position = 0;
     bool picture = true;
     Content kind = Video;
+    QSize shape; ///< of its frames; as asked for when it is empty
     QSize asked;
 
     void change(PlayState now)
@@ -53,7 +55,7 @@ public:
         asked = size;
         QImage image;
         if (picture) {
-            image = QImage(size, QImage::Format_RGB32);
+            image = QImage(shape.isEmpty() ? size : shape, QImage::Format_RGB32);
             image.fill(Qt::red);
         }
         return image;
@@ -184,6 +186,14 @@ void TestWmp9::framesFillTheRectangleAboveTheBarInDevicePixels()
     QCOMPARE(shown.pixelColor(QPoint(2, 2)), QColor(Qt::red));
     QCOMPARE(shown.pixelColor(QPointF(398, 299 - bar).toPoint() * ratio), QColor(Qt::red));
 
+    // A frame of another shape stands in the middle, with black around it also where the one before was.
+    m_noting->shape = QSize(200, 100);
+    const QImage wide = m_control->grab().toImage();
+    QCOMPARE(wide.pixelColor(QPoint(200, (300 - bar) / 2) * ratio), QColor(Qt::red));
+    for (const QPoint corner : {QPoint(2, 2), QPoint(398, 299 - bar), QPoint(200, 40)})
+        QCOMPARE(wide.pixelColor(corner * ratio), QColor(Qt::black));
+    m_noting->shape = QSize();
+
     m_control->resize(200, 100);
     QVERIFY(!m_control->grab().isNull());
     QVERIFY(part<QSlider>("position")->isVisibleTo(m_control.get())
@@ -274,7 +284,9 @@ void TestWmp9::theKeysWorkThePlayer()
     notes();
     for (const Qt::Key key : {Qt::Key_MediaTogglePlayPause, Qt::Key_MediaStop, Qt::Key_Space})
         QTest::sendKeyEvent(QTest::Click, m_control->windowHandle(), key, QString(), Qt::NoModifier);
-    QCOMPARE(notes(), (QStringList{QStringLiteral("pause"), QStringLiteral("stop"), QStringLiteral("pause")}));
+    QStringList told = notes();
+    told.removeAll(QStringLiteral("visible 1"));
+    QCOMPARE(told, (QStringList{QStringLiteral("pause"), QStringLiteral("stop"), QStringLiteral("pause")}));
 }
 
 void TestWmp9::onlyAPersonsVolumeIsTold()

@@ -109,19 +109,10 @@ Result<Picture> decodeEmf(const EncodedFile &file, const DecodeHint &hint)
     const Result<Header> header = readHeader(file.bytes);
     if (!header)
         return header.failure();
-    Result<QImage> canvas = vectorGround(renderedVectorSize(header->natural, hint.target), Qt::white);
-    if (!canvas)
-        return canvas.failure();
-    const QTransform toCanvas = QTransform::fromTranslate(-header->bounds.x(), -header->bounds.y())
-        * QTransform::fromScale(canvas->width() / header->bounds.width(), canvas->height() / header->bounds.height());
-    VectorWork work;
-    bool complete = false;
-    {
-        MetafileContext context(*canvas, toCanvas, work);
+    return drawnMetafile(infoOf(*header), header->bounds, hint.target, [&](MetafileContext &context) {
         context.state().mapping.pixelsPerMillimetre = header->pixelsPerMillimetre;
-        complete = playRecords(file.bytes, header->recordsAt, context);
-    }
-    return vectorPicture(*canvas, infoOf(*header), !complete || work.isIncomplete());
+        return playRecords(file.bytes, header->recordsAt, context);
+    });
 }
 
 }

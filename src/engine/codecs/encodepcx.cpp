@@ -74,18 +74,29 @@ bool isPlainMono(const PalettePixels &indexed)
     return indexed.bits == 1 && isBlackAndWhite(indexed.table);
 }
 
+/// The rows behind a header, plane by plane; `fill(y, plane, row)` gives the bytes of one. What it leaves is 0.
+template <class Fill> void appendRows(const Shape &shape, QByteArray &out, const Fill &fill)
+{
+    std::vector<uchar> row(size_t(shape.rowBytes()));
+    for (int y = 0; y < shape.size.height(); ++y) {
+        for (int plane = 0; plane < shape.planes; ++plane) {
+            std::fill(row.begin(), row.end(), uchar(0));
+            fill(y, plane, row);
+            packRow(row, out);
+        }
+    }
+}
+
 QByteArray encodeMono(const PalettePixels &indexed)
 {
     const Shape shape{1, 1, indexed.pixels.size()};
     const bool turned = indexed.table[0] == qRgb(255, 255, 255);
     QByteArray out = header(shape, {qRgb(0, 0, 0), qRgb(255, 255, 255)}, indexed.pixels);
-    std::vector<uchar> row(size_t(shape.rowBytes()));
-    for (int y = 0; y < shape.size.height(); ++y) {
+    appendRows(shape, out, [&](int y, int, std::vector<uchar> &row) {
         indexed.packRow(y, row.data());
         for (qsizetype i = 0; turned && i < indexed.packedBytes(); ++i)
             row[size_t(i)] ^= 0xff;
-        packRow(row, out);
-    }
+    });
     return out;
 }
 
@@ -94,18 +105,13 @@ QByteArray encodeSixteenColors(const PalettePixels &indexed)
 {
     const Shape shape{1, 4, indexed.pixels.size()};
     QByteArray out = header(shape, indexed.table, indexed.pixels);
-    std::vector<uchar> row(size_t(shape.rowBytes()));
-    for (int y = 0; y < shape.size.height(); ++y) {
+    appendRows(shape, out, [&](int y, int plane, std::vector<uchar> &row) {
         const uchar *const indices = indexed.pixels.constScanLine(y);
-        for (int plane = 0; plane < shape.planes; ++plane) {
-            std::fill(row.begin(), row.end(), uchar(0));
-            for (int x = 0; x < shape.size.width(); ++x) {
-                if (indices[x] >> plane & 1)
-                    row[size_t(x) / 8] |= uchar(0x80 >> x % 8);
-            }
-            packRow(row, out);
+        for (int x = 0; x < shape.size.width(); ++x) {
+            if (indices[x] >> plane & 1)
+                row[size_t(x) / 8] |= uchar(0x80 >> x % 8);
         }
-    }
+    });
     return out;
 }
 
@@ -113,11 +119,7 @@ QByteArray encodePalette(const PalettePixels &indexed)
 {
     const Shape shape{8, 1, indexed.pixels.size()};
     QByteArray out = header(shape, indexed.table, indexed.pixels);
-    std::vector<uchar> row(size_t(shape.rowBytes()));
-    for (int y = 0; y < shape.size.height(); ++y) {
-        indexed.packRow(y, row.data());
-        packRow(row, out);
-    }
+    appendRows(shape, out, [&](int y, int, std::vector<uchar> &row) { indexed.packRow(y, row.data()); });
     constexpr char paletteFollows = 12;
     out.append(paletteFollows);
     for (const QRgb color : indexed.table)
@@ -129,15 +131,11 @@ QByteArray encodeTrueColor(const QImage &image)
 {
     const Shape shape{8, 3, image.size()};
     QByteArray out = header(shape, {}, image);
-    std::vector<uchar> row(size_t(shape.rowBytes()));
-    for (int y = 0; y < shape.size.height(); ++y) {
+    appendRows(shape, out, [&](int y, int plane, std::vector<uchar> &row) {
         const QRgb *const from = reinterpret_cast<const QRgb *>(image.constScanLine(y));
-        for (int shift = 16; shift >= 0; shift -= 8) {
-            std::transform(
-                from, from + image.width(), row.begin(), [shift](QRgb pixel) { return uchar(pixel >> shift); });
-            packRow(row, out);
-        }
-    }
+        const int shift = 16 - 8 * plane;
+        std::transform(from, from + image.width(), row.begin(), [shift](QRgb pixel) { return uchar(pixel >> shift); });
+    });
     return out;
 }
 

@@ -1,5 +1,6 @@
 #include "engine/codecs/longtail.h"
 
+#include "engine/codecs/completed.h"
 #include "engine/codecs/magickheaders.h"
 #include "engine/codecs/magickread.h"
 #include "engine/codecs/pixels.h"
@@ -13,6 +14,7 @@ struct Format
     const char *magick; ///< the library's name
     std::optional<MagickHeader> (*header)(const ByteReader &bytes, int sizeIndex);
     bool isPhotoCd = false;
+    QByteArray (*completed)(const QByteArray &bytes) = nullptr; ///< what the library gets in place of the file
 };
 
 constexpr int bytesPerPixel = 16;
@@ -53,8 +55,8 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
         return Failure{QStringLiteral("the file has no picture %1").arg(hint.page)};
     // The library counts a Photo CD's sizes as pictures, from 1.
     const int page = format.isPhotoCd ? photoCdSize(hint.sizeIndex) + 1 : hint.page;
-    const Result<MagickPicture> read =
-        readByMagick(file.bytes, format.magick, page, header->deep || header->bits >= 48);
+    const Result<MagickPicture> read = readByMagick(format.completed ? format.completed(file.bytes) : file.bytes,
+        format.magick, page, header->deep || header->bits >= 48);
     if (!read)
         return read.failure();
     Picture picture;
@@ -119,14 +121,14 @@ constexpr Format dcx{"DCX", "DCX", dcxHeader};
 constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
 constexpr Format mac{"MacPaint", "MAC", macHeader};
 constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
-constexpr Format pcx{"PCX", "PCX", pcxHeader};
+constexpr Format pcx{"PCX", "PCX", pcxHeader, false, completedPcx};
 constexpr Format sgi{"SGI", "SGI", sgiHeader};
 constexpr Format utah{"Utah RLE", "RLE", utahHeader};
 constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
 constexpr Format wpg{"WPG", "WPG", wpgHeader};
 constexpr Format xbm{"XBM", "XBM", xbmHeader};
 constexpr Format xpm{"XPM", "XPM", xpmHeader};
-constexpr Format xwd{"XWD", "XWD", xwdHeader};
+constexpr Format xwd{"XWD", "XWD", xwdHeader, false, completedXwd};
 
 // Formats whose header says little about itself are chosen by the name alone.
 const Codec rows[] = {

@@ -251,3 +251,21 @@ void MetafileContext::widenPath()
     stroker.setJoinStyle(pen.joinStyle());
     m_path = stroker.createStroke(m_path);
 }
+
+Result<Picture> drawnMetafile(
+    const ImageInfo &info, const QRectF &bounds, QSize target, const std::function<bool(MetafileContext &)> &play)
+{
+    Result<QImage> canvas = vectorGround(renderedVectorSize(info.size, target), Qt::white);
+    if (!canvas)
+        return canvas.failure();
+    const QTransform toCanvas = QTransform::fromTranslate(-bounds.x(), -bounds.y())
+        * QTransform::fromScale(canvas->width() / bounds.width(), canvas->height() / bounds.height());
+    VectorWork work;
+    bool complete = false;
+    {
+        // Its painter ends before the canvas is handed on.
+        MetafileContext context(*canvas, toCanvas, work);
+        complete = play(context);
+    }
+    return vectorPicture(*canvas, info, !complete || work.isIncomplete());
+}

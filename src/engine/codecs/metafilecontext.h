@@ -5,6 +5,7 @@
 
 #include <QPainter>
 
+#include <functional>
 #include <set>
 #include <vector>
 
@@ -106,3 +107,8 @@ private:
     double m_clipCost = 0; ///< what the clip adds to each painting
     QRectF m_painted;
 };
+
+/// A metafile's picture: what `play` paints of `bounds`, the drawing in its device's units, on white in `target` or in
+/// the size that `info` tells. `play` answers whether the file's own end was reached.
+Result<Picture> drawnMetafile(
+    const ImageInfo &info, const QRectF &bounds, QSize target, const std::function<bool(MetafileContext &)> &play);

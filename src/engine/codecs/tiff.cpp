@@ -5,6 +5,7 @@
 #include "engine/codecs/tiffdirectory.h"
 #include "engine/codecs/tiffrgb.h"
 #include "engine/codecs/tiffrows.h"
+#include "engine/codecs/tiffsamples.h"
 #include "engine/limits.h"
 
 #include <cstring>
@@ -203,6 +204,7 @@ Result<Picture> decodeTiff(const EncodedFile &file, const DecodeHint &hint)
     TIFF *const tiff = opened->reader->tiff();
     QImage image = canReadTiffRgb(tiff, layout) ? readTiffRgb(tiff, layout)
         : canReadTiffRows(layout)               ? readTiffRows(tiff, layout)
+        : canReadTiffSamples(layout)            ? readTiffSamples(tiff, layout)
                                                 : QImage();
     if (image.isNull())
         image = readConverted(tiff, layout);

@@ -63,7 +63,8 @@ TiffLayout readTiffLayout(TIFF *file)
     layout.samples = shortTag(file, TIFFTAG_SAMPLESPERPIXEL);
     layout.photometric = shortTag(file, TIFFTAG_PHOTOMETRIC);
     layout.compression = shortTag(file, TIFFTAG_COMPRESSION);
-    layout.planar = shortTag(file, TIFFTAG_PLANARCONFIG);
+    // One plane lies apart from nothing.
+    layout.planar = layout.samples == 1 ? PLANARCONFIG_CONTIG : int(shortTag(file, TIFFTAG_PLANARCONFIG));
     layout.sampleFormat = shortTag(file, TIFFTAG_SAMPLEFORMAT);
     layout.orientation = shortTag(file, TIFFTAG_ORIENTATION);
     layout.isTiled = TIFFIsTiled(file);

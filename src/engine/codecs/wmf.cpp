@@ -142,23 +142,15 @@ Result<Picture> decodeWmf(const EncodedFile &file, const DecodeHint &hint)
     const Result<Header> header = readHeader(file.bytes);
     if (!header)
         return header.failure();
-    Result<QImage> canvas = vectorGround(renderedVectorSize(header->natural, hint.target), Qt::white);
-    if (!canvas)
-        return canvas.failure();
-    const QTransform toCanvas = QTransform::fromScale(
-        canvas->width() / double(header->natural.width()), canvas->height() / double(header->natural.height()));
-    VectorWork work;
-    bool complete = false;
-    {
-        MetafileContext context(*canvas, toCanvas, work);
+    const QRectF bounds(QPointF(), QSizeF(header->natural));
+    return drawnMetafile(infoOf(*header), bounds, hint.target, [&](MetafileContext &context) {
         MetafileMapping &mapping = context.state().mapping;
         mapping.mode = MapMode::Anisotropic;
-        mapping.viewportExtent = {double(header->natural.width()), double(header->natural.height())};
+        mapping.viewportExtent = {bounds.width(), bounds.height()};
         mapping.windowOrigin = header->window->topLeft();
         mapping.windowExtent = {header->window->width(), header->window->height()};
-        complete = playRecords(file.bytes, header->recordsAt, context);
-    }
-    return vectorPicture(*canvas, infoOf(*header), !complete || work.isIncomplete());
+        return playRecords(file.bytes, header->recordsAt, context);
+    });
 }
 
 }

@@ -4,23 +4,13 @@
 #include "engine/limits.h"
 #include "engine/ops/colorset.h"
 #include "engine/ops/quantise.h"
+#include "engine/ops/rowbands.h"
 
 #include <algorithm>
 
 namespace {
 
 const Failure noMemory{QStringLiteral("the picture is too large for this")};
-
-/// The same picture with other pixels.
-Picture remade(const Picture &picture, const QImage &pixels, int bits)
-{
-    Picture result = picture;
-    result.pixels = pixels;
-    result.pixels.setDotsPerMeterX(picture.pixels.dotsPerMeterX());
-    result.pixels.setDotsPerMeterY(picture.pixels.dotsPerMeterY());
-    result.info.bitsPerPixel = bits;
-    return result;
-}
 
 bool isPaletted(const QImage &image)
 {
@@ -78,12 +68,12 @@ QImage asMono(const QImage &indexed)
     return mono;
 }
 
-Result<Picture> withPalette(const Picture &picture, const QImage &indexed, int bits)
+Result<Picture> withPalette(const Picture &picture, QImage indexed, int bits)
 {
-    const QImage pixels = bits == 1 ? asMono(indexed) : indexed;
+    QImage pixels = bits == 1 ? asMono(indexed) : std::move(indexed);
     if (pixels.isNull())
         return noMemory;
-    return remade(picture, pixels, bits);
+    return remade(picture, std::move(pixels), bits);
 }
 
 /// The pixels as the palette makers take them: RGB32 when nothing shows the ground, else ARGB32.
@@ -112,8 +102,10 @@ Result<Picture> reduced(const Picture &picture, int colors, int bits, bool diffu
     if (const QList<QRgb> exact = colorsOf(image, most); exact.size() <= most)
         return withPalette(picture, indexedBy(image, exact), bits);
     if (bits == 1 && two == TwoColors::BlackAndWhite) {
-        const QImage mono = blackAndWhite(picture, diffuse);
-        return mono.isNull() ? Result<Picture>(noMemory) : remade(picture, mono, bits);
+        QImage mono = blackAndWhite(picture, diffuse);
+        if (mono.isNull())
+            return noMemory;
+        return remade(picture, std::move(mono), bits);
     }
 
     if (image.depth() < 32)
@@ -126,8 +118,8 @@ Result<Picture> reduced(const Picture &picture, int colors, int bits, bool diffu
     }
     if (alpha == Alpha::None)
         image.reinterpretAsFormat(QImage::Format_RGB32);
-    const Result<QImage> indexed = quantised(image, most, diffuse);
-    return indexed ? withPalette(picture, *indexed, bits) : Result<Picture>(indexed.failure());
+    Result<QImage> indexed = quantised(image, most, diffuse);
+    return indexed ? withPalette(picture, *std::move(indexed), bits) : Result<Picture>(indexed.failure());
 }
 
 }
@@ -150,8 +142,10 @@ Result<Picture> withBitsPerPixel(const Picture &picture, int bits)
     case 32: {
         if (!limits::allows(pixels.size(), 8))
             return noMemory;
-        const QImage image = bits == 24 ? opaqueRgb(picture) : pixels.convertToFormat(QImage::Format_ARGB32);
-        return image.isNull() ? Result<Picture>(noMemory) : remade(picture, image, bits);
+        QImage image = bits == 24 ? opaqueRgb(picture) : pixels.convertToFormat(QImage::Format_ARGB32);
+        if (image.isNull())
+            return noMemory;
+        return remade(picture, std::move(image), bits);
     }
     default:
         return Failure{QStringLiteral("there are no pictures of %1 bits").arg(bits)};

@@ -12,6 +12,12 @@
 #include <memory>
 #include <vector>
 
+// Of the run-time library of OpenMP; not every compiler brings its header.
+extern "C" {
+int omp_get_max_threads();
+void omp_set_num_threads(int threads);
+}
+
 namespace {
 
 template <auto release> struct Released
@@ -140,6 +146,19 @@ Failure refused(liq_error error)
                                               : QStringLiteral("no palette could be made (%1)").arg(int(error))};
 }
 
+/// The library's sums depend on how many threads share them, in the last bits: with one the palette of a picture is the
+/// same on every machine, and pictures that are worked on side by side do not fight for the cores.
+class OneThread
+{
+public:
+    OneThread() { omp_set_num_threads(1); }
+    ~OneThread() { omp_set_num_threads(m_before); }
+    Q_DISABLE_COPY_MOVE(OneThread)
+
+private:
+    const int m_before = omp_get_max_threads();
+};
+
 Result<QList<QRgb>> paletteFor(const std::vector<liq_color> &sample, int colors, bool grey)
 {
     const Attributes attributes(liq_attr_create());
@@ -151,6 +170,7 @@ Result<QList<QRgb>> paletteFor(const std::vector<liq_color> &sample, int colors,
     if (!input)
         return refused(LIQ_OUT_OF_MEMORY);
     liq_result *made = nullptr;
+    const OneThread alone;
     if (const liq_error error = liq_image_quantize(input.get(), attributes.get(), &made); error != LIQ_OK)
         return refused(error);
     const Outcome outcome(made);

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <thread>
 
+#include <dlfcn.h>
+
 namespace {
 
 constexpr double shortSound = 1.0; // seconds; above what any sound device takes in at once
@@ -44,6 +46,23 @@ bool allowContainersOnly(mpv_handle *mpv)
     map.format = MPV_FORMAT_NODE_MAP;
     map.u.list = &list;
     return mpv_set_option(mpv, "demuxer-lavf-o", MPV_FORMAT_NODE, &map) >= 0;
+}
+
+void sayNothing(const char *, int, const char *, int, const char *, ...)
+{
+}
+
+/// The libraries below the player write to whoever started the program: a dozen lines where there is no sound card, and
+/// what they think of a damaged file. They are found among what this module has brought in, or are not there.
+void silenceLibraries()
+{
+    using SetHandler = int (*)(decltype(&sayNothing));
+    using SetLevel = void (*)(int);
+    constexpr int quiet = -8;
+    if (const auto setHandler = reinterpret_cast<SetHandler>(dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler")))
+        setHandler(&sayNothing);
+    if (const auto setLevel = reinterpret_cast<SetLevel>(dlsym(RTLD_DEFAULT, "av_log_set_level")))
+        setLevel(quiet);
 }
 
 constexpr char midiScheme[] = "midi://";
@@ -99,6 +118,7 @@ bool MpvPlayer::start(const QMap<QString, QString> &options)
     m_mpv = mpv_create();
     if (!m_mpv)
         return false;
+    silenceLibraries();
     for (const auto &[name, value] : startOptions)
         mpv_set_option_string(m_mpv, name, value);
     for (auto option = options.begin(); option != options.end(); ++option)
@@ -114,6 +134,8 @@ bool MpvPlayer::start(const QMap<QString, QString> &options)
 
     mpv_observe_property(m_mpv, durationTold, "duration", MPV_FORMAT_DOUBLE);
     mpv_observe_property(m_mpv, positionTold, "time-pos", MPV_FORMAT_DOUBLE);
+    mpv_observe_property(m_mpv, widthTold, "video-out-params/dw", MPV_FORMAT_INT64);
+    mpv_observe_property(m_mpv, heightTold, "video-out-params/dh", MPV_FORMAT_INT64);
     const auto wakeUp = [](void *player) {
         auto *self = static_cast<MpvPlayer *>(player);
         if (!self->m_drainPosted.exchange(true))

@@ -41,14 +41,14 @@ public:
     double duration() const override { return m_duration; }
     double currentPosition() const override { return m_position; }
     void setCurrentPosition(double seconds) override;
-    QImage frame(QSize size) override;
+    QImage frame(QSize room) override;
     void setVisible(bool visible) override;
 
 private:
     enum State { Stopped = 1, Paused = 2, Playing = 3, Transitioning = 9 };
     enum Content { None, Unknown, Sound, Video };
     /// User data of requests and of observed values; the tickets of files start above them.
-    enum : quint64 { noReply = 0, durationTold = 1, positionTold = 2, firstTicket = 100 };
+    enum : quint64 { noReply = 0, durationTold, positionTold, widthTold, heightTold, firstTicket = 100 };
 
     /// What the library has of the current file: nothing (none set, ended, stopped, failed), not yet all, or all.
     enum class Phase { Nothing, ReadingList, Loading, Loaded };
@@ -86,6 +86,7 @@ private:
     void fileLoaded();
     void fileEnded(bool failed, int error);
     void valueTold(const mpv_event &event);
+    void shapeTold(quint64 side, qint64 length);
     void contentTold(bool picture);
     void firstFrameShown();
     void pictureUpdated();
@@ -122,6 +123,7 @@ private:
     bool m_hasPicture = false; ///< the loaded file has a video track
     bool m_hasFrame = false; ///< and its first frame can be rendered
     bool m_imageIsCurrent = false;
+    QSize m_shape; ///< of the frames as they are to be shown; only the relation of its sides counts
     bool m_visible = true;
 
     QTimer m_watchdog;

@@ -12,6 +12,7 @@
 
 namespace {
 constexpr int patienceSeconds = 10;
+constexpr qint64 largestSide = 1 << 20;
 constexpr const char *videoTrack = "current-tracks/video/id"; // an error where there is none
 }
 
@@ -113,6 +114,9 @@ void MpvPlayer::fileLoaded()
 void MpvPlayer::fileEnded(bool failed, int error)
 {
     const bool wasLoaded = m_phase == Phase::Loaded;
+    // Over before anything was told of it: so short a file is a sound, or has nothing to show.
+    if (wasLoaded && m_content == Unknown)
+        m_content = Sound;
     const bool otherIsWorthIt = isMidiName(m_entries.at(m_entry)) || error == MPV_ERROR_UNKNOWN_FORMAT;
     if (failed && !wasLoaded && !m_otherWay && otherIsWorthIt) {
         m_otherWay = true;
@@ -128,6 +132,10 @@ void MpvPlayer::valueTold(const mpv_event &event)
 {
     const auto *property = static_cast<const mpv_event_property *>(event.data);
     const bool observed = event.event_id == MPV_EVENT_PROPERTY_CHANGE;
+    if (observed && property->format == MPV_FORMAT_INT64) {
+        shapeTold(event.reply_userdata, *static_cast<const int64_t *>(property->data));
+        return;
+    }
     if (m_phase != Phase::Loaded || (!observed && event.reply_userdata != m_ticket))
         return;
     if (!observed && std::strcmp(property->name, videoTrack) == 0) {
@@ -143,6 +151,19 @@ void MpvPlayer::valueTold(const mpv_event &event)
             m_events.durationChanged();
         }
     }
+}
+
+/// Comes before or after the file is loaded. A shape that is not right yet only puts black bars into the frame.
+void MpvPlayer::shapeTold(quint64 side, qint64 length)
+{
+    const int pixels = int(std::clamp<qint64>(length, 0, largestSide));
+    if (side == widthTold)
+        m_shape.setWidth(pixels);
+    else
+        m_shape.setHeight(pixels);
+    m_imageIsCurrent = false;
+    if (m_visible)
+        m_events.frameReady();
 }
 
 void MpvPlayer::contentTold(bool picture)
@@ -218,10 +239,11 @@ static void makeOpaque(QImage &image)
         pixels[at] |= opaque;
 }
 
-QImage MpvPlayer::frame(QSize size)
+QImage MpvPlayer::frame(QSize room)
 {
-    if (m_phase != Phase::Loaded || !m_hasPicture || !m_hasFrame || size.isEmpty())
+    if (m_phase != Phase::Loaded || !m_hasPicture || !m_hasFrame || room.isEmpty())
         return QImage();
+    const QSize size = m_shape.isEmpty() ? room : m_shape.scaled(room, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
     if (m_imageIsCurrent && m_image.size() == size)
         return m_image;
     if (m_image.size() != size || !m_image.isDetached())

@@ -36,10 +36,15 @@ Result<void> change(WallpaperBackend &backend, const WallpaperJob &job, Wallpape
 {
     const QString desktop = wallpaperWayName(way);
     WallpaperMemory memory(wallpaperMemoryPath(job.stateFolder, way), job.copyFolder);
+    const bool first = memory.before().isEmpty();
     warnOf(desktop, memory.remember(backend.current()));
     const Result<QJsonObject> ours = changed(backend, job, desktop);
-    if (!ours)
+    if (!ours) {
+        // Nothing has been changed that could be brought back.
+        if (first)
+            memory.forget();
         return ours.failure();
+    }
     warnOf(desktop, memory.rememberOurs(*ours));
     return {};
 }

@@ -8,6 +8,8 @@
 #include <QColor>
 #include <QImageWriter>
 
+#include <unistd.h>
+
 // Where nobody else paints the desktop, the wallpaper is the background of the X root window. By convention its pixmap
 // is named in the property _XROOTPMAP_ID, from which translucent windows and compositors take it, and it outlives the
 // client that made it. ESETROOT_PMAP_ID names it once more: who replaces it frees it by ending what is left of that

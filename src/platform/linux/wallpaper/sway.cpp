@@ -8,10 +8,10 @@
 #include <QRegularExpression>
 
 #include <array>
+#include <csignal>
 #include <filesystem>
 
 #include <poll.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -114,7 +114,7 @@ QString modeText(WallpaperPlacement placement)
 QString colorOf(const QJsonObject &told)
 {
     QString color = QStringLiteral("#000000");
-    for (const QJsonValue &output : told) {
+    for (const QJsonValue output : told) {
         const QString own = output.toObject().value(QLatin1String("color")).toString();
         if (!own.isEmpty())
             color = own.startsWith(QLatin1Char('#')) ? own : QLatin1Char('#') + own;

@@ -1,0 +1,266 @@
+#include "engine/codecs/tiffsamples.h"
+
+#include "engine/limits.h"
+#include "engine/picture.h"
+#include "engine/rounding.h"
+
+#include <QFloat16>
+#include <QRgba64>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include <tiffio.h>
+
+namespace {
+
+/// A file can claim millions of strips or tiles and hold none of them.
+constexpr int maximumFailures = 4096;
+constexpr quint16 full = 0xffff;
+
+quint16 numberOf(double value)
+{
+    return value > 0 ? quint16(roundToInt(std::min(value, 1.0) * full)) : quint16(0); // also for what is no number
+}
+
+/// 24 bits as one sign, seven of an exponent from -63 on, and sixteen behind the point (TIFF technical note 3). The
+/// bytes stand in the machine's order.
+double floatOf24Bits(const uchar *from)
+{
+    const quint32 bits = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? quint32(from[0] | from[1] << 8 | from[2] << 16)
+                                                         : quint32(from[2] | from[1] << 8 | from[0] << 16);
+    if (bits >> 23)
+        return 0;
+    const int exponent = int(bits >> 16 & 0x7f);
+    const double fraction = double(bits & 0xffff) / 0x10000;
+    return exponent == 0 ? std::ldexp(fraction, -62) : std::ldexp(1 + fraction, exponent - 63);
+}
+
+template <class Number> Number loaded(const uchar *from)
+{
+    Number value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+/// Whole numbers of up to 16 bits, the highest bit first; each row starts at a byte.
+void unpackBits(const uchar *from, int bits, int count, quint16 *to)
+{
+    const quint32 most = (1U << bits) - 1;
+    quint32 held = 0;
+    int holds = 0;
+    for (int i = 0; i < count; ++i) {
+        while (holds < bits) {
+            held = held << 8 | *from++;
+            holds += 8;
+        }
+        holds -= bits;
+        to[i] = quint16(((held >> holds & most) * full + most / 2) / most);
+    }
+}
+
+template <class Sample> void unpackEach(const uchar *from, int bits, int count, quint16 *to, const Sample &sample)
+{
+    for (int i = 0; i < count; ++i)
+        to[i] = sample(from + i * (bits / 8));
+}
+
+/// `count` stored samples as numbers from 0 to 65535.
+void unpack(const uchar *from, const TiffLayout &layout, int count, quint16 *to)
+{
+    const int bits = layout.bits;
+    const auto each = [&](const auto &sample) { unpackEach(from, bits, count, to, sample); };
+    const bool real = layout.sampleFormat == SAMPLEFORMAT_IEEEFP;
+    if (real && bits == 16)
+        each([](const uchar *at) { return numberOf(double(float(loaded<qfloat16>(at)))); });
+    else if (real && bits == 24)
+        each([](const uchar *at) { return numberOf(floatOf24Bits(at)); });
+    else if (real && bits == 32)
+        each([](const uchar *at) { return numberOf(double(loaded<float>(at))); });
+    else if (real)
+        each([](const uchar *at) { return numberOf(loaded<double>(at)); });
+    else if (bits == 16)
+        std::memcpy(to, from, size_t(count) * 2);
+    else if (bits == 24)
+        each([](const uchar *at) { return quint16(at[1] | at[Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? 2 : 0] << 8); });
+    else if (bits == 32)
+        each([](const uchar *at) { return quint16(loaded<quint32>(at) >> 16); });
+    else
+        unpackBits(from, bits, count, to);
+}
+
+/// The strips or tiles, and how many of each belong to one place: one, or one for each plane.
+struct Blocks
+{
+    int width = 0;
+    int height = 0;
+    tmsize_t stride = 0; ///< bytes a row of a block
+    tmsize_t bytes = 0;
+    int planes = 1;
+    int samples = 1; ///< of one pixel in a block
+};
+
+Blocks blocksOf(TIFF *file, const TiffLayout &layout, int wanted)
+{
+    quint32 width = quint32(layout.size.width());
+    quint32 height = 0;
+    Blocks blocks;
+    if (layout.isTiled) {
+        TIFFGetField(file, TIFFTAG_TILEWIDTH, &width);
+        TIFFGetField(file, TIFFTAG_TILELENGTH, &height);
+        blocks.stride = TIFFTileRowSize(file);
+        blocks.bytes = TIFFTileSize(file);
+    } else {
+        TIFFGetFieldDefaulted(file, TIFFTAG_ROWSPERSTRIP, &height);
+        height = std::min(height, quint32(layout.size.height()));
+        blocks.stride = TIFFScanlineSize(file);
+        blocks.bytes = blocks.stride <= limits::decodeBudget() / std::max(1U, height) ? blocks.stride * height : 0;
+    }
+    constexpr quint32 beyond = 1U << 24;
+    blocks.width = int(std::min(width, beyond));
+    blocks.height = int(std::min(height, beyond));
+    const bool apart = layout.planar == PLANARCONFIG_SEPARATE;
+    blocks.planes = apart ? wanted : 1;
+    blocks.samples = apart ? 1 : layout.samples;
+    return blocks;
+}
+
+bool areSound(const Blocks &blocks, const TiffLayout &layout)
+{
+    const qint64 rowBits = qint64(blocks.width) * blocks.samples * layout.bits;
+    return blocks.width > 0 && blocks.height > 0 && blocks.stride >= (rowBits + 7) / 8
+        && blocks.bytes / blocks.stride >= blocks.height && blocks.bytes <= limits::decodeBudget() / blocks.planes;
+}
+
+/// Puts the samples of a row's pixels together.
+class Composer
+{
+public:
+    Composer(const TiffLayout &layout, QImage &image, int colors, bool alpha)
+        : m_layout(layout)
+        , m_image(image)
+        , m_colors(colors)
+        , m_alpha(alpha)
+    {
+    }
+
+    /// Channel c of pixel x is `samples[c][x * step]`.
+    void write(const std::vector<const quint16 *> &samples, int step, int y, int left, int count)
+    {
+        m_row.resize(size_t(count));
+        const quint16 turned = m_layout.photometric == PHOTOMETRIC_MINISWHITE ? full : 0;
+        for (int x = 0; x < count; ++x) {
+            const auto color = [&](int c) {
+                return quint16(samples[size_t(m_colors == 3 ? c : 0)][x * step] ^ turned);
+            };
+            const quint16 alpha = m_alpha ? samples[size_t(m_colors)][x * step] : full;
+            m_row[size_t(x)] = divided(color(0), color(1), color(2), alpha);
+        }
+        store(m_image.scanLine(y), left, count);
+    }
+
+private:
+    /// No colour gets brighter than full, whatever the writer did.
+    QRgba64 divided(quint16 red, quint16 green, quint16 blue, quint16 alpha) const
+    {
+        if (alpha == full || m_layout.hasPlainAlpha)
+            return qRgba64(red, green, blue, alpha);
+        return qRgba64(std::min(red, alpha), std::min(green, alpha), std::min(blue, alpha), alpha).unpremultiplied();
+    }
+
+    void store(uchar *row, int left, int count) const
+    {
+        if (m_image.format() == QImage::Format_RGBA64)
+            std::copy_n(m_row.begin(), count, reinterpret_cast<QRgba64 *>(row) + left);
+        else if (m_image.format() == QImage::Format_Grayscale8)
+            std::transform(m_row.begin(), m_row.end(), row + left, [](QRgba64 pixel) { return pixel.red8(); });
+        else
+            std::transform(m_row.begin(), m_row.end(), reinterpret_cast<QRgb *>(row) + left,
+                [](QRgba64 pixel) { return pixel.toArgb32(); });
+    }
+
+    const TiffLayout &m_layout;
+    QImage &m_image;
+    const int m_colors;
+    const bool m_alpha;
+    std::vector<QRgba64> m_row;
+};
+
+bool readBlock(
+    TIFF *file, const TiffLayout &layout, int left, int top, int plane, std::vector<uchar> &block, tmsize_t wanted)
+{
+    const quint16 sample = quint16(plane);
+    if (layout.isTiled)
+        return TIFFReadTile(file, block.data(), quint32(left), quint32(top), 0, sample) >= 0;
+    return TIFFReadEncodedStrip(file, TIFFComputeStrip(file, quint32(top), sample), block.data(), wanted) >= 0;
+}
+
+bool readAll(TIFF *file, const TiffLayout &layout, const Blocks &blocks, int wanted, Composer &composer)
+{
+    std::vector<std::vector<uchar>> planes(size_t(blocks.planes), std::vector<uchar>(size_t(blocks.bytes)));
+    std::vector<std::vector<quint16>> samples(
+        planes.size(), std::vector<quint16>(size_t(blocks.width) * size_t(blocks.samples)));
+    std::vector<const quint16 *> channels;
+    for (int c = 0; c < wanted; ++c)
+        channels.push_back(blocks.planes > 1 ? samples[size_t(c)].data() : samples[0].data() + c);
+    bool any = false;
+    int failures = 0;
+    for (int top = 0; top < layout.size.height(); top += blocks.height) {
+        const int rows = std::min(blocks.height, layout.size.height() - top);
+        for (int left = 0; left < layout.size.width(); left += blocks.width) {
+            const int columns = std::min(blocks.width, layout.size.width() - left);
+            for (int plane = 0; plane < blocks.planes; ++plane) {
+                std::vector<uchar> &block = planes[size_t(plane)];
+                // A damaged block gives its first rows; the rest must not show what the block before left.
+                std::fill(block.begin(), block.end(), uchar(0));
+                const bool read = failures <= maximumFailures
+                    && readBlock(file, layout, left, top, plane, block, blocks.stride * rows);
+                any = any || read;
+                failures += read ? 0 : 1;
+            }
+            for (int y = 0; y < rows; ++y) {
+                for (size_t plane = 0; plane < planes.size(); ++plane)
+                    unpack(planes[plane].data() + y * blocks.stride, layout, columns * blocks.samples,
+                        samples[plane].data());
+                composer.write(channels, blocks.samples, top + y, left, columns);
+            }
+        }
+    }
+    return any;
+}
+
+}
+
+bool canReadTiffSamples(const TiffLayout &layout)
+{
+    if ((!layout.isGrey() && !layout.isRgb()) || layout.samples < (layout.isRgb() ? 3 : 1) || layout.samples > 8
+        || layout.compression == COMPRESSION_OJPEG)
+        return false;
+    const int bits = layout.bits;
+    if (layout.sampleFormat == SAMPLEFORMAT_IEEEFP)
+        return bits == 16 || bits == 24 || bits == 32 || bits == 64;
+    return (layout.sampleFormat == SAMPLEFORMAT_UINT || layout.sampleFormat == SAMPLEFORMAT_VOID)
+        && ((bits >= 1 && bits <= 16) || bits == 24 || bits == 32);
+}
+
+QImage readTiffSamples(TIFF *file, const TiffLayout &layout)
+{
+    const int colors = layout.isRgb() ? 3 : 1;
+    const bool alpha = layout.hasAlpha && layout.samples > colors;
+    const int wanted = colors + (alpha ? 1 : 0);
+    const Blocks blocks = blocksOf(file, layout, wanted);
+    if (!areSound(blocks, layout))
+        return {};
+    const QImage::Format format = layout.bits > 8 ? QImage::Format_RGBA64
+        : alpha                                   ? QImage::Format_ARGB32
+        : colors == 1                             ? QImage::Format_Grayscale8
+                                                  : QImage::Format_RGB32;
+    QImage image = allocateImage(layout.size, format);
+    if (image.isNull())
+        return image;
+    Composer composer(layout, image, colors, alpha);
+    return readAll(file, layout, blocks, wanted, composer) ? image : QImage();
+}
