@@ -152,12 +152,12 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
         wmp9->raise();
     }
     Yield();
-    if (m_displayTicket != ticket)
+    if (m_displayTicket != ticket || globals.ProgramExiting)
         return;
     if (present)
         wmp9->setUrl(path);
     Yield();
-    if (m_displayTicket != ticket)
+    if (m_displayTicket != ticket || globals.ProgramExiting)
         return;
     if (present) {
         if (globals.AutoPlayMotion) {
@@ -172,7 +172,7 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
         globals.AutoPlayOnce = false;
     }
     Yield();
-    if (m_displayTicket != ticket)
+    if (m_displayTicket != ticket || globals.ProgramExiting)
         return;
     if (setPosition == 1)
         lstDisplay->setSelected(globals.CurrentListIndex - 1, true);

@@ -4,6 +4,7 @@
 #include "viewer/playercontrols.h"
 
 #include <QKeyEvent>
+#include <QLoggingCategory>
 #include <QPainter>
 #include <QPainterPath>
 #include <QShortcut>
@@ -14,6 +15,7 @@
 #include <utility>
 
 namespace {
+Q_LOGGING_CATEGORY(logPlayer, "lumora.wmp9", QtWarningMsg)
 
 constexpr QColor ground(0x1c, 0x22, 0x2b);
 constexpr QColor noteColor(0x6f, 0x93, 0xc0);
@@ -303,10 +305,11 @@ void MediaPlayerControl::focusOutEvent(QFocusEvent *event)
 void MediaPlayerControl::stateChanged(int state)
 {
     keepAwake();
-    if (state == Player::Playing)
-        m_refresh.start();
-    else
+    qCDebug(logPlayer, "state %d: %s", state, qPrintable(displayPath(m_url)));
+    if (state == Player::Stopped)
         m_refresh.stop();
+    else
+        m_refresh.start();
     refreshControls();
     update();
     Q_EMIT PlayStateChange(state);

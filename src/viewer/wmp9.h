@@ -79,7 +79,7 @@ private:
     void paintSound(QPainter &painter) const;
 
     PlayerControls *m_controls;
-    QTimer m_refresh; ///< moves the bar's slider while something plays
+    QTimer m_refresh; ///< moves the bar's slider while something plays or pauses
     std::unique_ptr<Player> m_player;
     bool m_unavailable = false;
     int m_volume = 100;

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void normalRunPrintsNothing();
     void nameOfForeignBytesArrives();
     void withoutThePlayerNothingIsWritten();
+    void aSoundOfTheStartPlaysToItsEnd();
     void desktopOpensFilesOverTheBus();
 
 private:
@@ -264,6 +265,16 @@ void tst_start_and_end::withoutThePlayerNothingIsWritten()
     QCOMPARE(run.endedBy(SIGTERM), 1);
     QVERIFY(!QFileInfo::exists(m_home->path() + QStringLiteral(".config/lumora/user.registry")));
     QVERIFY(!QFileInfo::exists(standardList()));
+}
+
+/// With whatever this machine has for sound, or nothing.
+void tst_start_and_end::aSoundOfTheStartPlaysToItsEnd()
+{
+    SKIP_WITHOUT_SAMPLES();
+    Run run({samplesFolder() + QStringLiteral("media/count.mp3")});
+    QVERIFY2(run.saw(QStringLiteral("lumora.wmp9: state 3: ")), qPrintable(run.log()));
+    QVERIFY2(run.saw(QStringLiteral("lumora.wmp9: state 1: ")), qPrintable(run.log()));
+    QCOMPARE(run.endedBy(SIGTERM), 0);
 }
 
 void tst_start_and_end::desktopOpensFilesOverTheBus()

@@ -256,6 +256,20 @@ void tst_playback::aClickInAYieldOfTheLoadWins()
             QVERIFY(!window().tmrShowPlayTime.isActive());
             QCOMPARE(panel(3), QStringLiteral("120 X 80 X 24"));
         });
+
+    // So does a list that is emptied: nothing plays that no list holds.
+    forEachYield(
+        [&] {
+            init();
+            prepare();
+        },
+        [&] { window().lstDisplay->selectOnly(0); }, [&] { window().ClearDisplayList(); },
+        [&](int yield) {
+            if (yield == 0)
+                return;
+            QVERIFY2(m_player->state == Player::Stopped && panel(2).isEmpty(), qPrintable(QString::number(yield)));
+            QVERIFY(!window().tmrShowPlayTime.isActive());
+        });
 }
 
 void tst_playback::aRealSoundPlaysToItsEnd()
