@@ -1,6 +1,7 @@
 #include "app/startup.h"
 
 #include "app/allsettings.h"
+#include "app/appdata.h"
 #include "app/checkjpg.h"
 #include "app/commandline.h"
 #include "app/convertline.h"
@@ -205,6 +206,7 @@ void bringUpWindows(const CommandLine &line)
     globals.MediaPlayerVersion = 9.0f;
     regSettings().setCompany(QString());
     writeFirstStartKeys();
+    seedAppFolder();
     frmPreviousInstance::StartCommands = line.commands;
     form<frmPreviousInstance>();
     auto &viewer = form<frmMainViewer>();

@@ -379,22 +379,34 @@ bool Pool::endUsedUp(std::unique_lock<std::mutex> &lock)
     return true;
 }
 
+namespace {
+
 /// Of the processes that nobody uses one stays, without arenas.
+const Worker *keptOf(const std::vector<std::unique_ptr<Worker>> &idle)
+{
+    const auto kept = std::find_if(
+        idle.begin(), idle.end(), [](const std::unique_ptr<Worker> &worker) { return !worker->input && !worker->output; });
+    return kept == idle.end() ? nullptr : kept->get();
+}
+
+}
+
 void Pool::retireIdle()
 {
     const Clock::time_point now = Clock::now();
     std::erase_if(m_spareArenas, [&](const SpareArena &spare) { return now - spare.idleSince >= idlePatience; });
     for (Household &household : m_households) {
+        const Worker *const kept = keptOf(household.idle);
         std::vector<std::unique_ptr<Worker>> staying;
         for (std::unique_ptr<Worker> &worker : household.idle) {
-            const bool old = now - worker->idleSince >= idlePatience;
-            const bool stays = !old || (staying.empty() && !worker->input && !worker->output);
+            const bool stays = worker.get() == kept || now - worker->idleSince < idlePatience;
             (stays ? staying : m_usedUp).push_back(std::move(worker));
         }
         household.idle = std::move(staying);
     }
 }
 
+/// Only of what retireIdle() will put out: a time that has passed for good would keep the keeper busy.
 std::optional<Clock::time_point> Pool::nextRetirement() const
 {
     std::optional<Clock::time_point> next;
@@ -405,8 +417,9 @@ std::optional<Clock::time_point> Pool::nextRetirement() const
     for (const SpareArena &spare : m_spareArenas)
         consider(spare.idleSince);
     for (const Household &household : m_households) {
+        const Worker *const kept = keptOf(household.idle);
         for (const std::unique_ptr<Worker> &worker : household.idle) {
-            if (household.idle.size() > 1 || worker->input || worker->output)
+            if (worker.get() != kept)
                 consider(worker->idleSince);
         }
     }

@@ -202,6 +202,14 @@ std::optional<FileStamp> fileStamp(const QString &path)
         state.st_dev, state.st_ino, state.st_size, qMax(nanoseconds(state.st_mtim), nanoseconds(state.st_ctim))};
 }
 
+QDateTime fileDateTime(const QString &path)
+{
+    struct stat state = {};
+    if (!statPath(path, state) || !S_ISREG(state.st_mode))
+        return {};
+    return QDateTime::fromMSecsSinceEpoch(nanoseconds(state.st_mtim) / 1'000'000);
+}
+
 Result<int> openRegularFile(const QString &path)
 {
     // Asked first by name: merely opening a FIFO or a device can wake its other end.

@@ -248,6 +248,27 @@ QString AppFolder()
     return madeFolder(baseFolder("XDG_DATA_HOME", ".local/share/"));
 }
 
+QString dataFolder()
+{
+    const QString chosen = folderFromEnvironment("LUMORA_DATA");
+    if (!chosen.isEmpty())
+        return chosen;
+    const QString program = programFolder();
+    for (const char *place : {"lumora-data/", "../share/lumora/"}) {
+        const QString folder = absolutePath(program + QLatin1String(place), QStringLiteral("/")) + QLatin1Char('/');
+        if (!program.isEmpty() && folderExists(folder))
+            return folder;
+    }
+    return {};
+}
+
+QString dataHomeFolder()
+{
+    const QString folder = baseFolder("XDG_DATA_HOME", ".local/share/");
+    makeFoldersTo(folder);
+    return folder;
+}
+
 QString configFolder()
 {
     return madeFolder(baseFolder("XDG_CONFIG_HOME", ".config/"));
