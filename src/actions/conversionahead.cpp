@@ -132,7 +132,7 @@ void ConversionAhead::forget(const Job &job)
 bool ConversionAhead::isReady()
 {
     const Job job = guessedHere();
-    return !job || m_crew.stageOf(job) >= job->prepared();
+    return m_crew.hasRoom() && (!job || m_crew.stageOf(job) >= job->prepared());
 }
 
 std::optional<ConversionOperation> ConversionAhead::operationUnderWay()

@@ -13,6 +13,8 @@ class ConversionAhead : public ConversionEngine
 public:
     ConversionAhead(ConversionClient &client, PolyImage &image, Gvbox &gvbox);
     ~ConversionAhead() override;
+    /// False when there are no threads to be had.
+    bool works() const { return m_crew.works(); }
 
     void reach(ConversionPlace place, bool diffuse) override;
     bool isReady() override;

@@ -6,6 +6,8 @@
 #include <QThreadPool>
 
 #include <algorithm>
+#include <numeric>
+#include <system_error>
 
 #include <csignal>
 
@@ -14,7 +16,11 @@ namespace {
 constexpr qint64 mebibyte = 1024 * 1024;
 /// Enough for two photographs of 12 megapixels under way and what is to be written of those before.
 constexpr qint64 memoryBudget = 320 * mebibyte;
+/// Of pictures that have gone, for the next ones.
+constexpr qint64 keptMemory = 112 * mebibyte;
 constexpr unsigned mostThreads = 16;
+/// They wait for the disk most of the time.
+constexpr unsigned writerCount = 3;
 /// A file system's clock ticks more slowly than files can change.
 constexpr qint64 restlessNanoseconds = 100'000'000;
 
@@ -52,7 +58,8 @@ public:
 }
 
 ConversionCrew::ConversionCrew(std::function<void()> wake)
-    : m_wake(std::move(wake))
+    : m_pictureMemory(keptMemory)
+    , m_wake(std::move(wake))
     , m_depth(int(threadCount()) * 2 + 2)
     , m_budget(memoryBudget)
 {
@@ -61,17 +68,32 @@ ConversionCrew::ConversionCrew(std::function<void()> wake)
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    for (unsigned i = 0; i < threadCount(); ++i)
+    try {
+        m_threads.emplace_back([this] { writeBehind(); });
         m_threads.emplace_back([this] { work(); });
-    m_threads.emplace_back([this] { writeBehind(); });
+        for (unsigned i = 1; i < threadCount(); ++i)
+            m_threads.emplace_back([this] { work(); });
+        for (unsigned i = 1; i < writerCount; ++i)
+            m_threads.emplace_back([this] { writeBehind(); });
+    } catch (const std::system_error &) {
+        // One of each kind is enough.
+        if (m_threads.size() < 2)
+            end();
+    }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 ConversionCrew::~ConversionCrew()
 {
+    end();
+}
+
+void ConversionCrew::end()
+{
     stop();
     for (std::thread &thread : m_threads)
         thread.join();
+    m_threads.clear();
 }
 
 /// To be called without the lock.
@@ -165,12 +187,30 @@ void ConversionCrew::release(const Job &job)
     m_changed.notify_all();
 }
 
+/// A few large files, or many small ones.
+bool ConversionCrew::isFull() const
+{
+    constexpr std::size_t fewWrites = 4;
+    constexpr std::size_t manyWrites = 16;
+    constexpr qint64 smallBytes = 8 * mebibyte;
+    const auto sum = [](qint64 bytes, const Write &write) { return bytes + write.job->cost; };
+    return m_writes.size() >= manyWrites
+        || (m_writes.size() >= fewWrites
+            && std::accumulate(m_writes.begin(), m_writes.end(), qint64(0), sum) > smallBytes);
+}
+
+bool ConversionCrew::hasRoom() const
+{
+    const std::lock_guard lock(m_mutex);
+    return !isFull();
+}
+
 void ConversionCrew::write(const Job &job, const ConversionOutcome &outcome)
 {
     const std::optional<FilePlace> place = filePlace(outcome.target);
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_writes.size() < std::size_t(m_depth); });
+        m_changed.wait(lock, [this] { return !isFull(); });
         job->wanted = true;
         m_writes.push_back({job, place, m_ended.insert(m_ended.end(), {outcome, false})});
     }
@@ -364,36 +404,5 @@ void ConversionCrew::carryOut(ConversionJob &job)
         job.bytes = std::move(bytes);
     } catch (const std::exception &problem) {
         fail(QString::fromLocal8Bit(problem.what()));
-    }
-}
-
-// --- behind
-
-void ConversionCrew::writeBehind()
-{
-    std::unique_lock lock(m_mutex);
-    while (true) {
-        m_changed.wait(lock, [this] {
-            return m_writes.empty() ? m_stopping : m_writes.front().job->stage == m_writes.front().job->done();
-        });
-        if (m_writes.empty())
-            return;
-        const Job job = m_writes.front().job;
-        ConversionOutcome &outcome = m_writes.front().end->outcome;
-        const Result<QByteArray> bytes = std::exchange(job->bytes, {}).value_or(Failure{job->failure});
-        lock.unlock();
-        const Result<void> written = bytes ? writeFileAtomically(outcome.target, *bytes) : bytes.failure();
-        lock.lock();
-        if (!written) {
-            outcome.what = ConversionOutcome::NotWritten;
-            outcome.reason = written.reason();
-        }
-        m_writes.front().end->over = true;
-        m_writes.pop_front();
-        job->released = true;
-        count(*job);
-        lock.unlock();
-        changed();
-        lock.lock();
     }
 }

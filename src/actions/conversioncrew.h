@@ -58,8 +58,8 @@ struct ConversionJob
     bool abandoned = false;
 };
 
-/// The threads of a run. Jobs are done in the order in which they come, several at a time, within a bound of memory;
-/// files are written by one more thread, in the order in which they are given to it.
+/// The threads of a run. Jobs are done in the order in which they come, several at a time, within a bound of memory.
+/// Files appear in the order in which they are given to it, although several are brought to the disk at a time.
 class ConversionCrew
 {
 public:
@@ -70,6 +70,8 @@ public:
     /// Drops what is ahead, waits for what is behind.
     ~ConversionCrew();
 
+    /// False when the system gave no threads: nothing may be asked of it then.
+    bool works() const { return !m_threads.empty(); }
     /// How many jobs are worth having ahead.
     int depth() const { return m_depth; }
     void add(const Job &job);
@@ -89,6 +91,8 @@ public:
     void record(const ConversionOutcome &outcome);
     /// What has been written or recorded since the last call, in order.
     QVector<ConversionOutcome> takeFinished();
+    /// Whether write() will take one more without a wait.
+    bool hasRoom() const;
     /// Waits until files on their way to that path stand.
     void settle(const QString &path);
     void settleAll();
@@ -107,7 +111,12 @@ private:
         Job job;
         std::optional<FilePlace> place;
         std::list<Ended>::iterator end;
+        enum State { Waiting, Preparing, Prepared, Failed } state = Waiting;
+        /// It failed beside others, which may have taken the room that it needs: it gets another try without them.
+        bool alone = false;
+        std::unique_ptr<FileReplacement> file = {};
     };
+    using Writes = std::list<Write>;
 
     void work();
     Job startable() const;
@@ -119,9 +128,16 @@ private:
     template <class Change> bool advance(ConversionJob &job, int stage, Change change);
     void count(ConversionJob &job);
     void setCost(ConversionJob &job, qint64 bytes);
+    bool isFull() const;
     void writeBehind();
+    bool canPlace() const;
+    Writes::iterator preparable();
+    void prepare(std::unique_lock<std::mutex> &lock, Write &write);
+    void placeFirst(std::unique_lock<std::mutex> &lock);
+    void end();
     void changed();
 
+    const KeptPictureMemory m_pictureMemory;
     const std::function<void()> m_wake;
     const int m_depth;
     const qint64 m_budget; ///< bytes
@@ -129,7 +145,9 @@ private:
     std::condition_variable m_changed;
     std::deque<Job> m_waiting;
     std::vector<Job> m_running;
-    std::deque<Write> m_writes; ///< the first one is at work
+    Writes m_writes; ///< in the order of the run
+    int m_preparing = 0;
+    bool m_placing = false;
     std::list<Ended> m_ended; ///< in the order of the run; the first whose file is still to come holds up the rest
     ConversionPlace m_here;
     qint64 m_held = 0; ///< bytes that are counted for all jobs

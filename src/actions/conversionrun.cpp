@@ -298,13 +298,14 @@ void operateNoting(const ConversionStep &step, PolyImage &image, QString &failur
 
 void runConversion(ConversionClient &client, PolyImage &image, Gvbox &gvbox, LookAhead lookAhead)
 {
+    const auto run = [&](ConversionEngine &engine) { Run(client, image, gvbox, engine).carryOut(); };
     if (lookAhead == LookAhead::AllCores) {
         ConversionAhead engine(client, image, gvbox);
-        Run(client, image, gvbox, engine).carryOut();
-    } else {
-        OneByOne engine(client, image, gvbox);
-        Run(client, image, gvbox, engine).carryOut();
+        if (engine.works())
+            return run(engine);
     }
+    OneByOne engine(client, image, gvbox);
+    run(engine);
 }
 
 // --- a client without windows

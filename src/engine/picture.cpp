@@ -4,7 +4,11 @@
 #include "engine/picturememory.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include <sys/mman.h>
 
@@ -19,11 +23,83 @@ struct Mapping
     size_t length;
 };
 
+/// Mappings of pictures that have gone.
+class Spares
+{
+public:
+    bool keep(const Mapping &mapping)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (qint64(mapping.length) > m_limit - m_bytes)
+            return false;
+        m_kept.push_back(mapping);
+        m_bytes += qint64(mapping.length);
+        return true;
+    }
+
+    /// One that is large enough, and not much larger.
+    std::optional<Mapping> take(size_t length)
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto fitting = std::find_if(m_kept.begin(), m_kept.end(), [length](const Mapping &mapping) {
+            return mapping.length >= length && mapping.length <= length + length / 4;
+        });
+        if (fitting == m_kept.end())
+            return {};
+        const Mapping mapping = *fitting;
+        m_kept.erase(fitting);
+        m_bytes -= qint64(mapping.length);
+        return mapping;
+    }
+
+    /// The limit before.
+    qint64 setLimit(qint64 bytes)
+    {
+        const std::lock_guard lock(m_mutex);
+        const qint64 before = std::exchange(m_limit, bytes);
+        for (; m_bytes > m_limit; m_kept.pop_back()) {
+            m_bytes -= qint64(m_kept.back().length);
+            munmap(m_kept.back().start, m_kept.back().length);
+        }
+        return before;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<Mapping> m_kept;
+    qint64 m_bytes = 0;
+    qint64 m_limit = 0;
+};
+
+Spares &spares()
+{
+    // Never destroyed: pictures may go after the program's statics.
+    static Spares *const all = new Spares;
+    return *all;
+}
+
 void unmap(void *mapping)
 {
     Mapping *const held = static_cast<Mapping *>(mapping);
-    munmap(held->start, held->length);
+    if (!spares().keep(*held))
+        munmap(held->start, held->length);
     delete held;
+}
+
+void *alignedInside(void *start)
+{
+    const size_t skipped = (hugePage - reinterpret_cast<quintptr>(start) % hugePage) % hugePage;
+    return static_cast<uchar *>(start) + skipped;
+}
+
+std::optional<Mapping> newMapping(size_t length)
+{
+    void *const start =
+        mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (start == MAP_FAILED)
+        return {};
+    madvise(alignedInside(start), length - hugePage, MADV_HUGEPAGE);
+    return Mapping{start, length};
 }
 
 PictureMemory memory;
@@ -132,20 +208,39 @@ QImage allocateImage(QSize size, QImage::Format format)
 
     // A mapping of its own, cut to whole huge pages at its start: what malloc gives begins 16 bytes into a page.
     const size_t asked = (bytes + 2 * hugePage - 1) / hugePage * hugePage;
-    void *const start =
-        mmap(nullptr, asked, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (start == MAP_FAILED)
+    std::optional<Mapping> found = spares().take(asked);
+    if (!found)
+        found = newMapping(asked);
+    if (!found)
         return {};
-    const size_t skipped = (hugePage - reinterpret_cast<quintptr>(start) % hugePage) % hugePage;
-    uchar *const pixels = static_cast<uchar *>(start) + skipped;
-    madvise(pixels, bytes, MADV_HUGEPAGE);
-    Mapping *const mapping = new (std::nothrow) Mapping{start, asked};
+    uchar *const pixels = static_cast<uchar *>(alignedInside(found->start));
+    Mapping *const mapping = new (std::nothrow) Mapping(*found);
     if (!mapping) {
-        munmap(start, asked);
+        munmap(found->start, found->length);
         return {};
     }
     QImage image(pixels, size.width(), size.height(), qsizetype(stride), format, unmap, mapping);
     if (image.isNull())
         unmap(mapping);
     return image;
+}
+
+KeptPictureMemory::KeptPictureMemory(qint64 bytes)
+    : m_before(spares().setLimit(bytes))
+{
+}
+
+KeptPictureMemory::~KeptPictureMemory()
+{
+    spares().setLimit(m_before);
+}
+
+QByteArray allocateBytes(qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    const quintptr first = reinterpret_cast<quintptr>(alignedInside(bytes.data()));
+    const quintptr end = reinterpret_cast<quintptr>(bytes.data()) + quintptr(size);
+    if (size_t(size) >= smallBuffer && end > first + hugePage)
+        madvise(reinterpret_cast<void *>(first), (end - first) / hugePage * hugePage, MADV_HUGEPAGE);
+    return bytes;
 }

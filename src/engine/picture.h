@@ -49,3 +49,19 @@ bool hasTransparency(const Picture &picture);
 /// An uninitialised image whose buffer is backed by huge pages where the system grants them: first touch of a large
 /// buffer costs a fifth. Null when `size` is over the limits or memory is short.
 QImage allocateImage(QSize size, QImage::Format format);
+
+/// While one exists, up to `bytes` of the memory of large pictures that have gone are kept for those that come: what is
+/// new has to be cleared by the system first. For work on many pictures of like sizes.
+class KeptPictureMemory
+{
+public:
+    explicit KeptPictureMemory(qint64 bytes);
+    ~KeptPictureMemory();
+    Q_DISABLE_COPY_MOVE(KeptPictureMemory)
+
+private:
+    qint64 m_before;
+};
+
+/// Bytes that are not initialised, backed by huge pages where the system grants them: for whole files in memory.
+QByteArray allocateBytes(qsizetype size);

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 /// File system access by the program's own path text (see filepath.h). Nothing here blocks on a FIFO or a device.
@@ -58,6 +59,27 @@ Result<QByteArray> readFile(const QString &path, qint64 maximumBytes);
 /// there is untouched (except that a folder which cannot be synced is found out only after the rename) and nothing is
 /// left behind.
 Result<void> writeFileAtomically(const QString &path, const QByteArray &bytes);
+
+/// The same in its steps, for those who replace many files: what takes long may be done for several at a time, each by
+/// a thread of its own. A file that was not put in its place leaves nothing behind.
+class FileReplacement
+{
+public:
+    explicit FileReplacement(const QString &path);
+    ~FileReplacement();
+    Q_DISABLE_COPY_MOVE(FileReplacement)
+
+    /// Writes the new file to the disk, with mode and owner of the one that is there now, and without a name.
+    Result<void> prepare(const QByteArray &bytes);
+    /// Puts it in the place of the old one.
+    Result<void> putInPlace();
+    /// Makes the new name last. Of several files in one folder the last one does it for all.
+    Result<void> makeLast();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
 
 /// Removes temporaries of the program in this folder that a crash left there more than a day ago.
 void removeOldTemporaries(const QString &folder);

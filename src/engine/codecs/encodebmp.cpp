@@ -60,14 +60,18 @@ template <class WriteRow> Result<QByteArray> file(const Shape &shape, WriteRow w
 {
     if (shape.offset() + shape.pixelBytes() > qint64(0xffffffff))
         return Failure{QStringLiteral("the picture is too large for a bitmap file")};
-    ByteWriter out;
-    out.bytes.reserve(shape.offset() + shape.pixelBytes());
-    writeHeaders(out, shape);
-    out.fill(shape.pixelBytes());
-    uchar *const pixels = reinterpret_cast<uchar *>(out.bytes.data()) + shape.offset();
-    for (int y = 0; y < shape.size.height(); ++y)
-        writeRow(y, pixels + (shape.size.height() - 1 - y) * shape.stride());
-    return out.bytes;
+    ByteWriter headers;
+    writeHeaders(headers, shape);
+    QByteArray bytes = allocateBytes(shape.offset() + shape.pixelBytes());
+    std::memcpy(bytes.data(), headers.bytes.constData(), shape.offset());
+    uchar *const pixels = reinterpret_cast<uchar *>(bytes.data()) + shape.offset();
+    for (int y = 0; y < shape.size.height(); ++y) {
+        uchar *const row = pixels + (shape.size.height() - 1 - y) * shape.stride();
+        constexpr qint64 mostPadding = 4; // with what is left of the last byte
+        std::memset(row + shape.stride() - mostPadding, 0, mostPadding);
+        writeRow(y, row);
+    }
+    return bytes;
 }
 
 }

@@ -90,7 +90,7 @@ std::optional<QByteArray> packed(const QByteArray &rows)
     const Compressor packer = compressor(levelFor(rows));
     if (!packer)
         return {};
-    QByteArray stream(qsizetype(libdeflate_zlib_compress_bound(packer.get(), size_t(rows.size()))), Qt::Uninitialized);
+    QByteArray stream = allocateBytes(qsizetype(libdeflate_zlib_compress_bound(packer.get(), size_t(rows.size()))));
     const size_t bytes = libdeflate_zlib_compress(
         packer.get(), rows.constData(), size_t(rows.size()), stream.data(), size_t(stream.size()));
     if (bytes == 0)
@@ -190,7 +190,7 @@ std::optional<QByteArray> packedPngPixels(const PngLayout &layout)
     const int height = layout.size().height();
     if ((bytes + 1) * height > mostAtOnce)
         return {};
-    QByteArray rows((bytes + 1) * height, Qt::Uninitialized);
+    QByteArray rows = allocateBytes((bytes + 1) * height);
     // What a palette's numbers differ by means nothing, and bits have no neighbours within a byte.
     if (layout.colorType == PngLayout::paletteColors || layout.bits < 8)
         storeRows(layout, rows);

@@ -27,25 +27,15 @@ Result<QString> linkTarget(QString path)
     return systemFailure(QStringLiteral("cannot write"), path, ELOOP);
 }
 
-/// One replacement of one file, from the temporary to the synced folder.
-class Replacement
+} // namespace
+
+struct FileReplacement::Private
 {
-public:
-    explicit Replacement(const QString &target)
-        : m_target(target)
-    {
-    }
-    Q_DISABLE_COPY_MOVE(Replacement)
-
-    Result<void> carryOut(const QByteArray &bytes);
-
-private:
     Failure failed(const char *what, int error) const { return systemFailure(QLatin1String(what), m_target, error); }
     Result<void> lookAtTarget();
     Result<void> openTemporary();
     Result<void> writeAll(const QByteArray &bytes);
     Result<void> keepState();
-    Result<void> putInPlace();
 
     QString m_target;
     QByteArray m_fileName;
@@ -55,20 +45,7 @@ private:
     TemporaryFile m_file;
 };
 
-Result<void> Replacement::carryOut(const QByteArray &bytes)
-{
-    if (Result<void> step = lookAtTarget(); !step)
-        return step;
-    if (Result<void> step = openTemporary(); !step)
-        return step;
-    if (Result<void> step = writeAll(bytes); !step)
-        return step;
-    if (Result<void> step = keepState(); !step)
-        return step;
-    return putInPlace();
-}
-
-Result<void> Replacement::lookAtTarget()
+Result<void> FileReplacement::Private::lookAtTarget()
 {
     if (nativePath(m_target).isEmpty())
         return failed("cannot write", ENOENT);
@@ -95,14 +72,14 @@ Result<void> Replacement::lookAtTarget()
     return {};
 }
 
-Result<void> Replacement::openTemporary()
+Result<void> FileReplacement::Private::openTemporary()
 {
     // Nobody else shall read the new bytes before the mode of the old file is set.
     const int error = m_file.open(m_folder.number(), m_existed ? 0600 : 0666);
     return error == 0 ? Result<void>() : failed("cannot make a temporary file for", error);
 }
 
-Result<void> Replacement::writeAll(const QByteArray &bytes)
+Result<void> FileReplacement::Private::writeAll(const QByteArray &bytes)
 {
     qint64 written = 0;
     while (written < bytes.size()) {
@@ -117,7 +94,7 @@ Result<void> Replacement::writeAll(const QByteArray &bytes)
     return {};
 }
 
-Result<void> Replacement::keepState()
+Result<void> FileReplacement::Private::keepState()
 {
     if (m_existed) {
         mode_t mode = m_before.st_mode & 07777;
@@ -141,16 +118,37 @@ Result<void> Replacement::keepState()
     return {};
 }
 
-Result<void> Replacement::putInPlace()
+FileReplacement::FileReplacement(const QString &path)
+    : d(std::make_unique<Private>())
 {
-    if (const int error = m_file.replace(m_fileName); error != 0)
-        return failed("cannot replace", error);
-    // The new name may not last without this.
-    const int error = syncFolder(m_folder.number());
-    return error == 0 ? Result<void>() : failed("cannot write the folder to disk of", error);
+    d->m_target = path;
 }
 
-} // namespace
+FileReplacement::~FileReplacement() = default;
+
+Result<void> FileReplacement::prepare(const QByteArray &bytes)
+{
+    const SizeSignalBlocked blocked;
+    if (Result<void> step = d->lookAtTarget(); !step)
+        return step;
+    if (Result<void> step = d->openTemporary(); !step)
+        return step;
+    if (Result<void> step = d->writeAll(bytes); !step)
+        return step;
+    return d->keepState();
+}
+
+Result<void> FileReplacement::putInPlace()
+{
+    const int error = d->m_file.replace(d->m_fileName);
+    return error == 0 ? Result<void>() : d->failed("cannot replace", error);
+}
+
+Result<void> FileReplacement::makeLast()
+{
+    const int error = syncFolder(d->m_folder.number());
+    return error == 0 ? Result<void>() : d->failed("cannot write the folder to disk of", error);
+}
 
 std::optional<FilePlace> filePlace(const QString &path)
 {
@@ -167,8 +165,12 @@ std::optional<FilePlace> filePlace(const QString &path)
 
 Result<void> writeFileAtomically(const QString &path, const QByteArray &bytes)
 {
-    const SizeSignalBlocked blocked;
-    return Replacement(path).carryOut(bytes);
+    FileReplacement replacement(path);
+    if (Result<void> step = replacement.prepare(bytes); !step)
+        return step;
+    if (Result<void> step = replacement.putInPlace(); !step)
+        return step;
+    return replacement.makeLast();
 }
 
 void removeOldTemporaries(const QString &folder)
