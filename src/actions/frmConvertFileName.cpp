@@ -37,11 +37,11 @@ frmConvertFileName::frmConvertFileName(QWidget *parent)
     names->addWidget(lblConvertFileName, 1, 1);
     names->setColumnStretch(1, 1);
     names->setHorizontalSpacing(12);
-    auto *progress = new QHBoxLayout(m_progressLine);
+    auto *progress = new QVBoxLayout(m_progressLine);
     progress->setContentsMargins(0, 0, 0, 0);
-    progress->addWidget(ProgressBar1, 1);
+    progress->addWidget(ProgressBar1);
     progress->addWidget(lblPercent);
-    lblPercent->setMinimumWidth(lblPercent->fontMetrics().horizontalAdvance(QStringLiteral("100%")));
+    lblPercent->setAlignment(Qt::AlignCenter);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(cmdCancel);

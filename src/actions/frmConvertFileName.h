@@ -46,5 +46,5 @@ protected:
 
 private:
     void openUsualFilm();
-    QWidget *m_progressLine; ///< lblPercent and ProgressBar1
+    QWidget *m_progressLine; ///< ProgressBar1 and lblPercent
 };

@@ -2,7 +2,10 @@
 
 #include "platform/filepath.h"
 
+#include <QDateTime>
 #include <QEvent>
+
+#include <utility>
 
 namespace {
 constexpr int framePause = 40; ///< milliseconds
@@ -17,17 +20,21 @@ PathLabel::PathLabel(QWidget *parent)
     m_pause.setInterval(framePause);
     connect(&m_pause, &QTimer::timeout, this, [this] {
         if (m_path != m_shown)
-            setText(m_path);
+            showPath();
     });
 }
 
 void PathLabel::setText(const QString &path)
 {
     m_path = path;
-    if (!isVisible() || m_pause.isActive())
+    if (!isVisible())
         return;
-    showPath();
-    m_pause.start();
+    // All labels change in the same frames: a pair that tells where from and where to belongs together.
+    const qint64 frame = QDateTime::currentMSecsSinceEpoch() / framePause;
+    if (std::exchange(m_frame, frame) != frame)
+        showPath();
+    else if (!m_pause.isActive())
+        m_pause.start();
 }
 
 void PathLabel::showPath()

@@ -24,5 +24,6 @@ private:
     void showPath();
     QString m_path;
     QString m_shown; ///< the path that the screen has
-    QTimer m_pause;
+    qint64 m_frame = 0; ///< when the screen was given a path last
+    QTimer m_pause; ///< brings the last one of a row of paths
 };
