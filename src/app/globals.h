@@ -30,6 +30,7 @@ struct Globals
     QString PolyFilePattern;
 
     QString ChosenFolder; ///< result of the folder dialog; empty after Cancel
+    bool cancelFlag = false; ///< the progress window was told to cancel; only batch conversion reads and clears it
     bool SearchActive = false; ///< a folder search runs; clearing it stops the search
     int FoldersSearched = 0;
 

@@ -1,4 +1,6 @@
+#include "actions/frmConvertFileName.h"
 #include "actions/frmListManagement.h"
+#include "actions/frmSelectBatchDir.h"
 #include "app/allsettings.h"
 #include "app/checkjpg.h"
 #include "app/frmIntroSelect.h"
@@ -60,7 +62,7 @@ constexpr std::array formRows{
     window<frmBrowseFolder>("frmBrowseFolder"),
     notInThisBuild("frmBrowser"),
     notInThisBuild("frmChangeColorDepth"),
-    notInThisBuild("frmConvertFileName"),
+    window<frmConvertFileName>("frmConvertFileName"),
     notInThisBuild("frmConvertFileType"),
     hiddenWindow<frmFileListForm>("frmFileListForm"),
     notInThisBuild("frmFileProperties"),
@@ -79,7 +81,7 @@ constexpr std::array formRows{
     notInThisBuild("frmResize"),
     notInThisBuild("frmResizePictures"),
     notInThisBuild("frmScrollingAbout"),
-    notInThisBuild("frmSelectBatchDir"),
+    window<frmSelectBatchDir>("frmSelectBatchDir"),
     notInThisBuild("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),

@@ -1,6 +1,7 @@
 #include "app/startup.h"
 
 #include "app/allsettings.h"
+#include "app/appdata.h"
 #include "app/checkjpg.h"
 #include "app/commandline.h"
 #include "app/desktopservice.h"
@@ -35,7 +36,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
 
 namespace {
 Q_LOGGING_CATEGORY(logStart, "lumora.start", QtWarningMsg)
@@ -64,13 +64,6 @@ public:
         return false;
     }
 };
-
-QString currentFolder()
-{
-    std::error_code failed;
-    const std::string folder = std::filesystem::current_path(failed).native();
-    return failed ? QStringLiteral("/") : pathFromBytes(QByteArray::fromStdString(folder));
-}
 
 bool anyDisplay()
 {
@@ -211,6 +204,7 @@ void bringUpWindows(const CommandLine &line)
     globals.MediaPlayerVersion = 9.0f;
     regSettings().setCompany(QString());
     writeFirstStartKeys();
+    seedAppFolder();
     frmPreviousInstance::StartCommands = line.commands;
     form<frmPreviousInstance>();
     auto &viewer = form<frmMainViewer>();
@@ -297,7 +291,7 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
 
 int Main(const QStringList &arguments)
 {
-    const CommandLine line = parseCommandLine(arguments, currentFolder());
+    const CommandLine line = parseCommandLine(arguments, workingFolder());
     if (line.help || line.version) {
         print(stdout, line.help ? helpText() : versionText());
         return 0;

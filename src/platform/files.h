@@ -3,6 +3,7 @@
 #include "engine/result.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -15,6 +16,10 @@
 /// at least one file. False for the empty path, a folder without trailing separator, a FIFO, a device, a dead link.
 bool FileExists(const QString &path);
 bool folderExists(const QString &path);
+/// Makes one folder; the one it stands in must be there. A failure when anything has that name.
+Result<void> makeFolder(const QString &path);
+/// What an ordinary user may still write to the folder's volume, in bytes. None when the folder is not there.
+std::optional<qint64> freeSpace(const QString &folder);
 
 /// What makes a file the same file in the same state.
 struct FileStamp
@@ -27,6 +32,9 @@ struct FileStamp
 };
 /// None for anything but a regular file.
 std::optional<FileStamp> fileStamp(const QString &path);
+
+/// When a file's data was last changed, in local time; invalid when there is no such file.
+QDateTime fileDateTime(const QString &path);
 
 /// A descriptor of a regular file, read only and close-on-exec; -1 with a reason otherwise.
 Result<int> openRegularFile(const QString &path);

@@ -15,6 +15,8 @@ struct WindowsSystemFolders
     QString pictures() const;
 };
 
+/// The current folder of the process.
+QString workingFolder();
 /// Mounted volumes a person would browse, the root first.
 QStringList mountedVolumes();
 /// The bookmarks of the desktop's file dialogs that exist.
@@ -22,6 +24,11 @@ QStringList bookmarks();
 
 /// The program file's folder while the user may write there, else $XDG_DATA_HOME/lumora/. Tests set LUMORA_APP_FOLDER.
 QString AppFolder();
+/// What the program was installed with, or built with, and AppFolder is given; empty when it is not there. Tests set
+/// LUMORA_DATA.
+QString dataFolder();
+/// The user's data folder of all programs, $XDG_DATA_HOME, made at first use with mode 0700.
+QString dataHomeFolder();
 /// XDG folders of the program, made at first use with mode 0700: config, cache, state, runtime.
 QString configFolder();
 QString cacheFolder();

@@ -88,6 +88,14 @@ bool ListBox::insertItem(int index, const QString &text)
     return true;
 }
 
+void ListBox::setItemText(int index, const QString &text)
+{
+    if (index < 0 || index >= count())
+        return;
+    d->model->setText(index, text);
+    d->widths.forget();
+}
+
 void ListBox::removeItem(int index)
 {
     removeItems({index});

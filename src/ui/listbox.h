@@ -41,6 +41,8 @@ public:
     /// As many as fit; false when some did not. One repaint.
     bool addItems(const QStringList &texts);
     bool insertItem(int index, const QString &text);
+    /// Gives an entry another text; selection and mark stay, and nothing is raised.
+    void setItemText(int index, const QString &text);
     void removeItem(int index);
     void removeItems(const QList<int> &ascendingIndices);
     void clear();

@@ -24,6 +24,12 @@ void ListBox::Model::insert(int index, const QString &text)
     endInsertRows();
 }
 
+void ListBox::Model::setText(int row, const QString &text)
+{
+    texts[row] = text;
+    Q_EMIT dataChanged(index(row), index(row));
+}
+
 bool ListBox::Model::remove(const std::vector<bool> &goes)
 {
     struct Run

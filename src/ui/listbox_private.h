@@ -22,6 +22,7 @@ public:
 
     void append(const QStringList &more);
     void insert(int index, const QString &text);
+    void setText(int row, const QString &text);
     /// Takes out the marked rows. False when so many places were cut that the model was replaced as a whole.
     bool remove(const std::vector<bool> &goes);
     void replace(const QStringList &other);

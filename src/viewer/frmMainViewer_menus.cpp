@@ -42,12 +42,12 @@ const MenuRow rows[] = {
     {ITEM(mnuEdit), "", "&Edit", "", "", nullptr, submenu},
     {ITEM(mnuPictureCopy), "mnuEdit", "&Copy Image to ClipBoard", "Ctrl+C", "edit-copy", &V::mnuPictureCopy_Click},
     {ITEM(mnuEditCopyPictureLink), "mnuEdit", "C&opy Media Name Link to ClipBoard", "Ctrl+Shift+C", "edit-copy", &V::mnuEditCopyPictureLink_Click},
-    {ITEM(mnuEditCopyFilesTo), "mnuEdit", "-Copy &Files To", "F5", ""},
-    {ITEM(mnuEditMoveFilesTo), "mnuEdit", "&Move Files To", "F6", ""},
-    {ITEM(mnuEditDeleteFiles), "mnuEdit", "&Delete Files", "Shift+Del", "edit-delete"},
-    {ITEM(mnuEditMoveToTrash), "mnuEdit", "Move Selected Files to &Trash", "Ctrl+Shift+Del", "user-trash"},
-    {ITEM(mnuEditUndoTrash), "mnuEdit", "&Undo Move to Trash", "Ctrl+Alt+Z", "edit-undo"},
-    {ITEM(mnuEditRenameFile), "mnuEdit", "&Rename File", "F2", "edit-rename"},
+    {ITEM(mnuEditCopyFilesTo), "mnuEdit", "-Copy &Files To", "F5", "", &V::mnuEditCopyFilesTo_Click},
+    {ITEM(mnuEditMoveFilesTo), "mnuEdit", "&Move Files To", "F6", "", &V::mnuEditMoveFilesTo_Click},
+    {ITEM(mnuEditDeleteFiles), "mnuEdit", "&Delete Files", "Shift+Del", "edit-delete", &V::mnuEditDeleteFiles_Click},
+    {ITEM(mnuEditMoveToTrash), "mnuEdit", "Move Selected Files to &Trash", "Ctrl+Shift+Del", "user-trash", &V::mnuEditMoveToTrash_Click},
+    {ITEM(mnuEditUndoTrash), "mnuEdit", "&Undo Move to Trash", "Ctrl+Alt+Z", "edit-undo", &V::mnuEditUndoTrash_Click},
+    {ITEM(mnuEditRenameFile), "mnuEdit", "&Rename File", "F2", "edit-rename", &V::mnuEditRenameFile_Click},
     {ITEM(mnuEditZoom), "mnuEdit", "-&Zoom", "", "zoom", nullptr, submenu},
     {ITEM(mnuEditZoomIn), "mnuEdit", "Zoom &In", "Ctrl++", "zoom-in", &V::zoominc_Click},
     {ITEM(mnuEditZoomOut), "mnuEdit", "Zoom Ou&t", "Ctrl+-", "zoom-out", &V::zoomdec_Click},
@@ -195,7 +195,8 @@ void frmMainViewer::makeMenus()
     mnuViewToolbarsShowCaptions->setChecked(true);
     mnuTools->setVisible(false);
     // These need no item: their keys work while the menu they stand in is off.
-    addActions({mnuPictureViewer, mnuBrowseFolderView});
+    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuEditUndoTrash});
+    mnuEditUndoTrash->setEnabled(false);
     // Menus hold no command that this build has not been given.
     for (QMenu *menu : std::as_const(menus)) {
         bool anything = false;

@@ -9,7 +9,6 @@
 #include "shell/frmPreferences.h"
 #include "ui/background.h"
 #include "ui/guards.h"
-#include "ui/icons.h"
 #include "ui/yield.h"
 #include "viewer/foldersearch.h"
 #include "viewer/frmMainViewer.h"
@@ -42,7 +41,7 @@ QString motionTypeText(const QString &name)
 
 void frmSelectPictureDirectoryForm::Form_Load()
 {
-    fillDrives();
+    Drive1->fill();
     clearPreview();
 }
 
@@ -73,37 +72,6 @@ void frmSelectPictureDirectoryForm::Form_QueryUnload(bool &cancel)
     cancel = !globals.ProgramExiting;
 }
 
-void frmSelectPictureDirectoryForm::fillDrives()
-{
-    const QSignalBlocker quiet(Drive1);
-    Drive1->clear();
-    const QStringList volumes = mountedVolumes();
-    for (const QString &volume : volumes)
-        Drive1->addItem(themedIcon(QStringLiteral("drive-harddisk")), displayPath(volume), volume);
-    const QStringList folders = bookmarks();
-    if (!folders.isEmpty())
-        Drive1->insertSeparator(Drive1->count());
-    for (const QString &folder : folders)
-        Drive1->addItem(themedIcon(QStringLiteral("user-bookmarks")), displayPath(folder), folder);
-}
-
-/// The volume that holds the folder: the one with the longest name in front of it.
-void frmSelectPictureDirectoryForm::setDriveOf(const QString &folder)
-{
-    const QString whole = folderWithSeparator(folder);
-    int best = 0;
-    for (int index = 0; index < Drive1->count(); ++index) {
-        const QString volume = Drive1->itemData(index).toString();
-        if (volume.isEmpty())
-            break; // the bookmarks follow
-        if (whole.startsWith(volume) && volume.size() >= Drive1->itemData(best).toString().size())
-            best = index;
-    }
-    const QSignalBlocker quiet(Drive1);
-    Drive1->setCurrentIndex(best);
-    m_drive = best;
-}
-
 void frmSelectPictureDirectoryForm::openStartFolder()
 {
     QString start;
@@ -131,7 +99,7 @@ bool frmSelectPictureDirectoryForm::openFolder(const QString &folder)
     if (!Dir1->setPath(folder))
         return false;
     if (self)
-        setDriveOf(folder);
+        Drive1->showDriveOf(folder);
     return true;
 }
 
@@ -152,14 +120,11 @@ QString frmSelectPictureDirectoryForm::jumpFolder(int index)
 
 void frmSelectPictureDirectoryForm::Drive1_Change()
 {
-    const QString volume = Drive1->currentData().toString();
-    const int before = std::exchange(m_drive, Drive1->currentIndex());
-    if (!volume.isEmpty() && Dir1->setPath(volume))
-        return;
-    m_drive = before;
+    const QPointer<frmSelectPictureDirectoryForm> self(this);
+    const bool entered = !Drive1->folder().isEmpty() && Dir1->setPath(Drive1->folder());
     // Not ready: the drive before stays.
-    const QSignalBlocker quiet(Drive1);
-    Drive1->setCurrentIndex(m_drive);
+    if (self)
+        Drive1->settle(entered);
 }
 
 void frmSelectPictureDirectoryForm::Dir1_Change()

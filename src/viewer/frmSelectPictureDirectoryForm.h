@@ -3,11 +3,11 @@
 #include "ui/controls.h"
 #include "ui/form.h"
 #include "ui/listbox.h"
+#include "viewer/drivelist.h"
 #include "viewer/foldertree.h"
 #include "viewer/preview.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QToolButton>
@@ -25,7 +25,7 @@ public:
     CONTROL(lblInfo, QLabel);
     CONTROL_ARRAY(cmdFolder, QToolButton, 0, 3);
     CONTROL_ARRAY(lblButtons, QLabel, 0, 3);
-    CONTROL(Drive1, QComboBox); ///< mounted volumes, then the bookmarks of the desktop; the item's data is the folder
+    CONTROL(Drive1, DriveList);
     CONTROL(Dir1, FolderTree);
     CONTROL(File1, ListBox);
     CONTROL(imgThumbnail, QLabel);
@@ -70,13 +70,10 @@ private:
     QLayout *makeButtonRow();
     void placeFocus();
     void connectControls();
-    void fillDrives();
-    void setDriveOf(const QString &folder);
     void openStartFolder();
     bool openFolder(const QString &folder);
     void clearPreview();
     void showPreview(const FilePreview &preview);
 
     bool m_started = false; ///< the start folder has been picked
-    int m_drive = 0; ///< the entry of Drive1 to fall back to
 };

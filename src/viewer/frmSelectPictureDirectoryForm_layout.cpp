@@ -99,7 +99,6 @@ QLayout *frmSelectPictureDirectoryForm::makeFolderColumn()
     auto *driveLabel = new QLabel(tr("D&rive"), this);
     driveLabel->setBuddy(Drive1);
     Drive1->setAccessibleName(tr("Drive"));
-    Drive1->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     auto *directoryLabel = new QLabel(tr("&Directory"), this);
     directoryLabel->setBuddy(Dir1);
     Dir1->setAccessibleName(tr("Directory"));

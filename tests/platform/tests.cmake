@@ -1,6 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(platform/tst_filepath.cpp rules)
 lumora_test(platform/tst_files.cpp rules)
+lumora_test(platform/tst_filetransfer.cpp rules)
 lumora_test(platform/tst_instance.cpp rules)
 lumora_test(platform/tst_mailprograms.cpp rules)
 lumora_test(platform/tst_registrystore.cpp rules)

@@ -1,47 +1,16 @@
 #include "platform/files.h"
 
 #include "platform/filepath.h"
-#include "platform/linux/descriptor.h"
+#include "platform/linux/temporaryfile.h"
 
 #include <QDateTime>
-#include <QRandomGenerator>
 
 #include <array>
-#include <csignal>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 namespace {
-
-constexpr QLatin1String temporaryStart(".lumora-");
-constexpr QLatin1String temporaryEnd(".tmp");
-
-/// A write beyond the process's file size limit sends a deadly signal; here it shall be an ordinary failure.
-class SizeSignalBlocked
-{
-public:
-    SizeSignalBlocked()
-    {
-        ::sigemptyset(&m_signal);
-        ::sigaddset(&m_signal, SIGXFSZ);
-        ::pthread_sigmask(SIG_BLOCK, &m_signal, &m_before);
-    }
-    ~SizeSignalBlocked()
-    {
-        const timespec atOnce = {};
-        if (!::sigismember(&m_before, SIGXFSZ)) {
-            while (::sigtimedwait(&m_signal, nullptr, &atOnce) > 0) { }
-        }
-        ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-    }
-    Q_DISABLE_COPY_MOVE(SizeSignalBlocked)
-
-private:
-    sigset_t m_signal = {};
-    sigset_t m_before = {};
-};
 
 /// The path at the end of a chain of links; the last one need not exist.
 Result<QString> linkTarget(QString path)
@@ -66,11 +35,6 @@ public:
         : m_target(target)
     {
     }
-    ~Replacement()
-    {
-        if (!m_temporaryName.isEmpty())
-            ::unlinkat(m_folder.number(), m_temporaryName.constData(), 0);
-    }
     Q_DISABLE_COPY_MOVE(Replacement)
 
     Result<void> carryOut(const QByteArray &bytes);
@@ -81,17 +45,14 @@ private:
     Result<void> openTemporary();
     Result<void> writeAll(const QByteArray &bytes);
     Result<void> keepState();
-    void keepAttributes();
     Result<void> putInPlace();
-    void nextTemporaryName();
 
     QString m_target;
     QByteArray m_fileName;
     bool m_existed = false;
     struct stat m_before = {};
     Descriptor m_folder;
-    Descriptor m_file;
-    QByteArray m_temporaryName; ///< set while a name of ours stands in the folder
+    TemporaryFile m_file;
 };
 
 Result<void> Replacement::carryOut(const QByteArray &bytes)
@@ -134,33 +95,11 @@ Result<void> Replacement::lookAtTarget()
     return {};
 }
 
-void Replacement::nextTemporaryName()
-{
-    const QString random = QString::number(QRandomGenerator::global()->generate64(), 16);
-    m_temporaryName = (temporaryStart + random + temporaryEnd).toLatin1();
-}
-
 Result<void> Replacement::openTemporary()
 {
     // Nobody else shall read the new bytes before the mode of the old file is set.
-    const mode_t mode = m_existed ? 0600 : 0666;
-    m_file = Descriptor(::openat(m_folder.number(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
-    if (m_file)
-        return {};
-    if (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT && errno != EINVAL && errno != ENOSYS)
-        return failed("cannot make a temporary file for", errno);
-    // Network and user-space file systems know no unnamed files.
-    for (int attempt = 0; attempt < 16; ++attempt) {
-        nextTemporaryName();
-        m_file = Descriptor(
-            ::openat(m_folder.number(), m_temporaryName.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode));
-        if (m_file)
-            return {};
-        m_temporaryName.clear(); // not ours
-        if (errno != EEXIST)
-            break;
-    }
-    return failed("cannot make a temporary file for", errno);
+    const int error = m_file.open(m_folder.number(), m_existed ? 0600 : 0666);
+    return error == 0 ? Result<void>() : failed("cannot make a temporary file for", error);
 }
 
 Result<void> Replacement::writeAll(const QByteArray &bytes)
@@ -178,30 +117,6 @@ Result<void> Replacement::writeAll(const QByteArray &bytes)
     return {};
 }
 
-/// Extended attributes, access lists among them, as far as the user may set them.
-void Replacement::keepAttributes()
-{
-    const QByteArray target = nativePath(m_target);
-    const ssize_t size = ::listxattr(target.constData(), nullptr, 0);
-    if (size <= 0)
-        return;
-    QByteArray names(size, '\0');
-    const ssize_t listed = ::listxattr(target.constData(), names.data(), static_cast<size_t>(names.size()));
-    if (listed <= 0)
-        return;
-    names.truncate(listed);
-    const QList<QByteArray> each = names.split('\0');
-    for (const QByteArray &name : each) {
-        const ssize_t length = name.isEmpty() ? -1 : ::getxattr(target.constData(), name.constData(), nullptr, 0);
-        if (length < 0)
-            continue;
-        QByteArray value(length, '\0');
-        const ssize_t got = ::getxattr(target.constData(), name.constData(), value.data(), static_cast<size_t>(length));
-        if (got >= 0)
-            ignore(::fsetxattr(m_file.number(), name.constData(), value.constData(), static_cast<size_t>(got), 0));
-    }
-}
-
 Result<void> Replacement::keepState()
 {
     if (m_existed) {
@@ -217,7 +132,7 @@ Result<void> Replacement::keepState()
             mode &= ~static_cast<mode_t>(S_ISUID);
         if (!sameGroup) // what the old group might do is not for another group: it gets what everybody has
             mode = (mode & ~static_cast<mode_t>(S_ISGID | 070)) | (mode & 07) << 3;
-        keepAttributes();
+        copyAttributes(nativePath(m_target), m_file.number());
         if (::fchmod(m_file.number(), mode) != 0)
             return failed("cannot keep the mode of", errno);
     }
@@ -228,30 +143,11 @@ Result<void> Replacement::keepState()
 
 Result<void> Replacement::putInPlace()
 {
-    if (m_temporaryName.isEmpty()) {
-        const QByteArray opened = "/proc/self/fd/" + QByteArray::number(m_file.number());
-        int outcome = -1;
-        for (int attempt = 0; attempt < 16; ++attempt) {
-            nextTemporaryName();
-            outcome = ::linkat(
-                AT_FDCWD, opened.constData(), m_folder.number(), m_temporaryName.constData(), AT_SYMLINK_FOLLOW);
-            if (outcome == 0 || errno != EEXIST)
-                break;
-        }
-        if (outcome != 0) {
-            m_temporaryName.clear();
-            return failed("cannot name the temporary file of", errno);
-        }
-    }
-    if (!m_file.close())
-        return failed("cannot write", errno);
-    if (::renameat(m_folder.number(), m_temporaryName.constData(), m_folder.number(), m_fileName.constData()) != 0)
-        return failed("cannot replace", errno);
-    m_temporaryName.clear();
-    // Some file systems cannot sync a folder and say so; any other failure means the new name may not last.
-    if (::fsync(m_folder.number()) != 0 && errno != EINVAL && errno != ENOTSUP && errno != EROFS)
-        return failed("cannot write the folder to disk of", errno);
-    return {};
+    if (const int error = m_file.replace(m_fileName); error != 0)
+        return failed("cannot replace", error);
+    // The new name may not last without this.
+    const int error = syncFolder(m_folder.number());
+    return error == 0 ? Result<void>() : failed("cannot write the folder to disk of", error);
 }
 
 } // namespace
@@ -272,7 +168,7 @@ void removeOldTemporaries(const QString &folder)
         folder,
         [&](const char *name, EntryKind kind) {
             struct stat state = {};
-            const QLatin1String text(name);
+            const QByteArrayView text(name);
             if (kind == EntryKind::File && text.startsWith(temporaryStart) && text.endsWith(temporaryEnd)
                 && ::fstatat(opened.number(), name, &state, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(state.st_mode)
                 && state.st_mtim.tv_sec < QDateTime::currentSecsSinceEpoch() - secondsOfADay)

@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace {
@@ -163,6 +164,21 @@ Failure systemFailure(const QString &what, const QString &path, int error)
     return Failure{QStringLiteral("%1 %2: %3").arg(what, displayPath(path), qt_error_string(error))};
 }
 
+Result<void> makeFolder(const QString &path)
+{
+    if (::mkdir(nativePath(path).constData(), 0777) != 0)
+        return systemFailure(QStringLiteral("cannot make"), path, errno);
+    return {};
+}
+
+std::optional<qint64> freeSpace(const QString &folder)
+{
+    struct statvfs state = {};
+    if (::statvfs(nativePath(folder).constData(), &state) != 0)
+        return std::nullopt;
+    return static_cast<qint64>(state.f_bavail) * static_cast<qint64>(state.f_frsize);
+}
+
 bool FileExists(const QString &path)
 {
     if (path.endsWith(QLatin1Char('/')))
@@ -184,6 +200,14 @@ std::optional<FileStamp> fileStamp(const QString &path)
         return std::nullopt;
     return FileStamp{
         state.st_dev, state.st_ino, state.st_size, qMax(nanoseconds(state.st_mtim), nanoseconds(state.st_ctim))};
+}
+
+QDateTime fileDateTime(const QString &path)
+{
+    struct stat state = {};
+    if (!statPath(path, state) || !S_ISREG(state.st_mode))
+        return {};
+    return QDateTime::fromMSecsSinceEpoch(nanoseconds(state.st_mtim) / 1'000'000);
 }
 
 Result<int> openRegularFile(const QString &path)

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include <pwd.h>
 #include <sys/stat.h>
@@ -46,7 +47,7 @@ QString baseFolder(const char *variable, const char *belowHome)
 }
 
 /// Makes the folder and those above it that are missing, for this user alone.
-void makeFolder(const QString &folder)
+void makeFoldersTo(const QString &folder)
 {
     for (qsizetype at = folder.indexOf(QLatin1Char('/'), 1); at > 0; at = folder.indexOf(QLatin1Char('/'), at + 1))
         ignore(::mkdir(nativePath(folder.left(at)).constData(), 0700));
@@ -55,7 +56,7 @@ void makeFolder(const QString &folder)
 QString madeFolder(const QString &base)
 {
     const QString folder = base + QStringLiteral("lumora/");
-    makeFolder(folder);
+    makeFoldersTo(folder);
     return folder;
 }
 
@@ -195,6 +196,13 @@ QString WindowsSystemFolders::pictures() const
     return existingOrHome(QStandardPaths::PicturesLocation);
 }
 
+QString workingFolder()
+{
+    std::error_code failed;
+    const std::string folder = std::filesystem::current_path(failed).native();
+    return failed ? QStringLiteral("/") : withSeparator(pathFromBytes(QByteArray::fromStdString(folder)));
+}
+
 QStringList mountedVolumes()
 {
     QStringList volumes = {QStringLiteral("/")};
@@ -240,6 +248,27 @@ QString AppFolder()
     return madeFolder(baseFolder("XDG_DATA_HOME", ".local/share/"));
 }
 
+QString dataFolder()
+{
+    const QString chosen = folderFromEnvironment("LUMORA_DATA");
+    if (!chosen.isEmpty())
+        return chosen;
+    const QString program = programFolder();
+    for (const char *place : {"lumora-data/", "../share/lumora/"}) {
+        const QString folder = absolutePath(program + QLatin1String(place), QStringLiteral("/")) + QLatin1Char('/');
+        if (!program.isEmpty() && folderExists(folder))
+            return folder;
+    }
+    return {};
+}
+
+QString dataHomeFolder()
+{
+    const QString folder = baseFolder("XDG_DATA_HOME", ".local/share/");
+    makeFoldersTo(folder);
+    return folder;
+}
+
 QString configFolder()
 {
     return madeFolder(baseFolder("XDG_CONFIG_HOME", ".config/"));
@@ -264,6 +293,6 @@ QString runtimeFolder()
             return folder;
     }
     const QString temporary = QStringLiteral("/tmp/lumora-%1/").arg(::geteuid());
-    makeFolder(temporary);
+    makeFoldersTo(temporary);
     return isPrivate(temporary) ? temporary : madeFolder(stateFolder() + QStringLiteral("run/"));
 }

@@ -1,0 +1,312 @@
+#include "viewer/frmMainViewer.h"
+
+#include "actions/fileactions.h"
+#include "actions/filework.h"
+#include "actions/frmConvertFileName.h"
+#include "actions/frmSelectBatchDir.h"
+#include "app/globals.h"
+#include "platform/dialogs.h"
+#include "platform/filepath.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "ui/guards.h"
+#include "ui/yield.h"
+
+#include <algorithm>
+
+// Copy, move and delete, three commands that differ on purpose: only copying asks before it replaces, and counts what
+// was declined; moving asks with the words of copying, shows no window and lowers the counter though the entries stay.
+//
+// What a run does is settled when it begins: the selected entries and their files. Where a yield has changed the list
+// since, an entry is changed only when it still stands where it stood.
+
+namespace {
+
+QString askForFolder(frmMainViewer &viewer, const QString &title)
+{
+    auto &picker = form<frmSelectBatchDir>();
+    picker.setParent(&viewer, picker.windowFlags());
+    picker.setWindowTitle(title);
+    picker.exec();
+    if (globals.ProgramExiting)
+        return {};
+    picker.setWindowTitle(frmSelectBatchDir::tr("Tessaly Lumora - Select Batch Directory"));
+    QString folder = picker.lblDirectoryName->text();
+    if (!folder.isEmpty() && !folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return folder;
+}
+
+/// The picker and the question of the two commands with a target; empty when the user does not want it.
+QString targetFolder(frmMainViewer &viewer, const QString &title)
+{
+    const QString folder = askForFolder(viewer, title);
+    if (folder.isEmpty() || !agreed(&viewer, copyQuestion(folder)) || globals.ProgramExiting)
+        return {};
+    // What a crash once left there is a day old.
+    removeOldTemporaries(folder);
+    return folder;
+}
+
+/// The progress window for the length of a copy.
+class CopyWindow
+{
+public:
+    explicit CopyWindow(frmMainViewer &viewer)
+        : m_window(form<frmConvertFileName>())
+    {
+        m_window.setWindowTitle(frmConvertFileName::tr("Coping File(s):"));
+        m_window.showOver(&viewer);
+    }
+    ~CopyWindow()
+    {
+        m_window.hide();
+        m_window.setWindowTitle(frmConvertFileName::tr("Converting File:"));
+        m_window.Animation1->hide();
+        m_window.ProgressBar1->hide();
+    }
+    Q_DISABLE_COPY_MOVE(CopyWindow)
+
+private:
+    frmConvertFileName &m_window;
+};
+
+/// The progress window as a smaller one without a target, for the length of a deletion.
+class DeleteWindow
+{
+public:
+    explicit DeleteWindow(frmMainViewer &viewer)
+        : m_window(form<frmConvertFileName>())
+    {
+        m_window.lblConvertFileName->hide();
+        m_window.lblTo->hide();
+        m_window.setWindowTitle(frmConvertFileName::tr("Deleting File(s):"));
+        m_window.Animation1->Open(AppFolder() + QStringLiteral("filedel.avi"));
+        m_window.Animation1->show();
+        m_window.setHeight(frmConvertFileName::deleteHeight);
+        m_window.showOver(&viewer);
+    }
+    ~DeleteWindow()
+    {
+        m_window.hide();
+        m_window.setWindowTitle(frmConvertFileName::tr("Converting File:"));
+        m_window.lblConvertFileName->show();
+        m_window.lblTo->show();
+        m_window.Animation1->Open(QString());
+        m_window.Animation1->hide();
+        m_window.setHeight(frmConvertFileName::usualHeight);
+    }
+    Q_DISABLE_COPY_MOVE(DeleteWindow)
+
+private:
+    frmConvertFileName &m_window;
+};
+
+/// Whether a failed step is to be taken once more: after a file access error when the user says so.
+bool again(QWidget *owner, FileAction action, const QString &path, const FileOutcome &outcome)
+{
+    logFailure(outcome);
+    return outcome.kind == FileOutcome::Kind::AccessError && !globals.ProgramExiting
+        && agreed(owner, readOnlyQuestion(action, path)) && !globals.ProgramExiting;
+}
+
+bool copyEntry(const QString &path, const QString &target)
+{
+    auto &progress = form<frmConvertFileName>();
+    const bool taken = FileExists(target);
+    if (taken) {
+        const QDateTime inSource = fileDateTime(path);
+        if (!inSource.isValid())
+            return false;
+        if (!agreed(&progress, overwriteQuestion(FileNameOfPath(path), fileDateTime(target), inSource)))
+            return !globals.ProgramExiting;
+    }
+    Patience patience;
+    while (true) {
+        const FileOutcome outcome = copyFile(path, target, taken, patience.asked());
+        if (outcome)
+            return true;
+        if (!again(&progress, FileAction::Copy, path, outcome))
+            return false;
+    }
+}
+
+/// How many entries there were to copy; none when the run has ended early.
+std::optional<int> copySelected(frmMainViewer &viewer, const QString &folder)
+{
+    auto &progress = form<frmConvertFileName>();
+    const int all = viewer.lstDisplay->count();
+    const QVector<ListEntry> entries = selectedEntries(*viewer.lstDisplay);
+    for (const auto &[index, path] : entries) {
+        const QString target = folder + FileNameOfPath(path);
+        progress.lblFileName->setText(fileActionCasing(path));
+        progress.lblConvertFileName->setText(fileActionCasing(target));
+        const std::optional<int> percent = copyPercent(index, all);
+        if (!percent)
+            return std::nullopt;
+        if (*percent >= 1)
+            progress.ProgressBar1->setValue(*percent);
+        Yield();
+        if (globals.ProgramExiting || !copyEntry(path, target))
+            return std::nullopt;
+    }
+    return int(entries.size());
+}
+
+std::optional<int> moveSelected(frmMainViewer &viewer, const QString &folder)
+{
+    QVector<ListEntry> entries = selectedEntries(*viewer.lstDisplay);
+    std::reverse(entries.begin(), entries.end());
+    QVector<MoveOrder> orders;
+    for (const auto &[index, path] : entries) {
+        orders.append({path, folder + FileNameOfPath(path)});
+        releaseFromPlayer(viewer, path);
+    }
+    int count = 0;
+    const auto ended = [&](int order, const FileOutcome &outcome) {
+        const auto &[source, target] = orders[order];
+        if (!outcome)
+            return again(&viewer, FileAction::Move, source, outcome);
+        ++count;
+        const int index = entries[order].index;
+        if (viewer.lstDisplay->itemText(index) == source) {
+            viewer.lstDisplay->setItemText(index, target);
+            raiseCounter(viewer.lblCount, -1);
+        }
+        if (globals.CurrentMediaFile == source)
+            globals.CurrentMediaFile = target;
+        return true;
+    };
+    Patience patience;
+    moveFiles(orders, ended, patience.asked());
+    return count == orders.size() ? std::optional(count) : std::nullopt;
+}
+
+std::optional<int> deleteSelected(frmMainViewer &viewer)
+{
+    auto &progress = form<frmConvertFileName>();
+    QVector<ListEntry> entries = selectedEntries(*viewer.lstDisplay);
+    std::reverse(entries.begin(), entries.end());
+    int count = 0;
+    for (const auto &[index, path] : entries) {
+        if (viewer.lstDisplay->itemText(index) != path)
+            continue;
+        releaseFromPlayer(viewer, path);
+        for (FileOutcome outcome = removeFile(path); !outcome; outcome = removeFile(path)) {
+            if (!again(&progress, FileAction::Delete, path, outcome))
+                return std::nullopt;
+        }
+        ++count;
+        progress.lblFileName->setText(path);
+        if (viewer.lstDisplay->itemText(index) == path)
+            viewer.lstDisplay->removeItem(index);
+        raiseCounter(viewer.lblCount, -1);
+        Yield();
+        if (globals.ProgramExiting)
+            return std::nullopt;
+    }
+    return count;
+}
+
+bool countsEntries(const frmMainViewer &viewer)
+{
+    return viewer.lblCount->text().toInt() > 0;
+}
+
+void refresh(frmMainViewer &viewer)
+{
+    viewer.UpdateMenuAndToolbarState();
+    viewer.UpdateListScrollWidth(viewer.lstSelect);
+    viewer.UpdateListScrollWidth(viewer.lstDisplay);
+}
+
+} // namespace
+
+void frmMainViewer::mnuEditCopyFilesTo_Click()
+{
+    if (globals.ItemSelectionBusy)
+        return;
+    if (lstDisplay->isEmpty()) {
+        UpdateListScrollWidth(lstDisplay);
+        return;
+    }
+    auto &progress = form<frmConvertFileName>();
+    progress.Animation1->Open(AppFolder() + QStringLiteral("filecopy.avi"));
+    progress.Animation1->show();
+    progress.ProgressBar1->show();
+    const QString folder = targetFolder(*this, tr("Tessaly Lumora - Select Copy To...Directory"));
+    if (folder.isEmpty())
+        return;
+    const CopyWindow window(*this);
+    std::optional<int> count;
+    {
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        count = copySelected(*this, folder);
+    }
+    if (globals.ProgramExiting)
+        return;
+    if (!count)
+        return UpdateMenuAndToolbarState();
+    if (countsEntries(*this))
+        lstDisplay->setSelected(0, true);
+    refresh(*this);
+    if (!globals.ProgramExiting)
+        dialogs().show(&progress, fileActionReport(FileAction::Copy, *count));
+}
+
+void frmMainViewer::mnuEditMoveFilesTo_Click()
+{
+    if (globals.ItemSelectionBusy)
+        return;
+    if (lstDisplay->isEmpty()) {
+        UpdateListScrollWidth(lstDisplay);
+        return;
+    }
+    const QString folder = targetFolder(*this, tr("Tessaly Lumora - Select Move To...Directory"));
+    if (folder.isEmpty())
+        return;
+    std::optional<int> count;
+    {
+        const Hourglass hourglass;
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        count = moveSelected(*this, folder);
+    }
+    if (globals.ProgramExiting)
+        return;
+    if (!count)
+        return UpdateMenuAndToolbarState();
+    if (countsEntries(*this))
+        selectAndShow(*this, 0);
+    refresh(*this);
+    if (!globals.ProgramExiting)
+        dialogs().show(this, fileActionReport(FileAction::Move, *count));
+}
+
+void frmMainViewer::mnuEditDeleteFiles_Click()
+{
+    if (globals.ItemSelectionBusy)
+        return;
+    if (lstDisplay->isEmpty()) {
+        UpdateListScrollWidth(lstDisplay);
+        return;
+    }
+    if (!agreed(this, deleteQuestion()) || globals.ProgramExiting)
+        return;
+    const DeleteWindow window(*this);
+    std::optional<int> count;
+    {
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        count = deleteSelected(*this);
+    }
+    if (globals.ProgramExiting)
+        return;
+    if (!count)
+        return UpdateMenuAndToolbarState();
+    if (countsEntries(*this))
+        lstDisplay->setSelected(0, true);
+    else
+        clearViewer(*this);
+    refresh(*this);
+    if (!globals.ProgramExiting)
+        dialogs().show(&form<frmConvertFileName>(), fileActionReport(FileAction::Delete, *count));
+}
