@@ -13,6 +13,7 @@
 #include "shell/frmGradient.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
+#include "thumbnails/frmDataBase.h"
 #include "ui/yield.h"
 #include "viewer/frmFileListForm.h"
 #include "viewer/frmMainViewer.h"
@@ -86,7 +87,7 @@ constexpr std::array formRows{
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
     notInThisBuild("frmThumbNail"),
-    notInThisBuild("frmDataBase"),
+    hiddenWindow<frmDataBase>("frmDataBase"),
     window<frmTip>("frmTip"),
     notInThisBuild("frmUndo"),
     notInThisBuild("frmZoomLevel"),

@@ -85,6 +85,25 @@ bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
     return m_lastError.isEmpty();
 }
 
+QByteArray PolyImage::ImageBlobSave(TypeCode formatCode)
+{
+    const Result<Picture> picture = allPixelsOf(m_held.get());
+    const Result<QByteArray> blob =
+        picture ? encode(*picture, formatCode, m_options) : Result<QByteArray>(picture.failure());
+    m_lastError = blob.reason();
+    return blob ? *blob : QByteArray();
+}
+
+bool PolyImage::ImageBlobLoad(const QByteArray &blob)
+{
+    const Result<Picture> picture =
+        blob.isEmpty() ? Result<Picture>(Failure{QStringLiteral("There is no image.")}) : decode({blob, QString()});
+    m_lastError = picture.reason();
+    if (picture)
+        m_held = LoadedPicture::fromPicture(*picture);
+    return m_lastError.isEmpty();
+}
+
 bool Gvbox::load(const QString &path, QSize target)
 {
     constexpr int ownChoice = -1;

@@ -36,6 +36,13 @@ public:
     /// whole or not at all.
     bool PolySave(const QString &path, TypeCode typeCode, bool diffuse);
 
+    /// The held picture as the bytes of a file of that format; empty on failure. Takes the options of the saves.
+    QByteArray ImageBlobSave(TypeCode formatCode);
+    /// Loads a picture from the bytes of a file, whatever its format is.
+    bool ImageBlobLoad(const QByteArray &blob);
+    /// As PolyWidth(), of what the blobs are about.
+    int PictureWidth() const { return PolyWidth(); }
+
     /// Takes a picture that another control has decoded.
     void setPolyPicture(std::shared_ptr<const LoadedPicture> picture) { m_held = std::move(picture); }
     /// All pixels of the held picture; null when nothing was ever loaded.

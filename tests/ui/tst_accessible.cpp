@@ -7,6 +7,7 @@
 #include "shell/frmPreferences.h"
 #include "support/support.h"
 #include "support/windows.h"
+#include "thumbnails/frmDatabaseStats.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
 #include "viewer/frmlocatefiles.h"
@@ -110,6 +111,7 @@ void tst_accessible::windows()
     row(form<frmIntroSelect>());
     row(form<frmTip>());
     row(form<frmListManagement>());
+    row(form<frmDatabaseStats>());
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
     frmPreferences &preferences = form<frmPreferences>();

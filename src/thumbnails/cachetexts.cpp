@@ -1,0 +1,37 @@
+#include "thumbnails/cachetexts.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+namespace {
+/// Where users of the program write to.
+constexpr char supportAddress[] = "support@tessaly.example";
+}
+
+QString groupedNumber(qint64 number)
+{
+    return number == 0 ? QString() : QLocale(QLocale::English).toString(number);
+}
+
+MessageBox clearingFailedBox()
+{
+    MessageBox box;
+    box.title = QCoreApplication::translate("ThumbnailCache", "Error Clearing ThumbnailCache:");
+    box.text = QCoreApplication::translate("ThumbnailCache",
+                   "Tessaly was unable to clear the thumbnail cache.  This may be caused by an inability to have "
+                   "exclusive access to the cache Database.  Please close any session of Microsoft Access that may be "
+                   "currently open and viewing the cache database.  Then try and clear the thumbnail cache again.  If "
+                   "this does not correct the problem please contact Tessaly Support at: ")
+        + QLatin1String(supportAddress);
+    box.icon = MessageBox::Icon::Exclamation;
+    return box;
+}
+
+QString compactionText(CompactionTakes takes)
+{
+    const QString first = QCoreApplication::translate("ThumbnailCache", "Compacting Thumbnail Database");
+    const QString second = takes == CompactionTakes::Seconds
+        ? QCoreApplication::translate("ThumbnailCache", "this may take several seconds.")
+        : QCoreApplication::translate("ThumbnailCache", "this may take several minutes.");
+    return QStringLiteral("\n%1\n%2").arg(first, second);
+}

@@ -1,0 +1,333 @@
+#include "thumbnails/imagesdatabase.h"
+
+#include "platform/filepath.h"
+#include "platform/files.h"
+#include "platform/filetransfer.h"
+#include "thumbnails/imagesschema.h"
+
+#include <QLoggingCategory>
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <limits>
+
+namespace {
+Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
+
+constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
+constexpr int removedAtOnce = 1000;
+
+QString pathOf(const QString &folder, const char *file)
+{
+    return folder + QLatin1String(file);
+}
+
+/// A template that nobody may write to gives a copy that its owner may.
+void makeWritable(const QString &path)
+{
+    std::error_code failed;
+    std::filesystem::permissions(pathToBytes(path).toStdString(),
+        std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, std::filesystem::perm_options::add,
+        failed);
+}
+
+/// A connection that never takes the log into the file, which would wait for the disk: the writer does.
+bool openLive(SqliteConnection &connection, const QString &path, int waiting)
+{
+    return connection.open(path, SqliteConnection::Open::Existing, waiting) && prepareImagesConnection(connection)
+        && sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr) == SQLITE_OK
+        && connection.run("PRAGMA wal_autocheckpoint=0");
+}
+
+/// Copies the template to a name that is free. Another process may have been quicker, which is as good.
+bool copyTemplate(const QString &folder)
+{
+    const QString path = pathOf(folder, imagesFile);
+    removeLeftOvers(path);
+    const FileOutcome copied = copyFile(pathOf(folder, imagesTemplateFile), path, false);
+    if (!copied && !FileExists(path)) {
+        qCWarning(logCache, "%s", qPrintable(copied.reason));
+        return false;
+    }
+    makeWritable(path);
+    return true;
+}
+
+/// The first damaged file is kept: it may be something that somebody wants back. Later ones are of this program's own
+/// making.
+bool setAside(const QString &path)
+{
+    const QString aside = path + QStringLiteral(".damaged");
+    const FileOutcome renamed = renameFile(path, aside);
+    const FileOutcome gone = renamed ? renamed : removeFile(path);
+    removeLeftOvers(path);
+    if (!gone)
+        qCWarning(logCache, "%s", qPrintable(gone.reason));
+    return bool(gone);
+}
+
+}
+
+void takeInLog(const QString &folder)
+{
+    SqliteConnection connection;
+    const QString path = pathOf(folder, imagesFile);
+    if (FileExists(path) && openLive(connection, path, patience))
+        ignore(connection.run("PRAGMA wal_checkpoint(TRUNCATE)"));
+}
+
+void removeLeftOvers(const QString &path)
+{
+    for (const char *ending : {"-wal", "-shm", "-journal"}) {
+        const QString leftOver = path + QLatin1String(ending);
+        if (FileExists(leftOver))
+            ignore(removeFile(leftOver));
+    }
+}
+
+bool ImagesDatabase::connect(const QString &path)
+{
+    m_damaged = false;
+    const bool opened = openLive(m_connection, path, patience);
+    // Looked at before anything is written: it may be the file of another program.
+    if (!opened || !hasImagesTable(m_connection) || m_connection.value("PRAGMA journal_mode=WAL") != "wal") {
+        qCWarning(logCache, "%s: %s", qPrintable(displayPath(path)), qPrintable(m_connection.reason()));
+        m_damaged = m_connection.isDamaged() || (opened && m_connection.lacksSomething());
+        m_connection.close();
+        return false;
+    }
+    m_counts = bool(m_connection.prepare("SELECT ThumbnailSize, Records FROM tblImageCounts"));
+    return true;
+}
+
+bool ImagesDatabase::open(const QString &folder)
+{
+    const QString path = pathOf(folder, imagesFile);
+    const bool wasDamaged = isDamaged();
+    close();
+    m_path = path;
+    if (!FileExists(path)) // whoever still writes writes into a file without a name
+        settle();
+    const auto away = [&] {
+        settle();
+        return setAside(path);
+    };
+    if (wasDamaged && FileExists(path) && !away())
+        return false;
+    // Once more after a file that is none was set aside.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!FileExists(path) && (!FileExists(pathOf(folder, imagesTemplateFile)) || !copyTemplate(folder)))
+            return false;
+        if (connect(path))
+            return true;
+        if (!m_damaged || !away())
+            return false;
+    }
+    return false;
+}
+
+void ImagesDatabase::close()
+{
+    m_connection.close();
+    m_damaged = false;
+}
+
+void ImagesDatabase::noteFailure()
+{
+    m_damaged = m_damaged || m_connection.isDamaged();
+    qCInfo(logCache, "%s", qPrintable(m_connection.reason()));
+}
+
+bool ImagesDatabase::succeeded(bool done)
+{
+    if (!done)
+        noteFailure();
+    return done;
+}
+
+std::optional<ImageRecord> ImagesDatabase::oneRecord(SqliteStatement *statement)
+{
+    std::optional<ImageRecord> record;
+    if (statement && statement->step())
+        record = recordOf(*statement);
+    else if (!statement || statement->failed())
+        noteFailure();
+    // A statement that has not come to its end would hold the log.
+    if (statement)
+        statement->reset();
+    return record;
+}
+
+std::optional<int> ImagesDatabase::count()
+{
+    m_writer.finish();
+    SqliteStatement *counted = nullptr;
+    if (m_counts)
+        counted = m_connection.statement(m_size ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
+                                                : "SELECT TOTAL(Records) FROM tblImageCounts");
+    else
+        counted = m_connection.statement(
+            m_size ? "SELECT COUNT(*) FROM tblImages WHERE ThumbnailSize=?1" : "SELECT COUNT(*) FROM tblImages");
+    if (counted && m_size)
+        counted->bind(1, *m_size);
+    if (!counted || !counted->step()) {
+        noteFailure();
+        return {};
+    }
+    const auto records = int(qBound(qint64(0), counted->number(0), qint64(std::numeric_limits<int>::max())));
+    counted->reset();
+    return records;
+}
+
+std::optional<ImageRecord> ImagesDatabase::first()
+{
+    m_writer.finish();
+    SqliteStatement *statement = m_connection.statement(m_size
+            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
+            : "SELECT " IMAGE_FIELDS "ORDER BY rowid LIMIT 1");
+    if (statement && m_size)
+        statement->bind(1, *m_size);
+    return oneRecord(statement);
+}
+
+std::optional<ImageRecord> ImagesDatabase::last()
+{
+    m_writer.finish();
+    SqliteStatement *statement = m_connection.statement(m_size
+            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1"
+            : "SELECT " IMAGE_FIELDS "ORDER BY rowid DESC LIMIT 1");
+    if (statement && m_size)
+        statement->bind(1, *m_size);
+    return oneRecord(statement);
+}
+
+std::optional<ImageRecord> ImagesDatabase::beside(const ImageRecord &from, const char *ofSize, const char *ofAll)
+{
+    m_writer.finish();
+    SqliteStatement *statement = m_connection.statement(m_size ? ofSize : ofAll);
+    if (statement)
+        statement->bind(1, from.id);
+    if (statement && m_size) {
+        statement->bind(2, *m_size);
+        statement->bindText(3, pathToBytes(from.name));
+    }
+    return oneRecord(statement);
+}
+
+std::optional<ImageRecord> ImagesDatabase::next(const ImageRecord &from)
+{
+    return beside(from,
+        "SELECT " IMAGE_FIELDS
+        "WHERE ThumbnailSize=?2 AND (ImageName, rowid) > (?3, ?1) ORDER BY ImageName, rowid LIMIT 1",
+        "SELECT " IMAGE_FIELDS "WHERE rowid > ?1 ORDER BY rowid LIMIT 1");
+}
+
+std::optional<ImageRecord> ImagesDatabase::previous(const ImageRecord &from)
+{
+    return beside(from,
+        "SELECT " IMAGE_FIELDS
+        "WHERE ThumbnailSize=?2 AND (ImageName, rowid) < (?3, ?1) ORDER BY ImageName DESC, rowid DESC LIMIT 1",
+        "SELECT " IMAGE_FIELDS "WHERE rowid < ?1 ORDER BY rowid DESC LIMIT 1");
+}
+
+std::optional<ImageRecord> ImagesDatabase::find(const QString &name, int size)
+{
+    if (!isOpen() || (m_size && *m_size != size))
+        return {};
+    if (auto waiting = m_writer.waiting(name, size))
+        return waiting;
+    SqliteStatement *statement = m_connection.statement(
+        "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 AND ImageName=?2 ORDER BY ImageName, rowid");
+    std::optional<ImageRecord> found;
+    if (statement) {
+        statement->bind(1, size);
+        statement->bindText(2, pathToBytes(name));
+        while (!found && statement->step()) {
+            if (isSameImage(pathFromBytes(statement->text(1)), name))
+                found = recordOf(*statement);
+        }
+    }
+    if (!statement || statement->failed())
+        noteFailure();
+    if (statement)
+        statement->reset();
+    return found;
+}
+
+bool ImagesDatabase::contains(const QString &name, int size)
+{
+    SqliteStatement *statement =
+        m_connection.statement("SELECT 1 FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2");
+    if (statement) {
+        statement->bind(1, size);
+        statement->bindText(2, pathToBytes(name));
+    }
+    const bool stored = statement && statement->step();
+    if (statement)
+        statement->reset();
+    return stored || m_writer.waiting(name, size);
+}
+
+bool ImagesDatabase::add(const ImageRecord &record)
+{
+    return isOpen() && m_writer.add(m_path, record);
+}
+
+bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPicture)
+{
+    m_writer.finish();
+    const auto work = [&] {
+        // Another record of the new name and size gives way.
+        SqliteStatement *remove =
+            m_connection.statement("DELETE FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2 AND rowid<>?3");
+        if (remove) {
+            remove->bind(1, record.thumbnailSize);
+            remove->bindText(2, pathToBytes(record.name));
+            remove->bind(3, id);
+        }
+        SqliteStatement *update =
+            m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
+                                   " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7,"
+                                   " ThumbnailImage=CASE WHEN ?10 THEN ThumbnailImage ELSE ?8 END WHERE rowid=?9");
+        if (update) {
+            bindRecord(*update, record);
+            update->bind(9, id);
+            update->bind(10, keepPicture);
+        }
+        return finishStatement(remove) && finishStatement(update) && m_connection.changes() > 0;
+    };
+    if (succeeded(m_connection.run("BEGIN IMMEDIATE") && work() && m_connection.run("COMMIT")))
+        return true;
+    ignore(m_connection.run("ROLLBACK"));
+    return false;
+}
+
+bool ImagesDatabase::remove(qint64 id)
+{
+    m_writer.finish();
+    SqliteStatement *statement = m_connection.statement("DELETE FROM tblImages WHERE rowid=?1");
+    if (statement)
+        statement->bind(1, id);
+    return succeeded(finishStatement(statement));
+}
+
+bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
+{
+    m_writer.finish();
+    do {
+        SqliteStatement *statement = m_connection.statement(m_size
+                ? "DELETE FROM tblImages WHERE rowid IN (SELECT rowid FROM tblImages WHERE ThumbnailSize=?1 LIMIT ?2)"
+                : "DELETE FROM tblImages WHERE rowid IN (SELECT rowid FROM tblImages LIMIT ?2)");
+        if (statement && m_size)
+            statement->bind(1, *m_size);
+        if (statement)
+            statement->bind(2, removedAtOnce);
+        if (!succeeded(finishStatement(statement)))
+            return false;
+        if (m_connection.changes() == 0)
+            return true;
+        ignore(m_connection.run("PRAGMA wal_checkpoint(PASSIVE)"));
+    } while (wanted());
+    return false;
+}
