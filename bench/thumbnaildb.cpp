@@ -25,6 +25,7 @@
 namespace {
 
 constexpr int usualRecords = 500'000;
+constexpr int waves = 1000;
 constexpr int usualBlob = 3000; ///< bytes, up to twice that
 
 void report(const char *name, QVector<double> values, const char *unit = "ms")
@@ -66,13 +67,17 @@ void fill(ImagesDatabase &database, int records)
     ImageRecord record;
     record.date = record.thumbnailDate = QDate(2004, 1, 1);
     QVector<double> times;
+    QVector<double> writing;
     for (int number = 0; number < records; ++number) {
         record.name = nameOf(number);
         record.thumbnailSize = sizeOf(number);
         record.picture = noise.first(usualBlob + int(random.bounded(usualBlob)));
         times.append(timed([&] { database.add(record); }));
+        if (number % waves == waves - 1)
+            writing.append(timed([&] { database.settle(); }));
     }
     report("store one record", times);
+    report("write a thousand that wait, beside the window", writing);
 }
 
 void timeOpenAndFind(const QString &folder, int records)

@@ -80,6 +80,7 @@ void frmDataBase::Form_QueryUnload(bool &cancel)
 void frmDataBase::Form_Unload()
 {
     CloseDatabase();
+    m_database.settle();
 }
 
 // --- opening and closing
@@ -170,13 +171,23 @@ bool frmDataBase::loadPicture()
     return m_current && ImageBox1.ImageBlobLoad(unsealedBlob(m_current->picture));
 }
 
+/// Reads the record that it stands on from the file, where it is not known yet. False when there is none.
+bool frmDataBase::standOnRecord()
+{
+    if (!m_current)
+        m_current = m_database.first();
+    else if (m_current->id == 0)
+        m_current = (m_database.settle(), m_database.find(m_current->name, m_current->thumbnailSize));
+    return m_current.has_value();
+}
+
 bool frmDataBase::Find_Click(const QString &name, int size)
 {
     if (RecordTotal <= 0 || m_working)
         return false;
     std::optional<ImageRecord> found = m_database.find(name, size);
     if (!found) {
-        m_current = m_database.first();
+        m_current.reset();
         reopenIfDamaged();
         return false;
     }
@@ -191,13 +202,13 @@ bool frmDataBase::Find_Click(const QString &name, int size)
 void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int width, QDate date)
 {
     const std::optional<int> level = number(option("ThumbnailCompressionLevel", "1"));
-    if (m_working || !level || (!isNew && !m_current))
+    if (m_working || !level || (!isNew && !m_current && !standOnRecord()))
         return;
-    // What is stored is what the caller has put there, whatever the events bring.
+    // What is stored is what the caller has put there, where the caller stood, whatever the events bring.
     const int opening = m_openings;
     const QPointer<frmDataBase> here(this);
+    const std::optional<ImageRecord> stoodOn = m_current;
     PolyImage box = ImageBox1;
-    const qint64 id = isNew ? 0 : m_current->id;
     ImageRecord record;
     record.name = name;
     record.height = in16Bits(height);
@@ -218,17 +229,18 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     Yield();
     if (!here || !isStill(opening) || m_working)
         return;
-    const bool stored =
-        isNew ? m_database.add(record) != ImagesDatabase::Stored::Failed : m_database.change(id, record, !format);
-    if (!stored) {
+    const bool counts = !m_database.selection() || m_database.selection() == record.thumbnailSize;
+    const bool adds = isNew && counts && !m_database.contains(name, record.thumbnailSize);
+    m_current = stoodOn;
+    if (isNew ? !m_database.add(record) : !change(record, !format)) {
         reopenIfDamaged();
         return;
     }
-    m_current = m_database.last();
+    m_current = record;
+    RecordTotal += adds ? 1 : 0;
     Yield();
     if (!here || !isStill(opening) || m_working)
         return;
-    RecordTotal = m_database.count().value_or(RecordTotal);
     CurrentRecord = RecordTotal;
     showPosition();
     Cmd_Move[1]->setEnabled(false);
@@ -236,6 +248,16 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
         Cmd_Move[0]->setEnabled(true);
         Cmd_Delete->setEnabled(true);
     }
+}
+
+/// Writes into the record that it stands on. Under the same key that is the same as storing it anew, which does not
+/// wait.
+bool frmDataBase::change(const ImageRecord &record, bool keepPicture)
+{
+    const bool sameKey = m_current->name == record.name && m_current->thumbnailSize == record.thumbnailSize;
+    if (sameKey && !keepPicture)
+        return m_database.add(record);
+    return standOnRecord() && m_database.change(m_current->id, record, keepPicture);
 }
 
 void frmDataBase::Move_Click(int index)
@@ -246,11 +268,11 @@ void frmDataBase::Move_Click(int index)
     if (index == 0 && CurrentRecord >= 2) {
         --CurrentRecord;
         Cmd_Move[1]->setEnabled(true);
-        there = m_current ? m_database.previous(*m_current) : std::nullopt;
+        there = standOnRecord() ? m_database.previous(*m_current) : std::nullopt;
     } else if (index != 0 && CurrentRecord < RecordTotal) {
         ++CurrentRecord;
         Cmd_Move[0]->setEnabled(true);
-        there = m_current ? m_database.next(*m_current) : std::nullopt;
+        there = standOnRecord() ? m_database.next(*m_current) : std::nullopt;
     }
     if (there)
         m_current = std::move(there);
@@ -267,11 +289,11 @@ void frmDataBase::Delete_Click()
 {
     if (RecordTotal <= 0 || m_working)
         return;
-    if (m_current && !m_database.remove(m_current->id)) {
+    if (standOnRecord() && !m_database.remove(m_current->id)) {
         reopenIfDamaged();
         return;
     }
-    m_current = m_database.first();
+    m_current.reset();
     --RecordTotal;
     CurrentRecord = 1;
     if (RecordTotal < 1)
@@ -319,7 +341,7 @@ bool frmDataBase::DeleteAllOfSizeClick()
     } else {
         RecordTotal = m_database.count().value_or(0);
     }
-    m_current = m_database.first();
+    m_current.reset();
     reopenIfDamaged();
     return emptied;
 }
@@ -369,6 +391,17 @@ bool frmDataBase::CompactDatabase()
 }
 
 // --- statistics
+
+qint64 frmDataBase::FileSize()
+{
+    const QString folder = AppFolder();
+    if (!m_working) {
+        m_database.settle();
+        takeInLog(folder);
+    }
+    const auto file = fileStamp(folder + QLatin1String(imagesFile));
+    return file ? file->size : 0;
+}
 
 void frmDataBase::DatabaseStats()
 {

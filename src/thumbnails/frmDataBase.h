@@ -62,17 +62,21 @@ public:
     bool CompactDatabase();
     /// Fills frmDatabaseStats.
     void DatabaseStats();
+    /// The length of the database file in bytes, with all in it that was stored; 0 when there is none.
+    qint64 FileSize();
 
 private:
     void showEmpty();
     void showPosition();
     void showFields();
     bool loadPicture();
+    bool standOnRecord();
+    bool change(const ImageRecord &record, bool keepPicture);
     void reopenIfDamaged();
     bool isStill(int opening) const { return opening == m_openings && m_database.isOpen(); }
     bool runBeside(const std::function<bool()> &work, const std::function<void()> &interrupt);
     ImagesDatabase m_database;
-    std::optional<ImageRecord> m_current;
+    std::optional<ImageRecord> m_current; ///< none stands for the first
     QString m_opened; ///< the text that the open records were chosen by
     int m_openings = 0; ///< grows with each opening and closing; work that finds another number after a yield ends
     bool m_working = false; ///< long work has the database; nothing else may touch it

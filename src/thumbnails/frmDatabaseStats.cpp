@@ -1,11 +1,8 @@
 #include "thumbnails/frmDatabaseStats.h"
 
 #include "app/globals.h"
-#include "platform/files.h"
-#include "platform/folders.h"
 #include "thumbnails/cachetexts.h"
 #include "thumbnails/frmDataBase.h"
-#include "thumbnails/imagesschema.h"
 #include "ui/background.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
@@ -20,6 +17,7 @@ namespace {
 /// The labels of the sizes, 60 first.
 constexpr const char *sizeLabels[] = {"Label4", "Label5", "Label6", "Label7", "Label8", "Label9", "Label10", "Label11",
     "Label12", "Label13", "Label16", "Label18", "Label19", "Label20", "Label2"};
+constexpr auto toTheRight = Qt::AlignRight | Qt::AlignVCenter;
 constexpr int rowsOnTheLeft = 8; ///< 60 to 130
 
 }
@@ -35,6 +33,8 @@ frmDatabaseStats::frmDatabaseStats(QWidget *parent)
     Label15->setText(tr("Database File Size:"));
     Label17->setText(tr("Total Thumnails:"));
     lblNumberOfThumbnails->setText(tr("Number of Thumbails:"));
+    lblFileSize->setAlignment(toTheRight);
+    lblTotalThumbnails->setAlignment(toTheRight);
     lblFileSize->setAccessibleDescription(Label15->text());
     lblTotalThumbnails->setAccessibleDescription(Label17->text());
     cmdCompactDatabase->setText(tr("&Compact Database"));
@@ -46,9 +46,9 @@ frmDatabaseStats::frmDatabaseStats(QWidget *parent)
     auto *sums = new QGridLayout;
     sums->setHorizontalSpacing(12);
     sums->addWidget(Label15, 0, 0);
-    sums->addWidget(lblFileSize, 0, 1, Qt::AlignRight);
+    sums->addWidget(lblFileSize, 0, 1);
     sums->addWidget(Label17, 1, 0);
-    sums->addWidget(lblTotalThumbnails, 1, 1, Qt::AlignRight);
+    sums->addWidget(lblTotalThumbnails, 1, 1);
     sums->setColumnStretch(1, 1);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(cmdCompactDatabase);
@@ -79,8 +79,10 @@ QLayout *frmDatabaseStats::makeCounts()
     for (int side = 0; side < 2; ++side) {
         Label3[side]->setText(tr("Size:"));
         Label14[side]->setText(tr("No. of Items:"));
-        grid->addWidget(Label3[side], 0, side * 3, Qt::AlignRight);
-        grid->addWidget(Label14[side], 0, side * 3 + 1, Qt::AlignRight);
+        Label3[side]->setAlignment(toTheRight);
+        Label14[side]->setAlignment(toTheRight);
+        grid->addWidget(Label3[side], 0, side * 3);
+        grid->addWidget(Label14[side], 0, side * 3 + 1);
         grid->setColumnStretch(side * 3 + 1, 1);
     }
     for (int index = 0; index < sizes; ++index) {
@@ -92,8 +94,10 @@ QLayout *frmDatabaseStats::makeCounts()
         count->setAccessibleDescription(tr("Thumbnails of size %1").arg(size));
         const int side = index < rowsOnTheLeft ? 0 : 1;
         const int row = 1 + index - side * rowsOnTheLeft;
-        grid->addWidget(label, row, side * 3, Qt::AlignRight);
-        grid->addWidget(count, row, side * 3 + 1, Qt::AlignRight);
+        label->setAlignment(toTheRight);
+        count->setAlignment(toTheRight);
+        grid->addWidget(label, row, side * 3);
+        grid->addWidget(count, row, side * 3 + 1);
     }
     return grid;
 }
@@ -122,9 +126,7 @@ void frmDatabaseStats::Form_Activate()
     PaintFormBackground(this, QStringLiteral("OTHER"));
     auto &cache = form<frmDataBase>();
     cache.CloseDatabase();
-    takeInLog(AppFolder());
-    const auto file = fileStamp(AppFolder() + QLatin1String(imagesFile));
-    lblFileSize->setText(groupedNumber(file ? file->size : 0));
+    lblFileSize->setText(groupedNumber(cache.FileSize()));
     cache.OpenImagesDatabase(QString());
     cache.DatabaseStats();
 }

@@ -17,51 +17,10 @@ Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
-constexpr int longestLog = 1000; ///< pages, before they are taken into the file
-
-#define FIELDS                                                                                                         \
-    "rowid, ImageName, ImageHeight, ImageWidth, ImageDate, ThumbnailImage, ThumbnailCompressionMode, ThumbnailDate,"   \
-    " ThumbnailSize FROM tblImages "
 
 QString pathOf(const QString &folder, const char *file)
 {
     return folder + QLatin1String(file);
-}
-
-QByteArray dateText(QDate date)
-{
-    return date.toString(Qt::ISODate).toLatin1();
-}
-
-ImageRecord recordOf(const SqliteStatement &row)
-{
-    ImageRecord record;
-    record.id = row.number(0);
-    record.name = pathFromBytes(row.text(1));
-    record.height = int(row.number(2));
-    record.width = int(row.number(3));
-    record.date = QDate::fromString(QString::fromLatin1(row.text(4)), Qt::ISODate);
-    record.picture = row.bytes(5);
-    record.compressionMode = int(row.number(6));
-    record.thumbnailDate = QDate::fromString(QString::fromLatin1(row.text(7)), Qt::ISODate);
-    record.thumbnailSize = int(row.number(8));
-    return record;
-}
-
-/// Parameters 1 to 8.
-void bindRecord(SqliteStatement &statement, const ImageRecord &record)
-{
-    statement.bindText(1, pathToBytes(record.name));
-    statement.bind(2, record.height);
-    statement.bind(3, record.width);
-    statement.bindText(4, dateText(record.date));
-    statement.bind(5, record.compressionMode);
-    statement.bindText(6, dateText(record.thumbnailDate));
-    statement.bind(7, record.thumbnailSize);
-    if (record.picture.isEmpty())
-        statement.bindNull(8);
-    else
-        statement.bindBlob(8, record.picture);
 }
 
 /// A template that nobody may write to gives a copy that its owner may.
@@ -73,11 +32,12 @@ void makeWritable(const QString &path)
         failed);
 }
 
-/// A connection whose closing waits for no disk: the next opening reads the log.
+/// A connection that never takes the log into the file, which would wait for the disk: the writer does.
 bool openLive(SqliteConnection &connection, const QString &path, int waiting)
 {
     return connection.open(path, SqliteConnection::Open::Existing, waiting) && prepareImagesConnection(connection)
-        && sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr) == SQLITE_OK;
+        && sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr) == SQLITE_OK
+        && connection.run("PRAGMA wal_autocheckpoint=0");
 }
 
 /// Copies the template to a name that is free. Another process may have been quicker, which is as good.
@@ -126,16 +86,6 @@ void removeLeftOvers(const QString &path)
     }
 }
 
-bool isSameImage(const QString &stored, const QString &wanted)
-{
-    if (stored == wanted)
-        return true;
-    const auto storedFile = fileStamp(stored);
-    const auto wantedFile = fileStamp(wanted);
-    return !storedFile || !wantedFile
-        || (storedFile->device == wantedFile->device && storedFile->inode == wantedFile->inode);
-}
-
 bool ImagesDatabase::connect(const QString &path)
 {
     m_damaged = false;
@@ -147,45 +97,18 @@ bool ImagesDatabase::connect(const QString &path)
         m_connection.close();
         return false;
     }
-    sqlite3_wal_hook(m_connection.handle(), &ImagesDatabase::logHasGrown, this);
     m_counts = bool(m_connection.prepare("SELECT ThumbnailSize, Records FROM tblImageCounts"));
     return true;
-}
-
-/// After each commit. The log is taken into the file beside the windows: it takes two waits for the disk.
-int ImagesDatabase::logHasGrown(void *self, sqlite3 *, const char *, int pages)
-{
-    if (pages >= longestLog)
-        static_cast<ImagesDatabase *>(self)->checkpoint();
-    return SQLITE_OK;
-}
-
-void ImagesDatabase::checkpoint()
-{
-    if (m_checkpointing.exchange(true))
-        return;
-    settle();
-    m_checkpoint = std::jthread([this, path = m_path] {
-        SqliteConnection connection;
-        if (openLive(connection, path, 0))
-            ignore(connection.run("PRAGMA wal_checkpoint(PASSIVE)"));
-        connection.close();
-        m_checkpointing = false;
-    });
-}
-
-void ImagesDatabase::settle()
-{
-    if (m_checkpoint.joinable())
-        m_checkpoint.join();
 }
 
 bool ImagesDatabase::open(const QString &folder)
 {
     const QString path = pathOf(folder, imagesFile);
-    const bool wasDamaged = m_damaged;
+    const bool wasDamaged = isDamaged();
     close();
     m_path = path;
+    if (!FileExists(path)) // whoever still writes writes into a file without a name
+        settle();
     const auto away = [&] {
         settle();
         return setAside(path);
@@ -216,20 +139,11 @@ void ImagesDatabase::noteFailure()
     qCInfo(logCache, "%s", qPrintable(m_connection.reason()));
 }
 
-/// Runs a statement that gives no rows.
-bool ImagesDatabase::finish(SqliteStatement *statement)
+bool ImagesDatabase::succeeded(bool done)
 {
-    if (statement) {
-        while (statement->step()) { }
-    }
-    if (statement && !statement->failed()) {
-        statement->reset();
-        return true;
-    }
-    noteFailure();
-    if (statement)
-        statement->reset();
-    return false;
+    if (!done)
+        noteFailure();
+    return done;
 }
 
 std::optional<ImageRecord> ImagesDatabase::oneRecord(SqliteStatement *statement)
@@ -247,6 +161,7 @@ std::optional<ImageRecord> ImagesDatabase::oneRecord(SqliteStatement *statement)
 
 std::optional<int> ImagesDatabase::count()
 {
+    m_writer.finish();
     SqliteStatement *counted = nullptr;
     if (m_counts)
         counted = m_connection.statement(m_size ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
@@ -267,9 +182,10 @@ std::optional<int> ImagesDatabase::count()
 
 std::optional<ImageRecord> ImagesDatabase::first()
 {
-    SqliteStatement *statement =
-        m_connection.statement(m_size ? "SELECT " FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
-                                      : "SELECT " FIELDS "ORDER BY rowid LIMIT 1");
+    m_writer.finish();
+    SqliteStatement *statement = m_connection.statement(m_size
+            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
+            : "SELECT " IMAGE_FIELDS "ORDER BY rowid LIMIT 1");
     if (statement && m_size)
         statement->bind(1, *m_size);
     return oneRecord(statement);
@@ -277,9 +193,10 @@ std::optional<ImageRecord> ImagesDatabase::first()
 
 std::optional<ImageRecord> ImagesDatabase::last()
 {
+    m_writer.finish();
     SqliteStatement *statement = m_connection.statement(m_size
-            ? "SELECT " FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1"
-            : "SELECT " FIELDS "ORDER BY rowid DESC LIMIT 1");
+            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1"
+            : "SELECT " IMAGE_FIELDS "ORDER BY rowid DESC LIMIT 1");
     if (statement && m_size)
         statement->bind(1, *m_size);
     return oneRecord(statement);
@@ -287,6 +204,7 @@ std::optional<ImageRecord> ImagesDatabase::last()
 
 std::optional<ImageRecord> ImagesDatabase::beside(const ImageRecord &from, const char *ofSize, const char *ofAll)
 {
+    m_writer.finish();
     SqliteStatement *statement = m_connection.statement(m_size ? ofSize : ofAll);
     if (statement)
         statement->bind(1, from.id);
@@ -300,24 +218,27 @@ std::optional<ImageRecord> ImagesDatabase::beside(const ImageRecord &from, const
 std::optional<ImageRecord> ImagesDatabase::next(const ImageRecord &from)
 {
     return beside(from,
-        "SELECT " FIELDS "WHERE ThumbnailSize=?2 AND (ImageName, rowid) > (?3, ?1) ORDER BY ImageName, rowid LIMIT 1",
-        "SELECT " FIELDS "WHERE rowid > ?1 ORDER BY rowid LIMIT 1");
+        "SELECT " IMAGE_FIELDS
+        "WHERE ThumbnailSize=?2 AND (ImageName, rowid) > (?3, ?1) ORDER BY ImageName, rowid LIMIT 1",
+        "SELECT " IMAGE_FIELDS "WHERE rowid > ?1 ORDER BY rowid LIMIT 1");
 }
 
 std::optional<ImageRecord> ImagesDatabase::previous(const ImageRecord &from)
 {
     return beside(from,
-        "SELECT " FIELDS
+        "SELECT " IMAGE_FIELDS
         "WHERE ThumbnailSize=?2 AND (ImageName, rowid) < (?3, ?1) ORDER BY ImageName DESC, rowid DESC LIMIT 1",
-        "SELECT " FIELDS "WHERE rowid < ?1 ORDER BY rowid DESC LIMIT 1");
+        "SELECT " IMAGE_FIELDS "WHERE rowid < ?1 ORDER BY rowid DESC LIMIT 1");
 }
 
 std::optional<ImageRecord> ImagesDatabase::find(const QString &name, int size)
 {
-    if (m_size && *m_size != size)
+    if (!isOpen() || (m_size && *m_size != size))
         return {};
-    SqliteStatement *statement =
-        m_connection.statement("SELECT " FIELDS "WHERE ThumbnailSize=?1 AND ImageName=?2 ORDER BY ImageName, rowid");
+    if (auto waiting = m_writer.waiting(name, size))
+        return waiting;
+    SqliteStatement *statement = m_connection.statement(
+        "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 AND ImageName=?2 ORDER BY ImageName, rowid");
     std::optional<ImageRecord> found;
     if (statement) {
         statement->bind(1, size);
@@ -334,50 +255,29 @@ std::optional<ImageRecord> ImagesDatabase::find(const QString &name, int size)
     return found;
 }
 
-bool ImagesDatabase::inTransaction(const std::function<bool()> &work)
+bool ImagesDatabase::contains(const QString &name, int size)
 {
-    if (!m_connection.run("BEGIN IMMEDIATE")) {
-        noteFailure();
-        return false;
+    SqliteStatement *statement =
+        m_connection.statement("SELECT 1 FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2");
+    if (statement) {
+        statement->bind(1, size);
+        statement->bindText(2, pathToBytes(name));
     }
-    if (work() && m_connection.run("COMMIT"))
-        return true;
-    noteFailure();
-    ignore(m_connection.run("ROLLBACK"));
-    return false;
+    const bool stored = statement && statement->step();
+    if (statement)
+        statement->reset();
+    return stored || m_writer.waiting(name, size);
 }
 
-ImagesDatabase::Stored ImagesDatabase::add(const ImageRecord &record)
+bool ImagesDatabase::add(const ImageRecord &record)
 {
-    Stored stored = Stored::Failed;
-    // Not by a clause on the key: a file from elsewhere may have none, and several records under it.
-    const bool done = inTransaction([&] {
-        SqliteStatement *replace =
-            m_connection.statement("UPDATE tblImages SET ImageName=?1, ImageHeight=?2, ImageWidth=?3, ImageDate=?4,"
-                                   " ThumbnailCompressionMode=?5, ThumbnailDate=?6, ThumbnailSize=?7, ThumbnailImage=?8"
-                                   " WHERE ThumbnailSize=?7 AND ImageName=?1");
-        if (replace)
-            bindRecord(*replace, record);
-        if (!finish(replace))
-            return false;
-        stored = Stored::Replaced;
-        if (m_connection.changes() > 0)
-            return true;
-        SqliteStatement *insert =
-            m_connection.statement("INSERT INTO tblImages (ImageName, ImageHeight, ImageWidth, ImageDate,"
-                                   " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize, ThumbnailImage)"
-                                   " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)");
-        if (insert)
-            bindRecord(*insert, record);
-        stored = Stored::Added;
-        return finish(insert);
-    });
-    return done ? stored : Stored::Failed;
+    return isOpen() && m_writer.add(m_path, record);
 }
 
 bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPicture)
 {
-    return inTransaction([&] {
+    m_writer.finish();
+    const auto work = [&] {
         // Another record of the new name and size gives way.
         SqliteStatement *remove =
             m_connection.statement("DELETE FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2 AND rowid<>?3");
@@ -395,20 +295,26 @@ bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPictu
             update->bind(9, id);
             update->bind(10, keepPicture);
         }
-        return finish(remove) && finish(update) && m_connection.changes() > 0;
-    });
+        return finishStatement(remove) && finishStatement(update) && m_connection.changes() > 0;
+    };
+    if (succeeded(m_connection.run("BEGIN IMMEDIATE") && work() && m_connection.run("COMMIT")))
+        return true;
+    ignore(m_connection.run("ROLLBACK"));
+    return false;
 }
 
 bool ImagesDatabase::remove(qint64 id)
 {
+    m_writer.finish();
     SqliteStatement *statement = m_connection.statement("DELETE FROM tblImages WHERE rowid=?1");
     if (statement)
         statement->bind(1, id);
-    return finish(statement);
+    return succeeded(finishStatement(statement));
 }
 
 bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
 {
+    m_writer.finish();
     do {
         SqliteStatement *statement = m_connection.statement(m_size
                 ? "DELETE FROM tblImages WHERE rowid IN (SELECT rowid FROM tblImages WHERE ThumbnailSize=?1 LIMIT ?2)"
@@ -417,10 +323,11 @@ bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
             statement->bind(1, *m_size);
         if (statement)
             statement->bind(2, removedAtOnce);
-        if (!finish(statement))
+        if (!succeeded(finishStatement(statement)))
             return false;
         if (m_connection.changes() == 0)
             return true;
+        ignore(m_connection.run("PRAGMA wal_checkpoint(PASSIVE)"));
     } while (wanted());
     return false;
 }

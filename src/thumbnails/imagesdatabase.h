@@ -1,31 +1,15 @@
 #pragma once
 
+#include "thumbnails/imagerecord.h"
+#include "thumbnails/imageswriter.h"
 #include "thumbnails/sqlite.h"
 
-#include <QDate>
-
-#include <atomic>
 #include <functional>
 #include <optional>
-#include <thread>
-
-/// A record of tblImages.
-struct ImageRecord
-{
-    qint64 id = 0; ///< of the row; 0 for one that is not stored
-    QString name; ///< path text
-    int height = 0; ///< 16 bits, as all numbers but the size
-    int width = 0;
-    QDate date; ///< of the file
-    QByteArray picture; ///< the blob; empty for none
-    int compressionMode = 0;
-    QDate thumbnailDate; ///< of the storing
-    int thumbnailSize = 0;
-};
 
 /// The file images.mdb and the records in it, one size or all sizes at a time. Nothing here waits longer than a moment
-/// for another process. A file that turns out to be damaged is set aside and begun anew by open(); until then every
-/// operation on it fails.
+/// for another process, and find() and add() do not even wait for the disk. A file that turns out to be damaged is set
+/// aside and begun anew by open(); until then every operation on it fails.
 class ImagesDatabase
 {
 public:
@@ -36,7 +20,7 @@ public:
     void close();
     bool isOpen() const { return m_connection.isOpen(); }
     /// An operation has met damage.
-    bool isDamaged() const { return m_damaged; }
+    bool isDamaged() const { return m_damaged || m_writer.isDamaged(); }
 
     /// Which records the others are about: those of one size in the order of their names, or all in the order of their
     /// storing.
@@ -54,38 +38,34 @@ public:
     /// that exist beside each other under names that differ in nothing else: those are two.
     std::optional<ImageRecord> find(const QString &name, int size);
 
-    enum class Stored { Failed, Added, Replaced };
-    /// A record of the same name and size gives way.
-    Stored add(const ImageRecord &record);
+    /// Whether there is a record of that name and size, selected or not.
+    bool contains(const QString &name, int size);
+
+    /// Stores a record beside the windows; it is found from now on. One of the same name and size gives way. False when
+    /// it cannot even be kept until the disk is ready.
+    bool add(const ImageRecord &record);
     /// Writes into the record of that id. Its picture stays when `keepPicture` says so. False when it is gone.
     bool change(qint64 id, const ImageRecord &record, bool keepPicture);
     bool remove(qint64 id);
     /// Removes all that are selected, some at a time, for as long as `wanted` says so. False when any is left.
     bool removeAll(const std::function<bool()> &wanted);
 
-    /// Waits until nothing is under way on the file any more, also after close().
-    void settle();
+    /// Waits until all is written and nothing is under way on the file any more, also after close().
+    void settle() { m_writer.stop(); }
 
 private:
     bool connect(const QString &path);
     std::optional<ImageRecord> oneRecord(SqliteStatement *statement);
     std::optional<ImageRecord> beside(const ImageRecord &from, const char *ofSize, const char *ofAll);
-    bool finish(SqliteStatement *statement);
-    bool inTransaction(const std::function<bool()> &work);
+    bool succeeded(bool done);
     void noteFailure();
-    static int logHasGrown(void *self, sqlite3 *, const char *, int pages);
-    void checkpoint();
     QString m_path;
     SqliteConnection m_connection;
     std::optional<int> m_size;
     bool m_damaged = false;
     bool m_counts = false; ///< the file counts its records itself
-    std::atomic<bool> m_checkpointing = false;
-    std::jthread m_checkpoint; ///< takes the log into the file, which waits for the disk; it ends before all else goes
+    ImagesWriter m_writer;
 };
-
-/// Whether a record stored under one name is the one of a file with another, which compares as equal.
-bool isSameImage(const QString &stored, const QString &wanted);
 
 /// Takes the log of a folder's images.mdb into the file, so that its length tells what it holds. Waits for the disk.
 void takeInLog(const QString &folder);

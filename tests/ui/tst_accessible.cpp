@@ -8,6 +8,7 @@
 #include "shell/frmPreferences.h"
 #include "support/support.h"
 #include "support/windows.h"
+#include "thumbnails/frmDatabaseStats.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
 #include "viewer/frmSlideShowFullScreen.h"
@@ -112,6 +113,7 @@ void tst_accessible::windows()
     row(form<frmIntroSelect>());
     row(form<frmTip>());
     row(form<frmListManagement>());
+    row(form<frmDatabaseStats>());
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
     row(form<frmConvertFileType>());

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "thumbnails/imagerecord.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+/// Writes records beside the windows: now and then a write waits for the disk, which a busy one makes a matter of a
+/// second. Records that wait are found as if they were written; what cannot be written is dropped and told in the log.
+class ImagesWriter
+{
+public:
+    ImagesWriter() = default;
+    /// Writes what waits.
+    ~ImagesWriter();
+    ImagesWriter(const ImagesWriter &) = delete;
+    ImagesWriter &operator=(const ImagesWriter &) = delete;
+
+    /// False when more waits than can be kept; the record is dropped then.
+    bool add(const QString &path, const ImageRecord &record);
+    /// The record of this name and size that waits; names as in ImagesDatabase::find().
+    std::optional<ImageRecord> waiting(const QString &name, int size);
+    /// Waits until all is written.
+    void finish();
+    /// The same, and lets go of the file.
+    void stop();
+    /// The file was damaged; true until the next stop().
+    bool isDamaged() const { return m_damaged; }
+
+private:
+    void run(const std::stop_token &stopping);
+    void write(SqliteConnection &connection);
+    QString m_path;
+    std::mutex m_mutex; ///< guards the two queues
+    std::condition_variable_any m_changed;
+    std::deque<ImageRecord> m_queue;
+    std::deque<ImageRecord> m_writing; ///< taken out of the queue, not yet in the file
+    std::atomic<bool> m_damaged = false;
+    std::jthread m_thread;
+};
