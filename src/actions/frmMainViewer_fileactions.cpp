@@ -182,19 +182,40 @@ std::optional<int> moveSelected(frmMainViewer &viewer, const QString &folder)
     return count == orders.size() ? std::optional(count) : std::nullopt;
 }
 
+/// A list that runs empty is not painted for each entry.
+class HeldRows
+{
+public:
+    explicit HeldRows(ListBox &list)
+        : m_list(list)
+    {
+        hold();
+    }
+    ~HeldRows() { release(); }
+    Q_DISABLE_COPY_MOVE(HeldRows)
+    void hold() { m_list.holdRows(true); }
+    void release() { m_list.holdRows(false); }
+
+private:
+    ListBox &m_list;
+};
+
 std::optional<int> deleteSelected(frmMainViewer &viewer)
 {
     auto &progress = form<frmConvertFileName>();
     QVector<ListEntry> entries = selectedEntries(*viewer.lstDisplay);
     std::reverse(entries.begin(), entries.end());
+    HeldRows rows(*viewer.lstDisplay);
     int count = 0;
     for (const auto &[index, path] : entries) {
         if (viewer.lstDisplay->itemText(index) != path)
             continue;
         releaseFromPlayer(viewer, path);
         for (FileOutcome outcome = removeFile(path); !outcome; outcome = removeFile(path)) {
+            rows.release();
             if (!again(&progress, FileAction::Delete, path, outcome))
                 return std::nullopt;
+            rows.hold();
         }
         ++count;
         progress.lblFileName->setText(path);

@@ -98,7 +98,14 @@ void ListBox::setItemText(int index, const QString &text)
 
 void ListBox::removeItem(int index)
 {
-    removeItems({index});
+    if (index < 0 || index >= count())
+        return;
+    rowsChange();
+    d->model->removeOne(index);
+    d->selected.erase(d->selected.begin() + index);
+    d->listIndex = qMin(d->listIndex - int(index < d->listIndex), count() - 1);
+    d->widths.forget();
+    selectionIsStale(false);
 }
 
 void ListBox::removeItems(const QList<int> &ascendingIndices)

@@ -58,6 +58,9 @@ public:
     void selectOnly(int index);
     QList<int> selectedIndices() const; ///< ascending
 
+    /// While entries go one by one with events in between, the rows are laid out and painted now and then, not for each
+    /// of them. Undone by holdRows(false).
+    void holdRows(bool hold);
     /// While many entries come in portions with events in between, the rows are laid out again only each time the list
     /// has doubled, not for each portion. Undone by holdLayout(false).
     void holdLayout(bool hold);

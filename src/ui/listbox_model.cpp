@@ -30,6 +30,13 @@ void ListBox::Model::setText(int row, const QString &text)
     Q_EMIT dataChanged(index(row), index(row));
 }
 
+void ListBox::Model::removeOne(int row)
+{
+    beginRemoveRows({}, row, row);
+    texts.removeAt(row);
+    endRemoveRows();
+}
+
 bool ListBox::Model::remove(const std::vector<bool> &goes)
 {
     struct Run

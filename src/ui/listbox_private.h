@@ -23,6 +23,7 @@ public:
     void append(const QStringList &more);
     void insert(int index, const QString &text);
     void setText(int row, const QString &text);
+    void removeOne(int row);
     /// Takes out the marked rows. False when so many places were cut that the model was replaced as a whole.
     bool remove(const std::vector<bool> &goes);
     void replace(const QStringList &other);
@@ -85,6 +86,8 @@ struct ListBox::Private
     QElapsedTimer typing;
 
     bool layoutHeld = false;
+    bool rowsHeld = false;
+    QElapsedTimer rowsShown; ///< since the rows were painted while they are held
     int laidOut = 0; ///< entries at the last layout
 
     mutable EntryWidths widths;

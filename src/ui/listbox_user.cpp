@@ -183,8 +183,28 @@ void ListBox::holdLayout(bool hold)
         scheduleDelayedItemsLayout();
 }
 
+void ListBox::holdRows(bool hold)
+{
+    d->rowsHeld = hold;
+    d->rowsShown.start();
+    viewport()->setUpdatesEnabled(!hold);
+    if (!hold)
+        doItemsLayout();
+}
+
 void ListBox::doItemsLayout()
 {
+    constexpr int pause = 100; // milliseconds in which a list that runs away is not followed
+    if (d->rowsHeld && !d->rowsShown.hasExpired(pause))
+        return;
+    if (d->rowsHeld) {
+        QListView::doItemsLayout();
+        viewport()->setUpdatesEnabled(true);
+        viewport()->repaint();
+        viewport()->setUpdatesEnabled(false);
+        d->rowsShown.restart();
+        return;
+    }
     if (d->layoutHeld && count() > d->laidOut && count() < 2 * d->laidOut)
         return;
     d->laidOut = count();
