@@ -1,8 +1,13 @@
 #include "actions/conversiontest.h"
 #include "engine/isolation.h"
+#include "platform/filepath.h"
+#include "support/otherdisk.h"
 
 #include <QtTest>
 
+#include <cstdio>
+
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using Answer = MessageBox::Answer;
@@ -27,6 +32,9 @@ private Q_SLOTS:
     void theSameComesOutOfACancelAtEachYield();
     void optionsThatChangeOnTheWayCount();
     void aFileThatChangesOnTheWayIsReadAtItsTurn();
+    void aDiskThatFillsUpTakesTheSameFiles();
+    void aLimitOfFileSizesIsAFailureLikeOthers();
+    void aTargetThatGoesEndsNothing();
     void whatIsLoadedLastStays();
     void manyBadFilesInARow();
 
@@ -91,6 +99,12 @@ QStringList tst_conversion_ahead::fill(const TemporaryHome &home, QSize large)
     QFile::link(home.path() + QStringLiteral("p.bmp"), home.path() + QStringLiteral("link.bmp"));
     entries << home.path() + QStringLiteral("way/a.bmp") << home.path() + QStringLiteral("link.bmp") << entries[1]
             << save("last.png", large / 3, 2) << entries[3];
+    // Names: as long as a name can be, and one that is no text.
+    entries << save(qPrintable(QString(251, u'n') + QStringLiteral(".png")), {9, 8});
+    const QByteArray foreign = home.path().toUtf8() + "f\xe9.png";
+    if (std::rename(QFile::encodeName(save("foreign.png", {14, 15})), foreign) != 0)
+        qFatal("cannot rename");
+    entries << pathFromBytes(foreign);
     // Targets: one that is there, one that cannot be replaced, one that is no file.
     home.write(QStringLiteral("large.png"), "an old one");
     home.write(QStringLiteral("last.bmp"), "an old one");
@@ -265,6 +279,76 @@ void tst_conversion_ahead::aFileThatChangesOnTheWayIsReadAtItsTurn()
             };
         };
         compare(run(LookAhead::AllCores, changing), run(LookAhead::None, changing));
+    }
+}
+
+/// Room for some of the files only: which ones they are must not depend on what is on its way beside them.
+void tst_conversion_ahead::aDiskThatFillsUpTakesTheSameFiles()
+{
+    const auto runOn = [](const OtherDisk &disk, LookAhead lookAhead) {
+        const SetUp setUp = [&](TestClient &client) {
+            client.settings.types.set(bmp).set(png).set(jpg);
+            client.settings.useImageFolder = false;
+            client.settings.addConvertFolder = client.settings.folderForEachType = true;
+            client.settings.overwriteFiles = true;
+            client.entries += client.entries.mid(0, 6);
+            QFile::link(disk.path(), client.root + QStringLiteral("full"));
+            client.settings.imageFolder = QStringLiteral("full/");
+        };
+        Outcome outcome = run(lookAhead, setUp, {400, 300});
+        outcome.tree = treeOf(disk.path());
+        return outcome;
+    };
+    const OtherDisk one("900k");
+    const OtherDisk other("900k");
+    if (!one.hasSize())
+        QSKIP("a disk that can be filled needs the right to mount");
+    const Outcome plain = runOn(one, LookAhead::None);
+    compare(runOn(other, LookAhead::AllCores), plain);
+    const auto failed = [](const QString &told) { return told.contains(u": 2 "); };
+    QVERIFY(std::any_of(plain.told.begin(), plain.told.end(), failed) && plain.tree.size() > 8);
+}
+
+void tst_conversion_ahead::aLimitOfFileSizesIsAFailureLikeOthers()
+{
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const SetUp limited = [&](TestClient &client) {
+        client.settings.types.set(bmp);
+        client.settings.overwriteFiles = true;
+        const rlimit small{20'000, before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    };
+    Outcome outcomes[2];
+    for (const LookAhead lookAhead : {LookAhead::None, LookAhead::AllCores}) {
+        outcomes[lookAhead == LookAhead::AllCores] = run(lookAhead, limited, {200, 100});
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+    }
+    compare(outcomes[1], outcomes[0]);
+    QVERIFY(!outcomes[1].tree.contains(QStringLiteral("large.bmp")));
+    QVERIFY(outcomes[1].tree.contains(QString(251, u'n') + QStringLiteral(".bmp")));
+}
+
+void tst_conversion_ahead::aTargetThatGoesEndsNothing()
+{
+    for (const int at : {1, 5, 12, 30}) {
+        const SetUp going = [at](TestClient &client) {
+            client.settings.types.set(bmp).set(png);
+            client.settings.useImageFolder = false;
+            client.settings.imageFolder = QStringLiteral("out/");
+            QDir(client.root).mkdir(QStringLiteral("out"));
+            client.atYield = [&client, at](int number) {
+                if (number == at)
+                    QDir(client.root + QStringLiteral("out")).removeRecursively();
+                if (number == at + 20)
+                    QDir(client.root).mkdir(QStringLiteral("out"));
+            };
+        };
+        const Outcome ahead = run(LookAhead::AllCores, going, {120, 90});
+        const Outcome plain = run(LookAhead::None, going, {120, 90});
+        QCOMPARE(ahead.log, plain.log);
+        QCOMPARE(ahead.told.size(), plain.told.size());
+        QVERIFY(ahead.tree.contains(QStringLiteral("out/last.png")));
     }
 }
 
