@@ -532,7 +532,10 @@ void tst_filetransfer::aKillLeavesTheOldFileOrTheNew()
             QVERIFY(contents(source) == fresh);
     }
     QVERIFY2(killed > 5, "hardly any run was killed in its midst");
-    QCOMPARE(allNames(SplitFilePath(target).folder).size(), qsizetype(move ? 1 : 2));
+    // A kill just before the new file takes its name can leave it under a hidden one.
+    QStringList names = allNames(SplitFilePath(target).folder);
+    names.removeIf([](const QString &name) { return name.startsWith(u".lumora-") && name.endsWith(u".tmp"); });
+    QCOMPARE(names.size(), qsizetype(move ? 1 : 2));
 }
 
 void tst_filetransfer::aNewNameTakesNobodysPlace()
