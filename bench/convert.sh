@@ -47,9 +47,10 @@ convert_lumora() {
     "$lumora" --convert png,jpg,bmp --jpeg-quality 85 --to "$1" "$work/in"
 }
 convert_mogrify() {
-    gm mogrify -output-directory "$1" -format png -quality 15 "$work"/in/*.jpg
-    gm mogrify -output-directory "$1" -format jpg -quality 85 "$work"/in/*.jpg
-    gm mogrify -output-directory "$1" -format bmp -compress None "$work"/in/*.jpg
+    cd -- "$work/in"
+    gm mogrify -output-directory "$1" -format png -quality 15 *.jpg
+    gm mogrify -output-directory "$1" -format jpg -quality 85 *.jpg
+    gm mogrify -output-directory "$1" -format bmp -compress None *.jpg
 }
 # Its cleverest way: one process, each photograph read once.
 convert_batch() {

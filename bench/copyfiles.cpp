@@ -9,6 +9,7 @@
 #include "platform/dialogs.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "viewer/frmMainViewer.h"
 
 #include <QApplication>

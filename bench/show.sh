@@ -32,5 +32,6 @@ done
 start_virtual_display 1920x1080
 for window in viewer fullscreen; do
     env HOME="$work/home" XDG_RUNTIME_DIR="$work/run" NO_AT_BRIDGE=1 QT_QPA_PLATFORM=xcb \
+        LUMORA_MODULES="$build/bin/lumora-modules" \
         "$build/bin/bench/bench_show" "$work/pictures" "$window" "${2:-1000}" "${1:-100}"
 done

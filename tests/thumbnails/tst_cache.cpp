@@ -1,5 +1,6 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
+#include "builtpaths.h"
 #include "support/support.h"
 #include "thumbnails/cachetexts.h"
 #include "thumbnails/imagescompaction.h"

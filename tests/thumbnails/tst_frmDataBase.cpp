@@ -2,6 +2,7 @@
 
 #include "app/globals.h"
 #include "app/settings.h"
+#include "builtpaths.h"
 #include "support/support.h"
 #include "support/windows.h"
 #include "thumbnails/frmDatabaseStats.h"
