@@ -1,6 +1,6 @@
+#include "builtpaths.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
-#include "builtpaths.h"
 #include "support/support.h"
 #include "thumbnails/cachetexts.h"
 #include "thumbnails/imagescompaction.h"
