@@ -7,6 +7,7 @@
 #include "engine/player.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
+#include "thumbnails/frmDatabaseStats.h"
 #include "viewer/frmMainViewer.h"
 
 #include <QAccessible>
@@ -19,11 +20,36 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
 constexpr int paintedWithin = 20000; // milliseconds
 constexpr int lookInterval = 20; // milliseconds between two looks at the player
+
+template <class T> QWidget *shown()
+{
+    form<T>().show();
+    return &form<T>();
+}
+
+template <class T> constexpr FormRow dialog(const char *name)
+{
+    return {name, &isLoaded<T>, &unload<T>, &shown<T>};
+}
+
+/// Dialogs that go with the window they lie over, and are no rows of the program's own table for that.
+constexpr FormRow dialogs[] = {dialog<frmDatabaseStats>("frmDatabaseStats")};
+
+std::vector<const FormRow *> allRows()
+{
+    std::vector<const FormRow *> rows;
+    for (const std::span<const FormRow> some : {std::span<const FormRow>(dialogs), formTable()}) {
+        for (const FormRow &row : some)
+            rows.push_back(&row);
+    }
+    return rows;
+}
 
 /// The windows that a command brought up; they go when it ends, without the questions and savings of a normal end.
 class ShownWindow
@@ -36,9 +62,9 @@ public:
     ~ShownWindow()
     {
         globals.ProgramExiting = true;
-        for (const FormRow &row : formTable()) {
-            if (row.isLoaded && row.isLoaded())
-                row.unload();
+        for (const FormRow *row : allRows()) {
+            if (row->isLoaded && row->isLoaded())
+                row->unload();
         }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         PictureCache::instance().shutDown();
@@ -53,9 +79,9 @@ private:
 
 const FormRow *rowOf(const QString &name)
 {
-    for (const FormRow &row : formTable()) {
-        if (name == QLatin1String(row.name) && row.make)
-            return &row;
+    for (const FormRow *row : allRows()) {
+        if (name == QLatin1String(row->name) && row->make)
+            return row;
     }
     return nullptr;
 }
@@ -63,9 +89,9 @@ const FormRow *rowOf(const QString &name)
 QString noSuchWindow(const QString &name)
 {
     QStringList names;
-    for (const FormRow &row : formTable()) {
-        if (row.make)
-            names << QString::fromLatin1(row.name);
+    for (const FormRow *row : allRows()) {
+        if (row->make)
+            names << QString::fromLatin1(row->name);
     }
     return QStringLiteral("there is no window %1; there are %2").arg(name, names.join(QLatin1Char(' ')));
 }

@@ -2,6 +2,7 @@
 
 #include "app/globals.h"
 #include "platform/dialogs.h"
+#include "platform/operationslog.h"
 #include "ui/yield.h"
 #include "viewer/frmMainViewer.h"
 
@@ -33,8 +34,9 @@ bool agreed(QWidget *owner, const MessageBox &question)
     return dialogs().show(owner, question) == MessageBox::Answer::Yes;
 }
 
-void logFailure(const FileOutcome &outcome)
+void logFailure(const QString &path, const FileOutcome &outcome)
 {
+    logOperation(Operation::Failed, path, outcome.reason);
     qCWarning(logFiles, "%s", qPrintable(outcome.reason));
 }
 

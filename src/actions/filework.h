@@ -26,7 +26,7 @@ QVector<ListEntry> selectedEntries(const ListBox &list);
 
 /// Whether a question with Yes and No was answered by Yes.
 bool agreed(QWidget *owner, const MessageBox &question);
-void logFailure(const FileOutcome &outcome);
+void logFailure(const QString &path, const FileOutcome &outcome);
 
 /// The caption is the counter: it is read, changed and written back.
 void raiseCounter(QLabel *label, int by);

@@ -7,6 +7,7 @@
 #include "app/globals.h"
 #include "platform/dialogs.h"
 #include "platform/filepath.h"
+#include "platform/operationslog.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 
@@ -77,12 +78,16 @@ void WindowRun::finished(const ConversionOutcome &outcome)
     if (!outcome.loaded)
         qCWarning(conversionLog, "\"%s\" cannot be read: \"%s\" gets the picture before", qPrintable(entry),
             qPrintable(target));
-    if (outcome.what == ConversionOutcome::NotWritten)
+    switch (outcome.what) {
+    case ConversionOutcome::NotWritten:
         qCWarning(conversionLog, "\"%s\" not written: %s", qPrintable(target), qPrintable(outcome.reason));
-    else if (outcome.what == ConversionOutcome::LeftAlone)
-        qCInfo(conversionLog, "\"%s\" is there and stays", qPrintable(target));
-    else
-        qCInfo(conversionLog, "\"%s\" written", qPrintable(target));
+        return logOperation(Operation::Failed, outcome.target, outcome.reason);
+    case ConversionOutcome::LeftAlone:
+        return logOperation(Operation::LeftAlone, outcome.target, outcome.entry);
+    case ConversionOutcome::Written:
+        return logOperation(
+            outcome.loaded ? Operation::Written : Operation::CarriedOver, outcome.target, outcome.entry);
+    }
 }
 
 /// The busy pointer over the two windows of a run.

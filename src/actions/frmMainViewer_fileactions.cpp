@@ -9,6 +9,7 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/operationslog.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 
@@ -48,64 +49,68 @@ QString targetFolder(frmMainViewer &viewer, const QString &title)
     return folder;
 }
 
-/// The progress window for the length of a copy.
-class CopyWindow
+/// The progress window for the length of a run.
+class ProgressScope
 {
 public:
-    explicit CopyWindow(frmMainViewer &viewer)
-        : m_window(form<frmConvertFileName>())
-    {
-        m_window.setWindowTitle(frmConvertFileName::tr("Coping File(s):"));
-        m_window.showOver(&viewer);
-    }
-    ~CopyWindow()
+    Q_DISABLE_COPY_MOVE(ProgressScope)
+
+protected:
+    ProgressScope() = default;
+    ~ProgressScope()
     {
         m_window.hide();
         m_window.setWindowTitle(frmConvertFileName::tr("Converting File:"));
         m_window.Animation1->hide();
-        m_window.ProgressBar1->hide();
     }
-    Q_DISABLE_COPY_MOVE(CopyWindow)
+    void showOver(frmMainViewer &viewer, const QString &title)
+    {
+        m_window.setWindowTitle(title);
+        m_window.showOver(&viewer);
+    }
 
-private:
-    frmConvertFileName &m_window;
+    frmConvertFileName &m_window = form<frmConvertFileName>();
 };
 
-/// The progress window as a smaller one without a target, for the length of a deletion.
-class DeleteWindow
+class CopyWindow : ProgressScope
+{
+public:
+    explicit CopyWindow(frmMainViewer &viewer) { showOver(viewer, frmConvertFileName::tr("Coping File(s):")); }
+    ~CopyWindow() { m_window.ProgressBar1->hide(); }
+    Q_DISABLE_COPY_MOVE(CopyWindow)
+};
+
+/// A smaller one, without a target.
+class DeleteWindow : ProgressScope
 {
 public:
     explicit DeleteWindow(frmMainViewer &viewer)
-        : m_window(form<frmConvertFileName>())
     {
-        m_window.lblConvertFileName->hide();
-        m_window.lblTo->hide();
-        m_window.setWindowTitle(frmConvertFileName::tr("Deleting File(s):"));
-        m_window.Animation1->Open(AppFolder() + QStringLiteral("filedel.avi"));
+        dress(false, QStringLiteral("filedel.avi"), frmConvertFileName::deleteHeight);
         m_window.Animation1->show();
-        m_window.setHeight(frmConvertFileName::deleteHeight);
-        m_window.showOver(&viewer);
+        showOver(viewer, frmConvertFileName::tr("Deleting File(s):"));
     }
     ~DeleteWindow()
     {
         m_window.hide();
-        m_window.setWindowTitle(frmConvertFileName::tr("Converting File:"));
-        m_window.lblConvertFileName->show();
-        m_window.lblTo->show();
-        m_window.Animation1->Open(QString());
-        m_window.Animation1->hide();
-        m_window.setHeight(frmConvertFileName::usualHeight);
+        dress(true, QString(), frmConvertFileName::usualHeight);
     }
     Q_DISABLE_COPY_MOVE(DeleteWindow)
 
 private:
-    frmConvertFileName &m_window;
+    void dress(bool hasTarget, const QString &film, int height)
+    {
+        m_window.lblConvertFileName->setVisible(hasTarget);
+        m_window.lblTo->setVisible(hasTarget);
+        m_window.Animation1->Open(film.isEmpty() ? QString() : AppFolder() + film);
+        m_window.setHeight(height);
+    }
 };
 
 /// Whether a failed step is to be taken once more: after a file access error when the user says so.
 bool again(QWidget *owner, FileAction action, const QString &path, const FileOutcome &outcome)
 {
-    logFailure(outcome);
+    logFailure(path, outcome);
     return outcome.kind == FileOutcome::Kind::AccessError && !globals.ProgramExiting
         && agreed(owner, readOnlyQuestion(action, path)) && !globals.ProgramExiting;
 }
@@ -118,14 +123,18 @@ bool copyEntry(const QString &path, const QString &target)
         const QDateTime inSource = fileDateTime(path);
         if (!inSource.isValid())
             return false;
-        if (!agreed(&progress, overwriteQuestion(FileNameOfPath(path), fileDateTime(target), inSource)))
+        if (!agreed(&progress, overwriteQuestion(FileNameOfPath(path), fileDateTime(target), inSource))) {
+            logOperation(Operation::LeftAlone, target, path);
             return !globals.ProgramExiting;
+        }
     }
     Patience patience;
     while (true) {
         const FileOutcome outcome = copyFile(path, target, taken, patience.asked());
-        if (outcome)
+        if (outcome) {
+            logOperation(Operation::Copied, target, path);
             return true;
+        }
         if (!again(&progress, FileAction::Copy, path, outcome))
             return false;
     }
@@ -168,6 +177,7 @@ std::optional<int> moveSelected(frmMainViewer &viewer, const QString &folder)
         if (!outcome)
             return again(&viewer, FileAction::Move, source, outcome);
         ++count;
+        logOperation(Operation::Moved, target, source);
         const int index = entries[order].index;
         if (viewer.lstDisplay->itemText(index) == source) {
             viewer.lstDisplay->setItemText(index, target);
@@ -218,6 +228,7 @@ std::optional<int> deleteSelected(frmMainViewer &viewer)
             rows.hold();
         }
         ++count;
+        logOperation(Operation::Deleted, path);
         progress.lblFileName->setText(path);
         if (viewer.lstDisplay->itemText(index) == path)
             viewer.lstDisplay->removeItem(index);
@@ -234,24 +245,48 @@ bool countsEntries(const frmMainViewer &viewer)
     return viewer.lblCount->text().toInt() > 0;
 }
 
-void refresh(frmMainViewer &viewer)
+/// Whether nothing else is at work and there is something to work on.
+bool mayBegin(frmMainViewer &viewer)
+{
+    if (globals.ItemSelectionBusy || fileActionUnderWay())
+        return false;
+    if (viewer.lstDisplay->isEmpty())
+        viewer.UpdateListScrollWidth(viewer.lstDisplay);
+    return !viewer.lstDisplay->isEmpty();
+}
+
+/// A run while clicks on the lists show nothing. None when it has ended early: then the menus are all that follows it.
+template <class Run> std::optional<int> carryOut(frmMainViewer &viewer, Run run)
+{
+    std::optional<int> count;
+    {
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        count = run();
+    }
+    if (globals.ProgramExiting)
+        return std::nullopt;
+    if (!count)
+        viewer.UpdateMenuAndToolbarState();
+    return count;
+}
+
+/// The last steps of a run that has come to its end.
+void finish(frmMainViewer &viewer, QWidget *owner, FileAction action, int count)
 {
     viewer.UpdateMenuAndToolbarState();
     viewer.UpdateListScrollWidth(viewer.lstSelect);
     viewer.UpdateListScrollWidth(viewer.lstDisplay);
+    if (!globals.ProgramExiting)
+        dialogs().show(owner, fileActionReport(action, count));
 }
 
 } // namespace
 
 void frmMainViewer::mnuEditCopyFilesTo_Click()
 {
-    if (globals.ItemSelectionBusy || fileActionUnderWay())
+    if (!mayBegin(*this))
         return;
     const ScopedFlag underWay(fileActionUnderWay());
-    if (lstDisplay->isEmpty()) {
-        UpdateListScrollWidth(lstDisplay);
-        return;
-    }
     auto &progress = form<frmConvertFileName>();
     progress.Animation1->Open(AppFolder() + QStringLiteral("filecopy.avi"));
     progress.Animation1->show();
@@ -260,77 +295,47 @@ void frmMainViewer::mnuEditCopyFilesTo_Click()
     if (folder.isEmpty())
         return;
     const CopyWindow window(*this);
-    std::optional<int> count;
-    {
-        const ScopedFlag busy(globals.ItemSelectionBusy);
-        count = copySelected(*this, folder);
-    }
-    if (globals.ProgramExiting)
-        return;
+    const auto count = carryOut(*this, [&] { return copySelected(*this, folder); });
     if (!count)
-        return UpdateMenuAndToolbarState();
+        return;
     if (countsEntries(*this))
         lstDisplay->setSelected(0, true);
-    refresh(*this);
-    if (!globals.ProgramExiting)
-        dialogs().show(&progress, fileActionReport(FileAction::Copy, *count));
+    finish(*this, &progress, FileAction::Copy, *count);
 }
 
 void frmMainViewer::mnuEditMoveFilesTo_Click()
 {
-    if (globals.ItemSelectionBusy || fileActionUnderWay())
+    if (!mayBegin(*this))
         return;
     const ScopedFlag underWay(fileActionUnderWay());
-    if (lstDisplay->isEmpty()) {
-        UpdateListScrollWidth(lstDisplay);
-        return;
-    }
     const QString folder = targetFolder(*this, tr("Tessaly Lumora - Select Move To...Directory"));
     if (folder.isEmpty())
         return;
-    std::optional<int> count;
-    {
+    const auto count = carryOut(*this, [&] {
         const Hourglass hourglass;
-        const ScopedFlag busy(globals.ItemSelectionBusy);
-        count = moveSelected(*this, folder);
-    }
-    if (globals.ProgramExiting)
-        return;
+        return moveSelected(*this, folder);
+    });
     if (!count)
-        return UpdateMenuAndToolbarState();
+        return;
     if (countsEntries(*this))
         selectAndShow(*this, 0);
-    refresh(*this);
-    if (!globals.ProgramExiting)
-        dialogs().show(this, fileActionReport(FileAction::Move, *count));
+    finish(*this, this, FileAction::Move, *count);
 }
 
 void frmMainViewer::mnuEditDeleteFiles_Click()
 {
-    if (globals.ItemSelectionBusy || fileActionUnderWay())
+    if (!mayBegin(*this))
         return;
     const ScopedFlag underWay(fileActionUnderWay());
-    if (lstDisplay->isEmpty()) {
-        UpdateListScrollWidth(lstDisplay);
-        return;
-    }
     if (!agreed(this, deleteQuestion()) || globals.ProgramExiting)
         return;
     const DeleteWindow window(*this);
-    std::optional<int> count;
-    {
-        const ScopedFlag busy(globals.ItemSelectionBusy);
-        count = deleteSelected(*this);
-    }
-    if (globals.ProgramExiting)
-        return;
+    const auto count = carryOut(*this, [&] { return deleteSelected(*this); });
     if (!count)
-        return UpdateMenuAndToolbarState();
+        return;
     if (countsEntries(*this))
         lstDisplay->setSelected(0, true);
     else
         clearViewer(*this);
-    refresh(*this);
-    if (!globals.ProgramExiting)
-        dialogs().show(&form<frmConvertFileName>(), fileActionReport(FileAction::Delete, *count));
+    finish(*this, &form<frmConvertFileName>(), FileAction::Delete, *count);
 }

@@ -5,6 +5,7 @@
 #include "app/globals.h"
 #include "platform/dialogs.h"
 #include "platform/filepath.h"
+#include "platform/operationslog.h"
 #include "platform/trash.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
@@ -81,6 +82,7 @@ void frmMainViewer::mnuEditMoveToTrash_Click()
         for (const auto &[index, path] : entries) {
             releaseFromPlayer(*this, path);
             const Result<TrashedFile> trashed = trashFile(path);
+            logOperation(trashed ? Operation::Trashed : Operation::Failed, path, trashed.reason());
             if (trashed)
                 gone.append({index, *trashed});
             else
@@ -118,6 +120,7 @@ void frmMainViewer::mnuEditUndoTrash_Click()
                 lastTrashed().append(entry);
                 continue;
             }
+            logOperation(Operation::Restored, entry.file.path);
             const int index = qMin(entry.index, lstDisplay->count());
             if (lstDisplay->insertItem(index, entry.file.path)) {
                 raiseCounter(lblCount, 1);
@@ -153,11 +156,12 @@ void frmMainViewer::mnuEditRenameFile_Click()
     const QString newPath = parts.folder + *name;
     releaseFromPlayer(*this, path);
     if (const FileOutcome renamed = renameFile(path, newPath); !renamed) {
-        logFailure(renamed);
+        logFailure(path, renamed);
         tell(this, title, {renameProblem(renamed.error, *name)});
         ShowSelectedDisplayItem();
         return;
     }
+    logOperation(Operation::Renamed, newPath, path);
     // Wherever else the file stands in the lists, it has its new name too.
     for (ListBox *list : {lstDisplay, lstSelect}) {
         for (int i = 0; i < list->count(); ++i) {

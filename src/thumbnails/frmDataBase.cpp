@@ -1,39 +1,25 @@
 #include "thumbnails/frmDataBase.h"
 
-#include "app/globals.h"
 #include "app/settings.h"
-#include "platform/files.h"
 #include "platform/folders.h"
-#include "thumbnails/frmDatabaseStats.h"
-#include "thumbnails/imagescompaction.h"
-#include "thumbnails/imagesschema.h"
 #include "thumbnails/thumbnailblob.h"
 #include "thumbnails/thumbnailsize.h"
-#include "ui/guards.h"
 #include "ui/yield.h"
 
 #include <QPointer>
 
-#include <atomic>
-#include <mutex>
-#include <thread>
-
 // A yield may close the records, open others, or unload this window: what goes on after it looks whether they are still
-// the same. Long work holds the window and lets nothing else near the database.
+// the same.
 
 namespace {
-
-constexpr int standardLevel = 1;
-constexpr int tick = 20; ///< milliseconds between two looks at long work
 
 /// The size that a text names; none for all records.
 std::optional<int> sizeOf(const QString &text)
 {
     if (text == QLatin1String("All"))
         return {};
-    bool isNumber = false;
-    const int size = text.trimmed().toInt(&isNumber);
-    return isNumber && isThumbnailSize(size) ? size : currentThumbnailSize();
+    const int size = text.toInt();
+    return isThumbnailSize(size) && text == QString::number(size) ? size : currentThumbnailSize();
 }
 
 int in16Bits(int value)
@@ -140,9 +126,10 @@ void frmDataBase::CloseDatabase()
     m_database.close();
 }
 
-void frmDataBase::reopenIfDamaged()
+/// After something was not found: the file may be damaged, or not be there any more.
+void frmDataBase::reopenIfLost()
 {
-    if (m_database.isDamaged())
+    if (m_database.isDamaged() || m_database.isMoved())
         OpenImagesDatabase(m_opened);
 }
 
@@ -168,7 +155,7 @@ void frmDataBase::showFields()
 /// The picture of the current record; what ImageBox1 holds stays when there is none that can be read.
 bool frmDataBase::loadPicture()
 {
-    return m_current && ImageBox1.ImageBlobLoad(unsealedBlob(m_current->picture));
+    return m_current && mayBeThumbnail(m_current->picture) && ImageBox1.ImageBlobLoad(unsealedBlob(m_current->picture));
 }
 
 /// Reads the record that it stands on from the file, where it is not known yet. False when there is none.
@@ -188,7 +175,7 @@ bool frmDataBase::Find_Click(const QString &name, int size)
     std::optional<ImageRecord> found = m_database.find(name, size);
     if (!found) {
         m_current.reset();
-        reopenIfDamaged();
+        reopenIfLost();
         return false;
     }
     m_current = std::move(found);
@@ -233,7 +220,7 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     const bool adds = isNew && counts && !m_database.contains(name, record.thumbnailSize);
     m_current = stoodOn;
     if (isNew ? !m_database.add(record) : !change(record, !format)) {
-        reopenIfDamaged();
+        reopenIfLost();
         return;
     }
     m_current = record;
@@ -282,7 +269,7 @@ void frmDataBase::Move_Click(int index)
         Cmd_Move[1]->setEnabled(false);
     showPosition();
     loadPicture();
-    reopenIfDamaged();
+    reopenIfLost();
 }
 
 void frmDataBase::Delete_Click()
@@ -290,7 +277,7 @@ void frmDataBase::Delete_Click()
     if (RecordTotal <= 0 || m_working)
         return;
     if (standOnRecord() && !m_database.remove(m_current->id)) {
-        reopenIfDamaged();
+        reopenIfLost();
         return;
     }
     m_current.reset();
@@ -304,119 +291,4 @@ void frmDataBase::Delete_Click()
         CurrentRecord = 0;
     }
     showPosition();
-}
-
-// --- long work
-
-/// Runs it on a thread of its own, which has the database meanwhile, and lets events in until it has ended.
-bool frmDataBase::runBeside(const std::function<bool()> &work, const std::function<void()> &interrupt)
-{
-    const ScopedFlag working(m_working);
-    std::atomic<bool> ended = false;
-    bool outcome = false;
-    std::jthread worker([&] {
-        outcome = work();
-        ended = true;
-    });
-    while (!ended) {
-        YieldFor(tick);
-        if (globals.ProgramExiting)
-            interrupt();
-    }
-    worker.join();
-    return outcome;
-}
-
-bool frmDataBase::DeleteAllOfSizeClick()
-{
-    if (m_working || !m_database.isOpen())
-        return false;
-    const bool any = RecordTotal > 0;
-    std::atomic<bool> wanted = true;
-    const bool emptied =
-        runBeside([&] { return m_database.removeAll([&] { return wanted.load(); }); }, [&] { wanted = false; });
-    if (emptied) {
-        RecordTotal = 0;
-        CurrentRecord = any ? 1 : CurrentRecord;
-    } else {
-        RecordTotal = m_database.count().value_or(0);
-    }
-    m_current.reset();
-    reopenIfDamaged();
-    return emptied;
-}
-
-bool frmDataBase::DeleteAllClick()
-{
-    if (m_working)
-        return false;
-    CloseDatabase();
-    OpenImagesDatabase(QStringLiteral("All"));
-    const bool emptied = DatabaseOpen && DeleteAllOfSizeClick();
-    CloseDatabase();
-    OpenImagesDatabase(QString());
-    return emptied;
-}
-
-bool frmDataBase::CompactDatabase()
-{
-    if (m_working)
-        return false;
-    ++m_openings;
-    m_current.reset();
-    m_database.close();
-    const QString folder = AppFolder();
-    if (!FileExists(folder + QLatin1String(imagesFile)))
-        return false;
-    std::mutex mutex;
-    SqliteConnection *atWork = nullptr;
-    const bool compacted = runBeside(
-        [&] {
-            m_database.settle();
-            const Result<void> done = compactImages(folder, [&](SqliteConnection *connection) {
-                const std::lock_guard guard(mutex);
-                atWork = connection;
-            });
-            return bool(done);
-        },
-        [&] {
-            const std::lock_guard guard(mutex);
-            if (atWork)
-                atWork->interrupt();
-        });
-    Form_Load();
-    const QPointer<frmDataBase> here(this);
-    Yield();
-    return compacted && here;
-}
-
-// --- statistics
-
-qint64 frmDataBase::FileSize()
-{
-    const QString folder = AppFolder();
-    if (!m_working) {
-        m_database.settle();
-        takeInLog(folder);
-    }
-    const auto file = fileStamp(folder + QLatin1String(imagesFile));
-    return file ? file->size : 0;
-}
-
-void frmDataBase::DatabaseStats()
-{
-    if (m_working)
-        return;
-    auto &stats = form<frmDatabaseStats>();
-    CloseDatabase();
-    OpenImagesDatabase(QStringLiteral("All"));
-    stats.showTotal(RecordTotal);
-    CloseDatabase();
-    for (int size = smallestThumbnailSize; size <= largestThumbnailSize; size += thumbnailSizeStep) {
-        RecordTotal = 0;
-        OpenImagesDatabase(QString::number(size));
-        stats.lblThumbnailCount(size)->setText(QString::number(RecordTotal));
-        CloseDatabase();
-    }
-    OpenImagesDatabase(QString());
 }

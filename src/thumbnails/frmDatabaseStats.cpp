@@ -120,7 +120,7 @@ void frmDatabaseStats::Form_Load()
 
 void frmDatabaseStats::Form_Activate()
 {
-    if (m_compacting)
+    if (m_compacting || globals.ProgramExiting)
         return;
     const Hourglass hourglass;
     PaintFormBackground(this, QStringLiteral("OTHER"));

@@ -23,10 +23,12 @@ struct ImageRecord
     int thumbnailSize = 0;
 };
 
-/// The fields that recordOf() takes, in its order, as the middle of a SELECT.
+/// The fields that recordOf() takes, in its order, as the middle of a SELECT. A picture of a megabyte is no thumbnail,
+/// the largest of which has 120 KB, and is not read.
 #define IMAGE_FIELDS                                                                                                   \
-    "rowid, ImageName, ImageHeight, ImageWidth, ImageDate, ThumbnailImage, ThumbnailCompressionMode, ThumbnailDate,"   \
-    " ThumbnailSize FROM tblImages "
+    "rowid, ImageName, ImageHeight, ImageWidth, ImageDate,"                                                            \
+    " CASE WHEN typeof(ThumbnailImage)<>'blob' OR length(ThumbnailImage)<=1000000 THEN ThumbnailImage END,"            \
+    " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize FROM tblImages "
 ImageRecord recordOf(const SqliteStatement &row);
 
 /// Parameters 1 to 8: name, height, width, date, compression mode, date of the storing, size, picture.

@@ -6,6 +6,8 @@
 #include "thumbnails/imagesdatabase.h"
 #include "thumbnails/imagesschema.h"
 
+#include <unistd.h>
+
 namespace {
 
 constexpr int patience = 1000; ///< milliseconds for another process to finish what it is at
@@ -32,15 +34,35 @@ Failure failed(const char *what, const SqliteConnection &connection)
     return Failure{QLatin1String(what) + QStringLiteral(": ") + connection.reason()};
 }
 
-bool opens(const QString &path)
+/// On the disk before it takes the place of another file: else a power cut may leave neither.
+Result<void> syncFile(const QString &path)
 {
-    SqliteConnection connection;
-    return connection.open(path, SqliteConnection::Open::Existing, patience) && prepareImagesConnection(connection)
-        && hasImagesTable(connection);
+    const Result<int> opened = openRegularFile(path);
+    if (!opened)
+        return opened.failure();
+    const bool synced = ::fsync(*opened) == 0;
+    ::close(*opened);
+    if (!synced)
+        return Failure{QStringLiteral("the compacted file cannot be written to the disk")};
+    return {};
 }
 
-Result<void> writeAnew(SqliteConnection &connection, const QString &target)
+Result<void> checkWhole(const QString &path, const std::function<void(SqliteConnection *)> &begun)
 {
+    SqliteConnection connection;
+    if (!connection.open(path, SqliteConnection::Open::Existing, patience) || !prepareImagesConnection(connection)
+        || !hasImagesTable(connection))
+        return failed("the compacted file cannot be used", connection);
+    const Announced announced(connection, begun);
+    if (connection.value("PRAGMA quick_check(1)") != "ok")
+        return failed("the compacted file is not whole", connection);
+    return {};
+}
+
+Result<void> writeAnew(
+    SqliteConnection &connection, const QString &target, const std::function<void(SqliteConnection *)> &begun)
+{
+    const Announced announced(connection, begun);
     const auto vacuum = connection.prepare("VACUUM INTO ?1");
     if (!vacuum)
         return failed("cannot compact", connection);
@@ -48,8 +70,6 @@ Result<void> writeAnew(SqliteConnection &connection, const QString &target)
     while (vacuum->step()) { }
     if (vacuum->failed())
         return failed("cannot compact", connection);
-    if (!opens(target))
-        return Failure{QStringLiteral("the compacted file cannot be used")};
     return {};
 }
 
@@ -73,11 +93,14 @@ Result<void> compactImages(const QString &folder, const std::function<void(Sqlit
     if (!connection.open(path, SqliteConnection::Open::Existing, patience) || !prepareImagesConnection(connection)
         || !hasImagesTable(connection))
         return failed("cannot open", connection);
-    const Announced announced(connection, begun);
     if (FileExists(compacted))
         ignore(removeFile(compacted));
     removeLeftOvers(compacted);
-    Result<void> done = writeAnew(connection, compacted);
+    Result<void> done = writeAnew(connection, compacted, begun);
+    if (done)
+        done = checkWhole(compacted, begun);
+    if (done)
+        done = syncFile(compacted);
     if (done)
         done = holdAlone(connection);
     if (done) {

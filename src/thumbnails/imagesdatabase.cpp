@@ -5,10 +5,12 @@
 #include "platform/filetransfer.h"
 #include "thumbnails/imagesschema.h"
 
+#include <QLockFile>
 #include <QLoggingCategory>
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <filesystem>
 #include <limits>
 
@@ -17,6 +19,9 @@ Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
+constexpr int removalAttempts = 50; ///< of a hundred milliseconds each: another process may be writing, too
+constexpr int patienceForFile = 500; ///< milliseconds for another process that makes the file
+constexpr std::chrono::milliseconds forTheWriter(300); ///< it is done long before, but for a file that is held
 
 QString pathOf(const QString &folder, const char *file)
 {
@@ -40,10 +45,32 @@ bool openLive(SqliteConnection &connection, const QString &path, int waiting)
         && connection.run("PRAGMA wal_autocheckpoint=0");
 }
 
+/// Only one process at a time makes the file: else the log that one has begun would be a left-over to the other.
+class MakingFile
+{
+public:
+    explicit MakingFile(const QString &path)
+        : m_lock(path + QStringLiteral(".lock"))
+    {
+        if (!m_lock.tryLock(patienceForFile))
+            qCWarning(logCache, "%s: cannot be made now", qPrintable(displayPath(path)));
+    }
+    /// Where no lock can be at all it goes without.
+    bool isAllowed() const { return m_lock.error() != QLockFile::LockFailedError; }
+
+private:
+    QLockFile m_lock;
+};
+
 /// Copies the template to a name that is free. Another process may have been quicker, which is as good.
 bool copyTemplate(const QString &folder)
 {
     const QString path = pathOf(folder, imagesFile);
+    const MakingFile making(path);
+    if (FileExists(path))
+        return true;
+    if (!making.isAllowed())
+        return false;
     removeLeftOvers(path);
     const FileOutcome copied = copyFile(pathOf(folder, imagesTemplateFile), path, false);
     if (!copied && !FileExists(path)) {
@@ -54,10 +81,15 @@ bool copyTemplate(const QString &folder)
     return true;
 }
 
-/// The first damaged file is kept: it may be something that somebody wants back. Later ones are of this program's own
-/// making.
-bool setAside(const QString &path)
+/// Takes away the file that was found damaged, unless another process has been quicker. The first one is kept: it may
+/// be something that somebody wants back. Later ones are of this program's own making.
+bool setAside(const QString &path, const std::optional<FileStamp> &damaged)
 {
+    const MakingFile making(path);
+    if (!damaged || fileStamp(path) != damaged)
+        return true;
+    if (!making.isAllowed())
+        return false;
     const QString aside = path + QStringLiteral(".damaged");
     const FileOutcome renamed = renameFile(path, aside);
     const FileOutcome gone = renamed ? renamed : removeFile(path);
@@ -88,12 +120,15 @@ void removeLeftOvers(const QString &path)
 
 bool ImagesDatabase::connect(const QString &path)
 {
-    m_damaged = false;
     const bool opened = openLive(m_connection, path, patience);
     // Looked at before anything is written: it may be the file of another program.
-    if (!opened || !hasImagesTable(m_connection) || m_connection.value("PRAGMA journal_mode=WAL") != "wal") {
-        qCWarning(logCache, "%s: %s", qPrintable(displayPath(path)), qPrintable(m_connection.reason()));
-        m_damaged = m_connection.isDamaged() || (opened && m_connection.lacksSomething());
+    const bool isCache = opened && hasImagesTable(m_connection);
+    m_damaged = m_connection.isDamaged() || (opened && !isCache && m_connection.isReadable());
+    // And a file that was replaced meanwhile shall not get a log, which would lie beside the new one.
+    if (!isCache || m_connection.isMoved() || m_connection.value("PRAGMA journal_mode=WAL") != "wal") {
+        const QString reason =
+            isCache || !m_connection.isReadable() ? m_connection.reason() : QStringLiteral("no cache");
+        qCWarning(logCache, "%s: %s", qPrintable(displayPath(path)), qPrintable(reason));
         m_connection.close();
         return false;
     }
@@ -103,25 +138,30 @@ bool ImagesDatabase::connect(const QString &path)
 
 bool ImagesDatabase::open(const QString &folder)
 {
+    const bool opened = openOrMake(folder);
+    m_damaged = false;
+    return opened;
+}
+
+bool ImagesDatabase::openOrMake(const QString &folder)
+{
     const QString path = pathOf(folder, imagesFile);
-    const bool wasDamaged = isDamaged();
+    const bool wasDamaged = isDamaged() && !isMoved();
     close();
     m_path = path;
-    if (!FileExists(path)) // whoever still writes writes into a file without a name
+    if (wasDamaged || !FileExists(path)) // whoever still writes writes into a file without a name
         settle();
-    const auto away = [&] {
-        settle();
-        return setAside(path);
-    };
-    if (wasDamaged && FileExists(path) && !away())
+    if (wasDamaged && !setAside(path, fileStamp(path)))
         return false;
-    // Once more after a file that is none was set aside.
-    for (int attempt = 0; attempt < 2; ++attempt) {
+    // Again after a file that is none was set aside, or after another process has put another one in its place.
+    for (int attempt = 0; attempt < 3; ++attempt) {
         if (!FileExists(path) && (!FileExists(pathOf(folder, imagesTemplateFile)) || !copyTemplate(folder)))
             return false;
+        const auto found = fileStamp(path);
         if (connect(path))
             return true;
-        if (!m_damaged || !away())
+        settle();
+        if (fileStamp(path) == found && (!m_damaged || !setAside(path, found)))
             return false;
     }
     return false;
@@ -135,7 +175,7 @@ void ImagesDatabase::close()
 
 void ImagesDatabase::noteFailure()
 {
-    m_damaged = m_damaged || m_connection.isDamaged();
+    m_damaged = m_damaged || (m_connection.isDamaged() && !m_connection.isMoved());
     qCInfo(logCache, "%s", qPrintable(m_connection.reason()));
 }
 
@@ -161,7 +201,7 @@ std::optional<ImageRecord> ImagesDatabase::oneRecord(SqliteStatement *statement)
 
 std::optional<int> ImagesDatabase::count()
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     SqliteStatement *counted = nullptr;
     if (m_counts)
         counted = m_connection.statement(m_size ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
@@ -182,7 +222,7 @@ std::optional<int> ImagesDatabase::count()
 
 std::optional<ImageRecord> ImagesDatabase::first()
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     SqliteStatement *statement = m_connection.statement(m_size
             ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
             : "SELECT " IMAGE_FIELDS "ORDER BY rowid LIMIT 1");
@@ -193,7 +233,7 @@ std::optional<ImageRecord> ImagesDatabase::first()
 
 std::optional<ImageRecord> ImagesDatabase::last()
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     SqliteStatement *statement = m_connection.statement(m_size
             ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1"
             : "SELECT " IMAGE_FIELDS "ORDER BY rowid DESC LIMIT 1");
@@ -204,7 +244,7 @@ std::optional<ImageRecord> ImagesDatabase::last()
 
 std::optional<ImageRecord> ImagesDatabase::beside(const ImageRecord &from, const char *ofSize, const char *ofAll)
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     SqliteStatement *statement = m_connection.statement(m_size ? ofSize : ofAll);
     if (statement)
         statement->bind(1, from.id);
@@ -276,7 +316,7 @@ bool ImagesDatabase::add(const ImageRecord &record)
 
 bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPicture)
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     const auto work = [&] {
         // Another record of the new name and size gives way.
         SqliteStatement *remove =
@@ -305,7 +345,7 @@ bool ImagesDatabase::change(qint64 id, const ImageRecord &record, bool keepPictu
 
 bool ImagesDatabase::remove(qint64 id)
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
     SqliteStatement *statement = m_connection.statement("DELETE FROM tblImages WHERE rowid=?1");
     if (statement)
         statement->bind(1, id);
@@ -314,7 +354,8 @@ bool ImagesDatabase::remove(qint64 id)
 
 bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
 {
-    m_writer.finish();
+    m_writer.finish(forTheWriter);
+    int attempts = 0;
     do {
         SqliteStatement *statement = m_connection.statement(m_size
                 ? "DELETE FROM tblImages WHERE rowid IN (SELECT rowid FROM tblImages WHERE ThumbnailSize=?1 LIMIT ?2)"
@@ -323,7 +364,10 @@ bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
             statement->bind(1, *m_size);
         if (statement)
             statement->bind(2, removedAtOnce);
-        if (!succeeded(finishStatement(statement)))
+        const bool done = finishStatement(statement);
+        if (!done && m_connection.isBusy() && ++attempts < removalAttempts)
+            continue;
+        if (!succeeded(done))
             return false;
         if (m_connection.changes() == 0)
             return true;

@@ -21,6 +21,8 @@ public:
     bool isOpen() const { return m_connection.isOpen(); }
     /// An operation has met damage.
     bool isDamaged() const { return m_damaged || m_writer.isDamaged(); }
+    /// The file that is open was removed or replaced; open() looks for the one that there is now.
+    bool isMoved() const { return m_connection.isMoved(); }
 
     /// Which records the others are about: those of one size in the order of their names, or all in the order of their
     /// storing.
@@ -50,10 +52,12 @@ public:
     /// Removes all that are selected, some at a time, for as long as `wanted` says so. False when any is left.
     bool removeAll(const std::function<bool()> &wanted);
 
-    /// Waits until all is written and nothing is under way on the file any more, also after close().
+    /// Waits until all is written and nothing is under way on the file any more, also after close(). Drops what another
+    /// process does not let in.
     void settle() { m_writer.stop(); }
 
 private:
+    bool openOrMake(const QString &folder);
     bool connect(const QString &path);
     std::optional<ImageRecord> oneRecord(SqliteStatement *statement);
     std::optional<ImageRecord> beside(const ImageRecord &from, const char *ofSize, const char *ofAll);

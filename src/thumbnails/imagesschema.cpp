@@ -85,6 +85,9 @@ bool prepareImagesConnection(SqliteConnection &connection)
 
 bool hasImagesTable(SqliteConnection &connection)
 {
-    return bool(connection.prepare("SELECT ImageName, ImageHeight, ImageWidth, ImageDate, ThumbnailImage,"
+    return connection.value("SELECT COUNT(*) FROM sqlite_schema WHERE type='table' AND rootpage>0 AND"
+                            " name='tblImages' COLLATE NOCASE")
+        == "1"
+        && bool(connection.prepare("SELECT rowid, ImageName, ImageHeight, ImageWidth, ImageDate, ThumbnailImage,"
                                    " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize FROM tblImages"));
 }

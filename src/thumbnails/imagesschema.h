@@ -22,5 +22,5 @@ int compareImageNames(QByteArrayView a, QByteArrayView b);
 /// file from elsewhere may ask of the program.
 bool prepareImagesConnection(SqliteConnection &connection);
 
-/// Whether the file has the table with its fields.
+/// Whether the file has the table with its fields; a view of that name, which may be endless, is none.
 bool hasImagesTable(SqliteConnection &connection);

@@ -8,13 +8,22 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 Q_LOGGING_CATEGORY(logWriter, "lumora.cache", QtWarningMsg)
 
-constexpr int patience = 2000; ///< milliseconds for another process
-constexpr std::size_t mostWaiting = 2000; ///< records, some ten megabytes
+constexpr int patience = 250; ///< milliseconds for another process, at each attempt
+constexpr int lastAttempts = 4; ///< when it is told to stop
+constexpr std::chrono::milliseconds betweenAttempts(100);
+constexpr std::size_t mostWaiting = 2000; ///< records: each find looks at all of them
+constexpr qsizetype mostBytesWaiting = 32 * 1024 * 1024;
 constexpr std::size_t atOnce = 50; ///< records in one transaction
+
+qsizetype bytesOf(const ImageRecord &record)
+{
+    return record.picture.size() + record.name.size() * qsizetype(sizeof(QChar)) + qsizetype(sizeof record);
+}
 
 }
 
@@ -31,9 +40,10 @@ bool ImagesWriter::add(const QString &path, const ImageRecord &record)
     }
     {
         const std::lock_guard guard(m_mutex);
-        if (m_queue.size() >= mostWaiting)
+        if (m_queue.size() >= mostWaiting || m_bytes >= mostBytesWaiting)
             return false;
         m_queue.push_back(record);
+        m_bytes += bytesOf(record);
     }
     m_changed.notify_all();
     if (!m_thread.joinable())
@@ -57,10 +67,10 @@ std::optional<ImageRecord> ImagesWriter::waiting(const QString &name, int size)
     return {};
 }
 
-void ImagesWriter::finish()
+void ImagesWriter::finish(std::chrono::milliseconds longest)
 {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_queue.empty() && m_writing.empty(); });
+    m_changed.wait_for(lock, longest, [this] { return m_queue.empty() && m_writing.empty(); });
 }
 
 void ImagesWriter::stop()
@@ -75,40 +85,83 @@ void ImagesWriter::stop()
 void ImagesWriter::run(const std::stop_token &stopping)
 {
     SqliteConnection connection;
-    if (!connection.open(m_path, SqliteConnection::Open::Existing, patience) || !prepareImagesConnection(connection))
-        qCWarning(logWriter, "%s: %s", qPrintable(displayPath(m_path)), qPrintable(connection.reason()));
+    int attempts = 0;
     std::unique_lock lock(m_mutex);
     while (true) {
         m_changed.wait(lock, stopping, [this] { return !m_queue.empty(); });
         if (m_queue.empty())
             return; // it is told to stop, and nothing waits
-        const auto taken = std::min(m_queue.size(), atOnce);
-        std::move(m_queue.begin(), m_queue.begin() + std::ptrdiff_t(taken), std::back_inserter(m_writing));
-        m_queue.erase(m_queue.begin(), m_queue.begin() + std::ptrdiff_t(taken));
+        take();
         lock.unlock();
-        write(connection);
+        const Outcome outcome = write(connection);
         lock.lock();
+        if (outcome == Outcome::Busy)
+            putBack();
+        for (const ImageRecord &record : std::as_const(m_writing))
+            m_bytes -= bytesOf(record);
         m_writing.clear();
         m_changed.notify_all();
+        if (outcome == Outcome::Done)
+            continue;
+        if (stopping.stop_requested() && ++attempts >= lastAttempts) {
+            qCInfo(logWriter, "%zu not stored: another process has the file", m_queue.size());
+            m_queue.clear();
+            m_bytes = 0;
+        }
+        m_changed.wait_for(lock, stopping, betweenAttempts, [] { return false; });
     }
 }
 
-/// Writes m_writing, which nobody else changes meanwhile: all at once, and one by one when that fails.
-void ImagesWriter::write(SqliteConnection &connection)
+void ImagesWriter::take()
 {
-    const auto put = [&](auto first, auto last) {
-        const bool written = connection.run("BEGIN IMMEDIATE")
-            && std::all_of(first, last, [&](const ImageRecord &record) { return putRecord(connection, record); })
-            && connection.run("COMMIT");
-        if (!written) {
-            m_damaged = m_damaged || connection.isDamaged();
-            qCInfo(logWriter, "not stored: %s", qPrintable(connection.reason()));
-            ignore(connection.run("ROLLBACK"));
-        }
-        return written;
-    };
-    if (put(m_writing.begin(), m_writing.end()))
-        return;
-    for (auto record = m_writing.begin(); record != m_writing.end() && !m_damaged; ++record)
-        ignore(put(record, record + 1));
+    const auto end = m_queue.begin() + std::ptrdiff_t(std::min(m_queue.size(), atOnce));
+    std::move(m_queue.begin(), end, std::back_inserter(m_writing));
+    m_queue.erase(m_queue.begin(), end);
+}
+
+void ImagesWriter::putBack()
+{
+    m_queue.insert(m_queue.begin(), std::move_iterator(m_writing.begin()), std::move_iterator(m_writing.end()));
+    m_writing.clear();
+}
+
+/// Writes m_writing, which nobody else changes meanwhile: all at once, and one by one when that fails.
+ImagesWriter::Outcome ImagesWriter::write(SqliteConnection &connection)
+{
+    const bool isReady = (connection.isOpen() && !connection.isMoved())
+        || (connection.open(m_path, SqliteConnection::Open::Existing, patience) && prepareImagesConnection(connection));
+    if (!isReady) {
+        const bool isBusy = noteFailure(connection);
+        connection.close();
+        return isBusy ? Outcome::Busy : Outcome::Done;
+    }
+    if (put(connection, 0, m_writing.size()))
+        return Outcome::Done;
+    if (noteFailure(connection))
+        return Outcome::Busy;
+    for (std::size_t at = 0; at < m_writing.size() && !m_damaged; ++at) {
+        if (!put(connection, at, at + 1) && noteFailure(connection))
+            break;
+    }
+    return Outcome::Done;
+}
+
+bool ImagesWriter::put(SqliteConnection &connection, std::size_t first, std::size_t end)
+{
+    const auto records = m_writing.begin();
+    return connection.run("BEGIN IMMEDIATE")
+        && std::all_of(records + std::ptrdiff_t(first), records + std::ptrdiff_t(end),
+            [&](const ImageRecord &record) { return putRecord(connection, record); })
+        && connection.run("COMMIT");
+}
+
+/// What the last failure was, and the end of what it was in. True for another process that has the file.
+bool ImagesWriter::noteFailure(SqliteConnection &connection)
+{
+    const bool isBusy = connection.isBusy();
+    m_damaged = m_damaged || (connection.isDamaged() && !connection.isMoved());
+    if (!isBusy)
+        qCInfo(logWriter, "not stored: %s", qPrintable(connection.reason()));
+    ignore(connection.run("ROLLBACK"));
+    return isBusy;
 }

@@ -3,6 +3,7 @@
 #include "thumbnails/imagerecord.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -10,11 +11,12 @@
 
 /// Writes records beside the windows: now and then a write waits for the disk, which a busy one makes a matter of a
 /// second. Records that wait are found as if they were written; what cannot be written is dropped and told in the log.
+/// While another process keeps the file to itself they go on waiting, but for stop(), which gives up after a moment.
 class ImagesWriter
 {
 public:
     ImagesWriter() = default;
-    /// Writes what waits.
+    /// As stop().
     ~ImagesWriter();
     ImagesWriter(const ImagesWriter &) = delete;
     ImagesWriter &operator=(const ImagesWriter &) = delete;
@@ -23,21 +25,27 @@ public:
     bool add(const QString &path, const ImageRecord &record);
     /// The record of this name and size that waits; names as in ImagesDatabase::find().
     std::optional<ImageRecord> waiting(const QString &name, int size);
-    /// Waits until all is written.
-    void finish();
-    /// The same, and lets go of the file.
+    /// Waits until all is written, or until the time is over.
+    void finish(std::chrono::milliseconds longest);
+    /// Writes all that waits and lets go of the file.
     void stop();
     /// The file was damaged; true until the next stop().
     bool isDamaged() const { return m_damaged; }
 
 private:
+    enum class Outcome { Done, Busy };
     void run(const std::stop_token &stopping);
-    void write(SqliteConnection &connection);
+    void take();
+    void putBack();
+    Outcome write(SqliteConnection &connection);
+    bool put(SqliteConnection &connection, std::size_t first, std::size_t end);
+    bool noteFailure(SqliteConnection &connection);
     QString m_path;
-    std::mutex m_mutex; ///< guards the two queues
+    std::mutex m_mutex; ///< guards the two queues and the bytes in them
     std::condition_variable_any m_changed;
     std::deque<ImageRecord> m_queue;
     std::deque<ImageRecord> m_writing; ///< taken out of the queue, not yet in the file
+    qsizetype m_bytes = 0;
     std::atomic<bool> m_damaged = false;
     std::jthread m_thread;
 };

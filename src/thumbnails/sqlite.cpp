@@ -140,9 +140,23 @@ bool SqliteConnection::isDamaged() const
     return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB || code == SQLITE_IOERR_SHORT_READ;
 }
 
-bool SqliteConnection::lacksSomething() const
+bool SqliteConnection::isBusy() const
 {
-    return m_handle && (sqlite3_errcode(m_handle) & 0xff) == SQLITE_ERROR;
+    return m_handle && (sqlite3_errcode(m_handle) & 0xff) == SQLITE_BUSY;
+}
+
+bool SqliteConnection::isMoved() const
+{
+    int moved = 0;
+    return m_handle && sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved;
+}
+
+bool SqliteConnection::isReadable() const
+{
+    if (!m_handle)
+        return false;
+    const int code = sqlite3_errcode(m_handle);
+    return code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE || (code & 0xff) == SQLITE_ERROR;
 }
 
 QString SqliteConnection::reason() const

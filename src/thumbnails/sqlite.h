@@ -71,8 +71,12 @@ public:
     int changes() const;
     /// The file is damaged, or none of SQLite's: the last failure said so.
     bool isDamaged() const;
-    /// A statement named a table or field that is not there, says the last failure.
-    bool lacksSomething() const;
+    /// Another process had what the last failure was about.
+    bool isBusy() const;
+    /// The open file has not the name any more that it was opened by: removed, renamed or replaced.
+    bool isMoved() const;
+    /// The file can be read: what the last statement did not find is not there.
+    bool isReadable() const;
     /// The last failure, for the log.
     QString reason() const;
     /// Ends the statement that another thread has under way; callable from any thread while the connection is open.

@@ -1,5 +1,7 @@
 #include "thumbnails/thumbnailblob.h"
 
+#include "engine/decode.h"
+
 #include <QtEndian>
 
 #include <zlib.h>
@@ -8,6 +10,7 @@ namespace {
 
 constexpr char letters[] = "LTN1";
 constexpr qsizetype headBytes = 8;
+constexpr int longestEdge = 1000; ///< pixels; a picture of thousands would hold up whoever looks for a thumbnail
 
 quint32 checksumOf(QByteArrayView bytes)
 {
@@ -42,6 +45,14 @@ QByteArray sealedBlob(const QByteArray &picture)
     blob.resize(headBytes);
     qToLittleEndian(checksumOf(picture), blob.data() + qstrlen(letters));
     return blob + picture;
+}
+
+bool mayBeThumbnail(const QByteArray &blob)
+{
+    if (blob.startsWith(letters))
+        return true;
+    const Result<ImageInfo> info = probe({blob, QString()});
+    return info && qMax(info->size.width(), info->size.height()) <= longestEdge;
 }
 
 QByteArray unsealedBlob(const QByteArray &blob)

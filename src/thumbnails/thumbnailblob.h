@@ -19,5 +19,9 @@ double thumbnailJp2Quality(int edge);
 /// because one changed bit in a blob is nothing that a database would notice.
 QByteArray sealedBlob(const QByteArray &picture);
 
+/// Whether the picture of a blob is small enough to be looked at. One that this program stored is; of another the
+/// header is asked.
+bool mayBeThumbnail(const QByteArray &blob);
+
 /// The picture file of a blob; one without those letters is a picture file itself. Empty when it is damaged.
 QByteArray unsealedBlob(const QByteArray &blob);

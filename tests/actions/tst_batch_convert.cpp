@@ -4,6 +4,7 @@
 #include "actions/savetest.h"
 #include "app/checkjpg.h"
 #include "platform/folders.h"
+#include "support/contents.h"
 #include "ui/yield.h"
 
 #include <QLoggingCategory>
@@ -38,6 +39,7 @@ private Q_SLOTS:
     void aRunOutlivesWhatHappensInItsYields_data();
     void aRunOutlivesWhatHappensInItsYields();
     void oneRunAtATime();
+    void theLogTellsOfEachFile();
 
 private:
     using Types = frmConvertFileType;
@@ -435,6 +437,23 @@ void tst_batch_convert::oneRunAtATime()
     convertTo({bmp});
     setYieldHook({});
     QVERIFY(exists("a.bmp") && runs > 1);
+}
+
+void tst_batch_convert::theLogTellsOfEachFile()
+{
+    const QStringList list{picture(QStringLiteral("a.png")), homeFolder().write(QStringLiteral("b.png"), "bad"),
+        picture(QStringLiteral("c.png")), picture(QStringLiteral("d.png"))};
+    homeFolder().write(QStringLiteral("c.bmp"), "old");
+    QDir(home()).mkdir(QStringLiteral("d.bmp"));
+    fill(list);
+    convertTo({bmp});
+    QDir(home()).rmdir(QStringLiteral("d.bmp"));
+    const QStringList told = logged().last(4);
+    const auto line = [&](const char *word, int index) {
+        return QStringLiteral("%1 %2%3.bmp %4").arg(QLatin1String(word), home(), QChar('a' + index), list[index]);
+    };
+    QCOMPARE(told.first(3), QStringList({line("written", 0), line("carried over", 1), line("left alone", 2)}));
+    QVERIFY(told[3].startsWith(QStringLiteral("failed ") + home() + QStringLiteral("d.bmp ")));
 }
 
 QTEST_MAIN(tst_batch_convert)

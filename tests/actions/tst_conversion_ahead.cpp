@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <cstdio>
+#include <filesystem>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -65,6 +66,12 @@ constexpr int pgm = 9;
 constexpr int png = 10;
 constexpr int pngInterlaced = 11;
 constexpr int xwd = 22;
+
+/// The toolkit leaves names of any bytes where they are.
+void clear(const TemporaryHome &home)
+{
+    std::filesystem::remove_all(QFile::encodeName(home.path()).toStdString());
+}
 
 QStringList namesIn(const QMap<QString, QByteArray> &tree)
 {
@@ -128,6 +135,7 @@ tst_conversion_ahead::Outcome tst_conversion_ahead::run(LookAhead lookAhead, con
     client.run(lookAhead, image, gvbox);
     Outcome outcome;
     outcome.tree = treeOf(home.path());
+    clear(home);
     outcome.log = client.log;
     // While the run waits it also shows what it waits for.
     outcome.log.removeIf([](const QString &line) { return line.startsWith(u"- Apply"); });
@@ -364,6 +372,7 @@ void tst_conversion_ahead::whatIsLoadedLastStays()
     QCOMPARE(QSize(image.PolyWidth(), image.PolyHeight()), QSize(60, 40));
     QCOMPARE(image.PolyBitsPerPixel(), 1);
     QCOMPARE(gvbox.bitsPerPixel(), 24);
+    clear(home);
 }
 
 void tst_conversion_ahead::manyBadFilesInARow()

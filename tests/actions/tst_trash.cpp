@@ -1,33 +1,17 @@
 #include "app/globals.h"
 #include "platform/filepath.h"
-#include "platform/files.h"
 #include "platform/filetransfer.h"
 #include "platform/trash.h"
+#include "support/contents.h"
 #include "support/otherdisk.h"
 #include "support/support.h"
 #include "support/windows.h"
 #include "ui/guards.h"
 #include "viewer/frmMainViewer.h"
 
-#include <QDir>
 #include <QtTest>
 
 #include <filesystem>
-
-namespace {
-
-QByteArray contents(const QString &path)
-{
-    const Result<QByteArray> bytes = readFile(path, 1 << 20);
-    return bytes ? *bytes : QByteArray("unreadable");
-}
-
-QString namesIn(const QString &folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name).join(u' ');
-}
-
-} // namespace
 
 /// The trash as the desktops know it, the way back, and the new name of a file.
 class tst_trash : public QObject

@@ -1,6 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(thumbnails/tst_cache.cpp rules)
+lumora_test(thumbnails/tst_cacheshared.cpp rules)
 lumora_test(thumbnails/tst_frmDataBase.cpp windows)
-foreach(name tst_cache tst_frmDataBase)
+foreach(name tst_cache tst_cacheshared tst_frmDataBase)
     add_dependencies(${name} lumora-images-template)
 endforeach()
