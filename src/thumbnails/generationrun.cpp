@@ -278,18 +278,20 @@ bool GenerationRun::make(const QString &file, ThumbnailDecoder decoder, bool fou
     return goesOn();
 }
 
-/// The busy pointer over both windows, and the command that closes the viewer disabled.
+/// The busy pointer over both windows, and no command that would disturb the run or take the viewer away.
 class BusyViewer
 {
 public:
     BusyViewer(frmThumbNail &viewer, frmMakeThumbNails &progress)
         : m_windows{&viewer, &progress}
-        , m_close(viewer.mnuViewerCloseViewer)
-        , m_closes(m_close->isEnabled())
     {
         for (const auto &window : m_windows)
             window->setCursor(Qt::WaitCursor);
-        m_close->setEnabled(false);
+        for (QAction *command : {viewer.mnuViewerCloseViewer, viewer.mnuThumbnailS}) {
+            if (command->isEnabled())
+                m_commands.append(command);
+            command->setEnabled(false);
+        }
     }
     ~BusyViewer()
     {
@@ -297,15 +299,16 @@ public:
             if (window)
                 window->unsetCursor();
         }
-        if (m_close)
-            m_close->setEnabled(m_closes);
+        for (const auto &command : std::as_const(m_commands)) {
+            if (command)
+                command->setEnabled(true);
+        }
     }
     Q_DISABLE_COPY_MOVE(BusyViewer)
 
 private:
     const std::array<QPointer<QWidget>, 2> m_windows;
-    const QPointer<QAction> m_close;
-    const bool m_closes;
+    QVector<QPointer<QAction>> m_commands; ///< those that can be given again afterwards
 };
 
 }

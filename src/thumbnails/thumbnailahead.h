@@ -30,6 +30,8 @@ public:
     /// The same of a picture in place of the file's; null for the ground alone.
     Job startFrom(const std::shared_ptr<const LoadedPicture> &picture, const ThumbnailWork &work);
     bool isDone(const Job &job) const { return m_crew.isDone(job); }
+    /// What was taken or started is not wanted any more.
+    void abandon(const Job &job) { m_crew.abandon(job); }
     /// Of one that is done: whether its file is the one that was read.
     static bool isStillTrue(const ThumbnailJob &job);
 
