@@ -82,15 +82,19 @@ void frmThumbNail::imgThumbNail_DblClick(int cell)
 {
     m_remake.stop();
     SkipNextClick = true;
-    if (PageBusy || !isOnPage(cell))
+    const int index = TopIndex + cell - 1;
+    if (PageBusy || index < 0 || index >= itemCount())
         return;
     LeavingViewer = true;
-    const int index = TopIndex + cell - 1;
     const QPointer<frmThumbNail> here(this);
-    auto &viewer = form<frmMainViewer>();
-    viewer.lstDisplay->setListIndex(index);
-    viewer.lstDisplay->clearSelections();
-    viewer.lstDisplay->setSelected(index, true);
+    ListBox *list = form<frmMainViewer>().lstDisplay;
+    {
+        // Shown once, when it is selected.
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        list->setListIndex(index);
+        list->clearSelections();
+    }
+    list->setSelected(index, true);
     if (here && !isUnloaded())
         mnuViewerCloseViewer_Click();
 }

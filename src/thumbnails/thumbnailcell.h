@@ -17,6 +17,7 @@ public:
     QImage picture() const { return m_picture; }
     /// A sign on the palette's ground.
     void setSign(const QIcon &sign);
+    QIcon sign() const { return m_sign; }
     /// 1 with a frame, 0 without.
     void setBorderStyle(int style);
     int borderStyle() const { return m_borderStyle; }
