@@ -59,7 +59,7 @@ private:
     void showCount(int index, int last);
     void showRate(int remaining);
     void lookAhead();
-    bool isWanted(const QString &file, bool found) const;
+    bool isWanted(bool found) const;
     ThumbnailWork workFor(const QString &file, int size) const;
     bool make(const QString &file, ThumbnailDecoder decoder, bool found);
     bool wait(const ThumbnailAhead::Job &job);
@@ -127,7 +127,7 @@ bool GenerationRun::passFile(int index, int last)
     const QString file = list.itemText(index);
     showCount(index, last);
     const bool found = form<frmDataBase>().Find_Click(file, m_viewer->ThumbnailSize);
-    if (!isWanted(file, found)) {
+    if (!isWanted(found)) {
         m_progress->lblFileName->setText(frmMakeThumbNails::tr("Scanning"));
         return true;
     }
@@ -193,7 +193,7 @@ void GenerationRun::showRate(int remaining)
 
 // --- making them
 
-bool GenerationRun::isWanted(const QString &file, bool found) const
+bool GenerationRun::isWanted(bool found) const
 {
     return !found || form<frmPreferences>().chkOverWriteThumbnails->isChecked();
 }
@@ -222,7 +222,7 @@ void GenerationRun::lookAhead()
         const QString file = list.itemText(int(place % passStride));
         if (thumbnailDecoder(GetMediaKind(file)) == ThumbnailDecoder::None)
             continue;
-        if (isWanted(file, form<frmDataBase>().Holds(file, size)))
+        if (isWanted(form<frmDataBase>().Holds(file, size)))
             m_ahead.expect(place, workFor(file, size), true);
     }
 }

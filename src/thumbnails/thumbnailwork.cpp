@@ -34,7 +34,7 @@ std::shared_ptr<const LoadedPicture> sourceOf(const QImage &pixels, const ImageI
 
 }
 
-ThumbnailDecoder thumbnailDecoder(QStringView kind)
+ThumbnailDecoder thumbnailDecoder(QAnyStringView kind)
 {
     if (kind == kindPicture)
         return ThumbnailDecoder::Gvbox;

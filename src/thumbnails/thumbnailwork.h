@@ -5,7 +5,7 @@
 
 /// Which control decodes a file for a thumbnail: one keeps what it had when the next file cannot be read.
 enum class ThumbnailDecoder { None, Gvbox, PolyImage };
-ThumbnailDecoder thumbnailDecoder(QStringView kind);
+ThumbnailDecoder thumbnailDecoder(QAnyStringView kind);
 
 /// All that decides what a thumbnail comes to, besides what the file holds.
 struct ThumbnailWork

@@ -1,3 +1,5 @@
+#include "builtpaths.h"
+
 #include "app/checkjpg.h"
 #include "app/globals.h"
 #include "app/settings.h"

@@ -1,5 +1,6 @@
 #include "app/mediatypes.h"
 #include "engine/ops/areaaverage.h"
+#include "engine/polyimage.h"
 #include "support/support.h"
 #include "thumbnails/thumbnailahead.h"
 #include "thumbnails/thumbnailblob.h"
