@@ -17,6 +17,7 @@
 #include <QToolBar>
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>

@@ -19,6 +19,8 @@
 #include <QLayout>
 #include <QToolTip>
 
+#include <utility>
+
 // A yield may scroll, lay out anew, change or empty the list, or unload this window. A fill that finds a newer page, or
 // no window, ends; what it still needs of the list it asks the list for, item by item.
 
@@ -265,6 +267,7 @@ ThumbnailCell *frmThumbNail::cellAt(int number)
         cell->setObjectName(QStringLiteral("imgThumbnail(%1)").arg(index));
         cell->setToolTip(tr("Click thumbnail to display image information in status bar.  Double-click to show file in "
                             "the Main Viewer."));
+        setTabOrder(index > 0 ? imgThumbnail.back() : picGrid, cell);
         cell->hide();
         auto *name = new QLabel(picGrid);
         name->setObjectName(QStringLiteral("lblThumbNail(%1)").arg(index));
@@ -344,8 +347,8 @@ void frmThumbNail::placeName(int number, const ThumbnailGrid &grid)
 
 bool frmThumbNail::isOnPage(int cell) const
 {
-    return cell >= 1 && cell <= PageCapacity && cell + TopIndex <= itemCount() && cell < int(imgThumbnail.size())
-        && imgThumbnail[std::size_t(cell)]->isVisibleTo(picGrid);
+    return !isUnloaded() && cell >= 1 && cell <= PageCapacity && cell + TopIndex <= itemCount()
+        && cell < int(imgThumbnail.size()) && imgThumbnail[std::size_t(cell)]->isVisibleTo(picGrid);
 }
 
 void frmThumbNail::ShowThumbNailInfo(int position)
