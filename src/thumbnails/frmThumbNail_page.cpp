@@ -209,6 +209,7 @@ void frmThumbNail::ShowThumbnailPage()
     const ThumbnailGrid grid = computeGrid();
     lblThumbNail.front()->setText(displayPath(FileNameOfPath(itemAt(TopIndex))));
     m_pageFiles = pageFiles();
+    dropSharpening();
     if (itemCount() != TopIndex) {
         if (SelectedIndex < TopIndex || SelectedIndex > TopIndex + PageCapacity)
             ShowThumbNailInfo(-1);
@@ -218,6 +219,7 @@ void frmThumbNail::ShowThumbnailPage()
     if (!here || isOver(ticket))
         return;
     m_frame.reset();
+    sharpenPage();
     if (std::exchange(m_refreshAfterPage, false))
         m_remake.start(0);
     if (picGrid->hasFocus() && isOnPage(SelectedIndex - TopIndex))
