@@ -45,8 +45,8 @@ frmMakeThumbNails::frmMakeThumbNails(QWidget *parent)
     txtClose->installEventFilter(this);
     lblShowThumbnail->installEventFilter(this);
     // Only the others pass a click on to the window.
-    for (QWidget *widget : std::initializer_list<QWidget *>{lblSpeed, lblThumbnailsPer, lblPerMin, lblTimeRemaining,
-             lblCurrentSize, pgbThumbnails, imgThumbnail})
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             lblSpeed, lblThumbnailsPer, lblPerMin, lblTimeRemaining, lblCurrentSize, pgbThumbnails, imgThumbnail})
         widget->setAttribute(Qt::WA_NoMousePropagation);
 
     auto *all = new QHBoxLayout(this);

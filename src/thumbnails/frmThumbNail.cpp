@@ -11,7 +11,7 @@
 #include "ui/icons.h"
 #include "viewer/frmMainViewer.h"
 
-#include <QApplication>
+#include <utility>
 
 namespace {
 constexpr int relayoutAfter = 250; ///< milliseconds
@@ -41,7 +41,7 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
     setStatusBar(StatusBar1);
     StatusBar1->setPanelText(1, tr("Current Image:"));
-    ignore(cellAt(0));
+    cellAt(0);
     makeMenus();
     makeToolbar();
     m_heldSince.start();

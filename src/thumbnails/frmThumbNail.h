@@ -17,6 +17,7 @@
 #include <QToolBar>
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -222,6 +223,13 @@ private:
     void cellClicked(int cell);
     PagePlace pagePlace() const;
     bool gridHasKeyboard() const;
+    // --- on screens that are scaled up: frmThumbNail_sharp.cpp
+    struct Sharpening;
+    void sharpenPage();
+    void dropSharpening();
+    void takeSharper();
+    std::shared_ptr<Sharpening> m_sharpening;
+
     void scrollTo(int top);
     void scrollBy(int items);
     void showScrollTip(int top);

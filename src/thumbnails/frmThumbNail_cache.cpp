@@ -10,6 +10,8 @@
 
 #include <QPointer>
 
+#include <utility>
+
 /// The cache is at work until this goes; the window may have gone by then.
 class frmThumbNail::CacheWork
 {

@@ -14,6 +14,8 @@
 #include <QKeyEvent>
 #include <QMenu>
 
+#include <utility>
+
 // --- a click on a cell
 
 void frmThumbNail::imgThumbnail_Click(int cell)

@@ -19,6 +19,8 @@
 #include <QLayout>
 #include <QToolTip>
 
+#include <utility>
+
 // A yield may scroll, lay out anew, change or empty the list, or unload this window. A fill that finds a newer page, or
 // no window, ends; what it still needs of the list it asks the list for, item by item.
 
@@ -207,6 +209,7 @@ void frmThumbNail::ShowThumbnailPage()
     const ThumbnailGrid grid = computeGrid();
     lblThumbNail.front()->setText(displayPath(FileNameOfPath(itemAt(TopIndex))));
     m_pageFiles = pageFiles();
+    dropSharpening();
     if (itemCount() != TopIndex) {
         if (SelectedIndex < TopIndex || SelectedIndex > TopIndex + PageCapacity)
             ShowThumbNailInfo(-1);
@@ -216,6 +219,7 @@ void frmThumbNail::ShowThumbnailPage()
     if (!here || isOver(ticket))
         return;
     m_frame.reset();
+    sharpenPage();
     if (std::exchange(m_refreshAfterPage, false))
         m_remake.start(0);
     if (picGrid->hasFocus() && isOnPage(SelectedIndex - TopIndex))
@@ -265,6 +269,7 @@ ThumbnailCell *frmThumbNail::cellAt(int number)
         cell->setObjectName(QStringLiteral("imgThumbnail(%1)").arg(index));
         cell->setToolTip(tr("Click thumbnail to display image information in status bar.  Double-click to show file in "
                             "the Main Viewer."));
+        setTabOrder(index > 0 ? imgThumbnail.back() : picGrid, cell);
         cell->hide();
         auto *name = new QLabel(picGrid);
         name->setObjectName(QStringLiteral("lblThumbNail(%1)").arg(index));
@@ -344,8 +349,8 @@ void frmThumbNail::placeName(int number, const ThumbnailGrid &grid)
 
 bool frmThumbNail::isOnPage(int cell) const
 {
-    return cell >= 1 && cell <= PageCapacity && cell + TopIndex <= itemCount() && cell < int(imgThumbnail.size())
-        && imgThumbnail[std::size_t(cell)]->isVisibleTo(picGrid);
+    return !isUnloaded() && cell >= 1 && cell <= PageCapacity && cell + TopIndex <= itemCount()
+        && cell < int(imgThumbnail.size()) && imgThumbnail[std::size_t(cell)]->isVisibleTo(picGrid);
 }
 
 void frmThumbNail::ShowThumbNailInfo(int position)

@@ -37,8 +37,8 @@ bool ThumbnailAhead::isReady(qint64 order) const
 
 ThumbnailAhead::Job ThumbnailAhead::take(const ThumbnailWork &work)
 {
-    const auto found = std::find_if(
-        m_guesses.begin(), m_guesses.end(), [&](const Guess &guess) { return guess.job->work == work; });
+    const auto found =
+        std::find_if(m_guesses.begin(), m_guesses.end(), [&](const Guess &guess) { return guess.job->work == work; });
     if (found == m_guesses.end())
         return {};
     Job job = found->job;

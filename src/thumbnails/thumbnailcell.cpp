@@ -10,6 +10,7 @@ namespace {
 
 constexpr int frameWidth = 3; ///< the last pixel of it parts the frame from the picture
 constexpr double signShare = 0.5; ///< of the face's edge
+constexpr double signStrength = 0.55; ///< a sign is no picture: it stands back behind those
 
 /// A cell is an entry of the grid, for those who hear it.
 class AccessibleCell : public QAccessibleWidget
@@ -98,7 +99,9 @@ void ThumbnailCell::paintSign(QPainter &painter) const
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     QRect place(0, 0, int(width() * signShare), int(height() * signShare));
     place.moveCenter(rect().center());
+    painter.setOpacity(signStrength);
     m_sign.paint(&painter, place);
+    painter.setOpacity(1);
 }
 
 void ThumbnailCell::paintFrame(QPainter &painter) const

@@ -77,8 +77,8 @@ MessageBox cancelRunBox()
     MessageBox box;
     // The title is the one of the box that asks before the cache is emptied.
     box.title = translated(QT_TRANSLATE_NOOP("frmMakeThumbNails", "Delete Thumbnail cache:"));
-    box.text = translated(QT_TRANSLATE_NOOP(
-        "frmMakeThumbNails", "Are you sure you want to cancel thumbnail generating all thumbnails?"));
+    box.text = translated(
+        QT_TRANSLATE_NOOP("frmMakeThumbNails", "Are you sure you want to cancel thumbnail generating all thumbnails?"));
     box.icon = MessageBox::Icon::Question;
     box.buttons = MessageBox::Buttons::YesNo;
     box.defaultAnswer = MessageBox::Answer::No;

@@ -55,7 +55,8 @@ Result<std::shared_ptr<const LoadedPicture>> loadThumbnailSource(const QString &
 std::shared_ptr<const LoadedPicture> thumbnailSource(const LoadedPicture &picture)
 {
     const QSize size = picture.info().size;
-    return sourceOf(picture.atLeast(size.scaled(sourceSize, Qt::KeepAspectRatio).boundedTo(size)).pixels, picture.info());
+    return sourceOf(
+        picture.atLeast(size.scaled(sourceSize, Qt::KeepAspectRatio).boundedTo(size)).pixels, picture.info());
 }
 
 qint64 estimatedThumbnailMemory(const QString &path)

@@ -482,7 +482,8 @@ void tst_generate::theRunSurvivesWhateverComesInBetween()
             QVERIFY(alike(stored(files[2], 80), blue));
         QVERIFY(viewer().mnuViewerCloseViewer->isEnabled());
     };
-    forEachYield(prepare, [&] { viewer().mnuThumbnailsGenerateAll_Click(); }, disturb, check);
+    forEachYield(
+        prepare, [&] { viewer().mnuThumbnailsGenerateAll_Click(); }, disturb, check);
 }
 
 void tst_generate::aReadOnlyFolderDoesNoHarm()
@@ -518,11 +519,11 @@ void tst_generate::theWindowIsOneLargeButton()
         QTest::mouseClick(widget, Qt::LeftButton);
         return !window.KeepGoing;
     };
-    for (QWidget *widget : std::initializer_list<QWidget *>{&window, window.lblFileCount, window.lblFileName,
-             window.lblInformation, window.lblMakingThumbnail})
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             &window, window.lblFileCount, window.lblFileName, window.lblInformation, window.lblMakingThumbnail})
         QVERIFY2(stops(widget), qPrintable(widget->objectName()));
-    for (QWidget *widget : std::initializer_list<QWidget *>{window.lblSpeed, window.lblShowThumbnail,
-             window.chkShowThumbnail, window.pgbThumbnails})
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             window.lblSpeed, window.lblShowThumbnail, window.chkShowThumbnail, window.pgbThumbnails})
         QVERIFY2(!stops(widget), qPrintable(widget->objectName()));
     window.KeepGoing = true;
     window.activateWindow();

@@ -140,7 +140,7 @@ void tst_thumbnail_making::theMaskAnswersToBothSetsOfNames()
 
 void tst_thumbnail_making::aGuessIsTakenOnce()
 {
-    ThumbnailAhead ahead([] { });
+    ThumbnailAhead ahead([] {});
     const QString path = m_home->writePicture(QStringLiteral("red.png"), {120, 120}, red);
     ahead.expect(1, work(path), true);
     ahead.expect(2, work(path, 100), true);
@@ -158,7 +158,7 @@ void tst_thumbnail_making::aGuessIsTakenOnce()
 
 void tst_thumbnail_making::aGuessOfAChangedFileDoesNotHold()
 {
-    ThumbnailAhead ahead([] { });
+    ThumbnailAhead ahead([] {});
     const QString path = m_home->writePicture(QStringLiteral("a.png"), {120, 120}, red);
     const auto first = ahead.start(work(path), true);
     QVERIFY(wait(ahead, first));
@@ -186,8 +186,7 @@ void tst_thumbnail_making::whatCannotBeReadFailsAndTheNextIsMade_data()
     QTest::newRow("empty") << QByteArray() << true;
     QTest::newRow("no picture") << QByteArray("words") << true;
     QTest::newRow("a size beyond all limits")
-        << QByteArray("BM\x36\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\xff\xff\xff\x7f\xff\xff\xff\x7f\1\0\x18\0", 30)
-        << true;
+        << QByteArray("BM\x36\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\xff\xff\xff\x7f\xff\xff\xff\x7f\1\0\x18\0", 30) << true;
 }
 
 void tst_thumbnail_making::whatCannotBeReadFailsAndTheNextIsMade()
@@ -196,7 +195,7 @@ void tst_thumbnail_making::whatCannotBeReadFailsAndTheNextIsMade()
     QFETCH(bool, exists);
     const QString path =
         exists ? m_home->write(QStringLiteral("bad.bmp"), bytes) : m_home->path() + QStringLiteral("bad.bmp");
-    ThumbnailAhead ahead([] { });
+    ThumbnailAhead ahead([] {});
     const auto bad = ahead.start(work(path), true);
     const auto good = ahead.start(work(m_home->writePicture(QStringLiteral("good.png"), {90, 90}, blue)), true);
     QVERIFY(wait(ahead, bad) && wait(ahead, good));
@@ -206,7 +205,7 @@ void tst_thumbnail_making::whatCannotBeReadFailsAndTheNextIsMade()
 
 void tst_thumbnail_making::aPictureStandsInForAFile()
 {
-    ThumbnailAhead ahead([] { });
+    ThumbnailAhead ahead([] {});
     const QString path = m_home->write(QStringLiteral("bad.jpg"), "words");
     QImage image(900, 300, QImage::Format_RGB32);
     image.fill(red);
@@ -222,7 +221,7 @@ void tst_thumbnail_making::aPictureStandsInForAFile()
 
 void tst_thumbnail_making::keptSourcesServeTheSameFileOnly()
 {
-    ThumbnailAhead ahead([] { }, 1024 * 1024);
+    ThumbnailAhead ahead([] {}, 1024 * 1024);
     const QString path = m_home->writePicture(QStringLiteral("a.png"), {120, 120}, red);
     // A file just written is not kept.
     QVERIFY(QTest::qWaitFor([&] {
@@ -264,7 +263,7 @@ void tst_thumbnail_making::whatIsDroppedIsNotMade()
 
 void tst_thumbnail_making::blobsAreWhatTheCacheReads()
 {
-    ThumbnailAhead ahead([] { });
+    ThumbnailAhead ahead([] {});
     const QString path = m_home->writePicture(QStringLiteral("red.png"), {120, 120}, red);
     for (const int level : {0, 1, 2}) {
         const auto job = ahead.start(work(path, 80, level), false);
@@ -288,10 +287,14 @@ void tst_thumbnail_making::countsAndBar_data()
     QTest::addColumn<QString>("grouped");
     QTest::addColumn<QString>("plain");
     QTest::addColumn<int>("bar");
-    QTest::newRow("one of one") << 0 << 0 << "1 of 1" << "1 of 1" << 100;
-    QTest::newRow("thousands") << 1233 << 32766 << "1,234 of 32,767" << "1234 of 32767" << 3;
-    QTest::newRow("29 of 100 is a little less in binary") << 28 << 99 << "29 of 100" << "29 of 100" << 28;
-    QTest::newRow("two of three") << 1 << 2 << "2 of 3" << "2 of 3" << 66;
+    QTest::newRow("one of one") << 0 << 0 << "1 of 1"
+                                << "1 of 1" << 100;
+    QTest::newRow("thousands") << 1233 << 32766 << "1,234 of 32,767"
+                               << "1234 of 32767" << 3;
+    QTest::newRow("29 of 100 is a little less in binary") << 28 << 99 << "29 of 100"
+                                                          << "29 of 100" << 28;
+    QTest::newRow("two of three") << 1 << 2 << "2 of 3"
+                                  << "2 of 3" << 66;
 }
 
 void tst_thumbnail_making::countsAndBar()
