@@ -9,6 +9,7 @@
 #include "thumbnails/thumbnailblob.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QtTest>
 
 #include <csignal>
@@ -16,7 +17,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-/// The file of the thumbnail cache: its records, and what becomes of it under damage.
+/// The file of the thumbnail cache: its records, and what becomes of it under damage, kills and other processes.
 class tst_cache : public QObject
 {
     Q_OBJECT
@@ -30,11 +31,13 @@ private Q_SLOTS:
     void aNameInOtherLettersIsTheSameFileOnly();
     void recordsAreWalkedInTheOrderOfNames();
     void duplicatesFromElsewhereGiveTheFirst();
-    void aHugePictureIsNotRead();
     void countsFollowWhateverIsDone();
     void whatIsNoCacheIsSetAside_data();
     void whatIsNoCacheIsSetAside();
     void damageFoundLaterIsSetAsideAtTheNextOpening();
+    void aLogOfALostFileIsNotPlayedIntoTheNext();
+    void aKilledProcessLeavesAllThatItStored();
+    void twoProcessesStoreAtOnce();
     void aFullDiskCostsTheRecordOnly();
     void aReadOnlyFolderHasNoCache();
     void compactionGivesRoomBackAndKeepsTheRecords();
@@ -47,12 +50,35 @@ private:
     QString folder() const { return m_home->path() + QStringLiteral("app/"); }
     static ImageRecord record(const QString &name, int size = 100, const QByteArray &picture = "picture");
     QStringList names(ImagesDatabase &database);
+    bool runElsewhere(const char *work);
     std::unique_ptr<TemporaryHome> m_home;
 };
 
 namespace {
 
 const QString templateFile = QStringLiteral(LUMORA_BIN "/lumora-data/images.dat");
+
+/// What another process does: this program again, with an order in its arguments.
+int workElsewhere(const QString &folder, const QString &work)
+{
+    ImagesDatabase database;
+    if (!database.open(folder))
+        return 1;
+    ImageRecord record;
+    record.thumbnailSize = 100;
+    record.picture = QByteArray(3000, 'x');
+    for (int number = 0; number < 300; ++number) {
+        record.name = QStringLiteral("/%1/%2").arg(work).arg(number);
+        if (!database.add(record))
+            return 2;
+    }
+    database.settle();
+    if (database.count() < 300)
+        return 3;
+    if (work == QLatin1String("killed"))
+        ::kill(::getpid(), SIGKILL);
+    return 0;
+}
 
 }
 
@@ -82,6 +108,14 @@ QStringList tst_cache::names(ImagesDatabase &database)
     for (auto at = database.first(); at; at = database.next(*at))
         all.append(at->name);
     return all;
+}
+
+bool tst_cache::runElsewhere(const char *work)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--work"), folder(), QLatin1String(work)});
+    return process.waitForFinished() && (process.exitStatus() == QProcess::CrashExit || process.exitCode() == 0);
 }
 
 void tst_cache::aFreshFileIsTheTemplate()
@@ -216,25 +250,6 @@ void tst_cache::duplicatesFromElsewhereGiveTheFirst()
     QCOMPARE(database.count(), std::optional<int>(3));
 }
 
-void tst_cache::aHugePictureIsNotRead()
-{
-    {
-        SqliteConnection connection;
-        QVERIFY(connection.open(path(), SqliteConnection::Open::Create, 0));
-        QVERIFY(connection.run("CREATE TABLE tblImages (ImageName TEXT, ImageHeight, ImageWidth, ImageDate,"
-                               " ThumbnailCompressionMode, ThumbnailDate, ThumbnailSize INTEGER, ThumbnailImage BLOB);"
-                               "INSERT INTO tblImages VALUES ('/a', 1, 1, '', 1, '', 100, zeroblob(30000000))"));
-    }
-    ImagesDatabase database;
-    QVERIFY(database.open(folder()));
-    QVERIFY(database.first() && database.first()->picture.isEmpty());
-    QVERIFY(database.find(QStringLiteral("/a"), 100));
-    QVERIFY(database.add(record(QStringLiteral("/a"))));
-    database.settle();
-    QCOMPARE(database.find(QStringLiteral("/a"), 100)->picture, QByteArray("picture"));
-    QCOMPARE(database.count(), std::optional<int>(1));
-}
-
 void tst_cache::countsFollowWhateverIsDone()
 {
     ImagesDatabase database;
@@ -282,17 +297,6 @@ void tst_cache::whatIsNoCacheIsSetAside_data()
     QByteArray zeroed = whole;
     zeroed.replace(100, 4096, QByteArray(4096, '\0'));
     QTest::newRow("a zeroed page") << zeroed;
-    const TemporaryHome home;
-    const QString view = home.path() + QStringLiteral("view");
-    {
-        SqliteConnection connection;
-        QVERIFY(connection.open(view, SqliteConnection::Open::Create, 0));
-        QVERIFY(connection.run("CREATE VIEW tblImages AS SELECT 1 ImageName, 1 ImageHeight, 1 ImageWidth, 1 ImageDate,"
-                               " 1 ThumbnailImage, 1 ThumbnailCompressionMode, 1 ThumbnailDate, 100 ThumbnailSize"));
-    }
-    QFile made(view);
-    QVERIFY(made.open(QIODevice::ReadOnly));
-    QTest::newRow("a view in place of the table") << made.readAll();
 }
 
 void tst_cache::whatIsNoCacheIsSetAside()
@@ -335,6 +339,40 @@ void tst_cache::damageFoundLaterIsSetAsideAtTheNextOpening()
     QCOMPARE(database.count(), std::optional<int>(0));
     QVERIFY(database.add(record(QStringLiteral("/a"))));
     QVERIFY(QFile::exists(path() + QStringLiteral(".damaged")));
+}
+
+void tst_cache::aLogOfALostFileIsNotPlayedIntoTheNext()
+{
+    QVERIFY(runElsewhere("killed"));
+    QVERIFY2(QFile::exists(path() + QStringLiteral("-wal")), "the process was killed with its log beside the file");
+    QVERIFY(QFile::remove(path()));
+    ImagesDatabase database;
+    QVERIFY(database.open(folder()));
+    QCOMPARE(database.count(), std::optional<int>(0));
+    QVERIFY(!database.first());
+}
+
+void tst_cache::aKilledProcessLeavesAllThatItStored()
+{
+    QVERIFY(runElsewhere("killed"));
+    ImagesDatabase database;
+    QVERIFY(database.open(folder()));
+    QCOMPARE(database.count(), std::optional<int>(300));
+    QCOMPARE(names(database).size(), 300);
+}
+
+void tst_cache::twoProcessesStoreAtOnce()
+{
+    ImagesDatabase database;
+    QVERIFY(database.open(folder()));
+    QProcess other;
+    other.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--work"), folder(), QStringLiteral("other")});
+    QVERIFY(other.waitForStarted());
+    for (int number = 0; number < 300; ++number)
+        QVERIFY(database.add(record(QStringLiteral("/mine/%1").arg(number))));
+    QVERIFY(other.waitForFinished());
+    QCOMPARE(other.exitCode(), 0);
+    QCOMPARE(database.count(), std::optional<int>(600));
 }
 
 void tst_cache::aFullDiskCostsTheRecordOnly()
@@ -446,5 +484,12 @@ void tst_cache::numbersAreGrouped()
         clearingFailedBox().text.startsWith(QLatin1String("Tessaly was unable to clear the thumbnail cache.  This")));
 }
 
-QTEST_GUILESS_MAIN(tst_cache)
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 4 && qstrcmp(argv[1], "--work") == 0)
+        return workElsewhere(QFile::decodeName(argv[2]), QString::fromLatin1(argv[3]));
+    tst_cache test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_cache.moc"
