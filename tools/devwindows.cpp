@@ -8,6 +8,8 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "thumbnails/frmDatabaseStats.h"
+#include "thumbnails/frmThumbNail.h"
+#include "ui/guards.h"
 #include "viewer/frmMainViewer.h"
 
 #include <QAccessible>
@@ -132,6 +134,17 @@ bool openFiles(frmMainViewer &viewer, const QStringList &files)
     return painted;
 }
 
+/// The Thumbnail Viewer shows the Main Viewer's list, which nobody sees here.
+void showThumbnails(frmThumbNail &window, const QStringList &files)
+{
+    {
+        const ScopedFlag busy(globals.ItemSelectionBusy);
+        form<frmMainViewer>().addDroppedFiles(files);
+    }
+    window.mnuViewerRefresh_Click();
+    letEventsIn();
+}
+
 /// Shows the window with its files. Gives 0, or the exit status of what failed.
 int bringUp(QWidget *window, const QStringList &files, QSize size)
 {
@@ -143,11 +156,16 @@ int bringUp(QWidget *window, const QStringList &files, QSize size)
     if (files.isEmpty())
         return 0;
     auto *viewer = qobject_cast<frmMainViewer *>(window);
-    if (!viewer)
-        return dev::wrongCall(QStringLiteral("only frmMainViewer opens files"));
+    auto *thumbnails = qobject_cast<frmThumbNail *>(window);
+    if (!viewer && !thumbnails)
+        return dev::wrongCall(QStringLiteral("only frmMainViewer and frmThumbNail open files"));
     QStringList paths;
     for (const QString &file : files)
         paths << absolutePath(file, QDir::currentPath());
+    if (thumbnails) {
+        showThumbnails(*thumbnails, paths);
+        return 0;
+    }
     if (!openFiles(*viewer, paths))
         return dev::fail(files.constFirst() + QStringLiteral(": not shown within 20 seconds"));
     letEventsIn();

@@ -149,6 +149,13 @@ COMMANDS = {
     "lumora-editor": FRAME + HILLS.replace("M5 17", "M4.5 17.5") + line("M13 13.5 L20 4.5", width=3) + line("M12 15.6 L13 13.5", WARNING, 2.2),
     "lumora-thumbnails": "".join(line(f"M{x} {y} h6.6 v6.6 h-6.6 Z", width=1.6) + area(f"M{x + 1.4} {y + 5.4} l2 -2.6 l1.8 2.6 Z", ACCENT)
                                 for x in (3, 14) for y in (3.2, 14)),
+    "lumora-labels": line("M4.5 3 H19.5 V14.5 H4.5 Z") + area("M7 12 L10.5 8 L12.5 10 L14.5 7.5 L17.5 12 Z", ACCENT)
+        + line("M6.5 19.5 H17.5", width=2.4),
+    "lumora-thumbnail-empty": line("M3 5 H21 V19 H3 Z M5 17 L10 11 L13 14 L16 9.5 L19.5 17", width=0.9) + ring(8, 9, 1.3, width=0.9),
+    "lumora-thumbnail-missing": line("M5 3 H14.5 L19 7.5 V21 H5 Z M14.5 3 V7.5 H19", width=1.1)
+        + line("M9.5 11.5 L14.5 16.5 M14.5 11.5 L9.5 16.5", WARNING, 1.7),
+    "lumora-thumbnail-media": line("M3 4.5 H21 V19.5 H3 Z M7 4.5 V19.5 M17 4.5 V19.5 M3 9.5 H7 M3 14.5 H7 M17 9.5 H21 M17 14.5 H21", width=1.1)
+        + area("M10 8.5 L15 12 L10 15.5 Z", ACCENT),
     "lumora-show": SCREEN + area("M9.5 7 L16 10.5 L9.5 14 Z", ACCENT),
     "lumora-browse-folder": FOLDER + area("M5.5 11 h5 v5 h-5 Z M13 11 h5 v5 h-5 Z", ACCENT),
     "lumora-wide-list": line("M2.5 4 H21.5 V20 H2.5 Z M15 4 V20") + line("M5.5 12 H12 M9.5 9 L12.5 12 L9.5 15", ACCENT),

@@ -4,6 +4,7 @@
 #include "engine/polyimage.h"
 #include "platform/folders.h"
 #include "ui/form.h"
+#include "ui/icons.h"
 
 /// The hidden support window: owns the picture engine for all work outside the editor. The display keeps `polImageBox1`
 /// loaded with the current picture, which saving and printing then use.
@@ -22,4 +23,5 @@ public:
     ImageMaskControl ImageMaskControl1;
     std::shared_ptr<const LoadedPicture> picBackupImage;
     WindowsSystemFolders WindowsSystemFolders1;
+    QIcon imgEmpty = themedIcon(QStringLiteral("lumora-thumbnail-empty")); ///< stands where a thumbnail is to come
 };

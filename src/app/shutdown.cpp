@@ -16,6 +16,7 @@
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "thumbnails/frmDataBase.h"
+#include "thumbnails/frmThumbNail.h"
 #include "ui/yield.h"
 #include "viewer/frmBackground.h"
 #include "viewer/frmFileListForm.h"
@@ -90,7 +91,7 @@ constexpr std::array formRows{
     window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
     notInThisBuild("frmSystemTray"),
-    notInThisBuild("frmThumbNail"),
+    window<frmThumbNail>("frmThumbNail"),
     hiddenWindow<frmDataBase>("frmDataBase"),
     window<frmTip>("frmTip"),
     notInThisBuild("frmUndo"),

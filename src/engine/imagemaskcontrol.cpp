@@ -33,25 +33,30 @@ QSize fittedInto(QSize source, QSize room)
 
 }
 
-void ImageMaskControl::MaskMakeThumbnail(int width, int height)
+Picture thumbnailOf(const LoadedPicture *source, const ThumbnailLook &look)
 {
-    m_thumbnail = {};
-    QImage ground = allocateImage(QSize(width, height), QImage::Format_RGB32);
+    QImage ground = allocateImage(look.size, QImage::Format_RGB32);
     if (ground.isNull())
-        return;
-    ground.fill(m_backColor.rgb() | 0xff000000);
+        return {};
+    ground.fill(look.backColor.rgb() | 0xff000000);
     QPainter painter(&ground);
-    const int margin = m_style ? frameWidth : 0;
+    const int margin = look.frame ? frameWidth : 0;
     const QRect inside = ground.rect().adjusted(margin, margin, -margin, -margin);
-    if (m_picture && !inside.isEmpty()) {
+    if (source && !inside.isEmpty()) {
         // A decoder that reduces leaves something to average.
-        const QImage source = m_picture->atLeast(inside.size() * 2).pixels;
-        QRect place(QPoint(), fittedInto(m_picture->info().size, inside.size()));
+        const QImage pixels = source->atLeast(inside.size() * 2).pixels;
+        QRect place(QPoint(), fittedInto(source->info().size, inside.size()));
         place.moveCenter(inside.center());
-        painter.drawImage(place.topLeft(), areaAverage(source, place.size()));
+        painter.drawImage(place.topLeft(), areaAverage(pixels, place.size()));
     }
-    if (m_style)
+    if (look.frame)
         drawRaisedFrame(painter, ground.rect());
     painter.end();
-    m_thumbnail = Picture::fromImage(ground);
+    return Picture::fromImage(ground);
+}
+
+void ImageMaskControl::MaskMakeThumbnail(int width, int height)
+{
+    m_look.size = {width, height};
+    m_thumbnail = thumbnailOf(m_picture.get(), m_look);
 }

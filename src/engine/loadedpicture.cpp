@@ -36,6 +36,14 @@ std::shared_ptr<const LoadedPicture> LoadedPicture::fromPicture(const Picture &p
     return loaded;
 }
 
+std::shared_ptr<const LoadedPicture> LoadedPicture::fromReduced(const Picture &picture)
+{
+    auto loaded = std::make_shared<LoadedPicture>();
+    loaded->m_picture = picture;
+    loaded->m_info = picture.info;
+    return loaded;
+}
+
 Picture LoadedPicture::current() const
 {
     const std::lock_guard lock(m_mutex);

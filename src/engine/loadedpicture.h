@@ -19,6 +19,9 @@ public:
     static Result<std::shared_ptr<const LoadedPicture>> fromFile(EncodedFile file, int sizeIndex, QSize target);
     /// Wraps a picture that is already complete.
     static std::shared_ptr<const LoadedPicture> fromPicture(const Picture &picture);
+    /// Wraps what is left of a picture when only a small one will ever be asked for: its info is the file's, larger
+    /// pixels than these cannot be had.
+    static std::shared_ptr<const LoadedPicture> fromReduced(const Picture &picture);
 
     const ImageInfo &info() const { return m_info; }
     /// The largest pixels decoded so far.

@@ -13,6 +13,26 @@ QString groupedNumber(qint64 number)
     return number == 0 ? QString() : QLocale(QLocale::English).toString(number);
 }
 
+MessageBox clearCacheQuestion()
+{
+    MessageBox box;
+    box.title = QCoreApplication::translate("ThumbnailCache", "Delete Thumbnail cache:");
+    box.text = QCoreApplication::translate("ThumbnailCache", "Are you sure you want to delete the thumbnail cache?");
+    box.icon = MessageBox::Icon::Question;
+    box.buttons = MessageBox::Buttons::YesNo;
+    box.defaultAnswer = MessageBox::Answer::No;
+    return box;
+}
+
+MessageBox cacheClearedBox()
+{
+    MessageBox box;
+    box.title = QCoreApplication::translate("ThumbnailCache", "Thumbnail Cache:");
+    box.text = QCoreApplication::translate("ThumbnailCache", "Thumbnail Cache Cleared.");
+    box.icon = MessageBox::Icon::Information;
+    return box;
+}
+
 MessageBox clearingFailedBox()
 {
     MessageBox box;

@@ -4,6 +4,8 @@
 #include "platform/folders.h"
 #include "thumbnails/thumbnailblob.h"
 #include "thumbnails/thumbnailsize.h"
+#include "thumbnails/thumbnailwork.h"
+#include "ui/guards.h"
 #include "ui/yield.h"
 
 #include <QPointer>
@@ -195,7 +197,8 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     const int opening = m_openings;
     const QPointer<frmDataBase> here(this);
     const std::optional<ImageRecord> stoodOn = m_current;
-    PolyImage box = ImageBox1;
+    const PolyImage box = ImageBox1;
+    const Encoded encoded = m_encoded;
     ImageRecord record;
     record.name = name;
     record.height = in16Bits(height);
@@ -205,13 +208,12 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     record.thumbnailDate = QDate::currentDate();
     record.thumbnailSize = box.PictureWidth();
     Yield();
-    const std::optional<TypeCode> format = thumbnailFormat(*level);
-    if (format) {
-        box.setPolyJp2Quality(thumbnailJp2Quality(record.thumbnailSize));
-        const QByteArray picture = box.ImageBlobSave(*format);
-        if (picture.isEmpty())
+    const bool hasPicture = thumbnailFormat(*level).has_value();
+    if (hasPicture) {
+        const bool isEncoded = encoded.picture && encoded.picture == box.held() && encoded.level == *level;
+        record.picture = isEncoded ? encoded.blob : encodedThumbnail(box.held(), *level);
+        if (record.picture.isEmpty())
             return;
-        record.picture = sealedBlob(picture);
     }
     Yield();
     if (!here || !isStill(opening) || m_working)
@@ -219,7 +221,7 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     const bool counts = !m_database.selection() || m_database.selection() == record.thumbnailSize;
     const bool adds = isNew && counts && !m_database.contains(name, record.thumbnailSize);
     m_current = stoodOn;
-    if (isNew ? !m_database.add(record) : !change(record, !format)) {
+    if (isNew ? !m_database.add(record) : !change(record, !hasPicture)) {
         reopenIfLost();
         return;
     }
@@ -235,6 +237,19 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
         Cmd_Move[0]->setEnabled(true);
         Cmd_Delete->setEnabled(true);
     }
+}
+
+void frmDataBase::setPicture(const std::shared_ptr<const LoadedPicture> &picture, int level, const QByteArray &blob)
+{
+    ImageBox1.setPolyPicture(picture);
+    m_encoded = {picture, level, blob};
+}
+
+bool frmDataBase::Holds(const QString &name, int size)
+{
+    const auto selected = m_database.selection();
+    return RecordTotal > 0 && !m_working && m_database.isOpen() && (!selected || selected == size)
+        && m_database.contains(name, size);
 }
 
 /// Writes into the record that it stands on. Under the same key that is the same as storing it anew, which does not

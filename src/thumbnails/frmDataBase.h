@@ -52,6 +52,11 @@ public:
     bool Find_Click(const QString &name, int size);
     /// Stores the picture in ImageBox1 as a new record, or into the one that was found. Lets events in three times.
     void Store_Click(bool isNew, const QString &name, int height, int width, QDate date);
+    /// Puts a picture into ImageBox1 together with what encodedThumbnail() has made of it at a compression level, so
+    /// that storing it takes no time.
+    void setPicture(const std::shared_ptr<const LoadedPicture> &picture, int level, const QByteArray &blob);
+    /// Whether Find_Click would find a record, if its picture can be read. Changes nothing.
+    bool Holds(const QString &name, int size);
     /// 0 moves back, anything else on.
     void Move_Click(int index);
     void Delete_Click();
@@ -66,6 +71,12 @@ public:
     qint64 FileSize();
 
 private:
+    struct Encoded
+    {
+        std::shared_ptr<const LoadedPicture> picture;
+        int level = 0;
+        QByteArray blob;
+    };
     void showEmpty();
     void showPosition();
     void showFields();
@@ -76,6 +87,7 @@ private:
     bool isStill(int opening) const { return opening == m_openings && m_database.isOpen(); }
     bool runBeside(const std::function<bool()> &work, const std::function<void()> &interrupt);
     ImagesDatabase m_database;
+    Encoded m_encoded;
     std::optional<ImageRecord> m_current; ///< none stands for the first
     QString m_opened; ///< the text that the open records were chosen by
     int m_openings = 0; ///< grows with each opening and closing; work that finds another number after a yield ends

@@ -1,5 +1,7 @@
 #include "viewer/frmBackground.h"
 
+#include "ui/icons.h"
+
 #include <QPainter>
 #include <QPainterPath>
 
@@ -49,5 +51,7 @@ QImage drawStandingPicture()
 frmBackground::frmBackground(QWidget *parent)
     : FormWindow(parent)
     , Picture(LoadedPicture::fromPicture(::Picture::fromImage(drawStandingPicture())))
+    , imgNotAvailable(themedIcon(QStringLiteral("lumora-thumbnail-missing")))
+    , imgMedia(themedIcon(QStringLiteral("lumora-thumbnail-media")))
 {
 }

@@ -10,6 +10,7 @@
 #include "platform/folders.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
+#include "thumbnails/frmThumbNail.h"
 #include "ui/icons.h"
 #include "ui/yield.h"
 
@@ -274,6 +275,14 @@ void frmMainViewer::mnuBrowseFolderView_Click()
     browser.show();
     browser.raise();
     browser.activateWindow();
+}
+
+void frmMainViewer::mnuPictureThumbNailViewer_Click()
+{
+    auto &thumbnails = form<frmThumbNail>();
+    thumbnails.show();
+    thumbnails.raise();
+    thumbnails.activateWindow();
 }
 
 void frmMainViewer::mnuOptionsPreferences_Click()

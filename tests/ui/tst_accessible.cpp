@@ -9,6 +9,7 @@
 #include "support/support.h"
 #include "support/windows.h"
 #include "thumbnails/frmDatabaseStats.h"
+#include "thumbnails/frmThumbNail.h"
 #include "viewer/frmMainViewer.h"
 #include "viewer/frmSelectPictureDirectoryForm.h"
 #include "viewer/frmSlideShowFullScreen.h"
@@ -114,6 +115,7 @@ void tst_accessible::windows()
     row(form<frmTip>());
     row(form<frmListManagement>());
     row(form<frmDatabaseStats>());
+    row(form<frmThumbNail>());
     row(form<frmlocatefiles>());
     row(form<frmGradient>());
     row(form<frmConvertFileType>());

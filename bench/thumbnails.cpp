@@ -1,0 +1,139 @@
+// Times a run over a list that puts a thumbnail of every file into an empty cache.
+//
+//     bench_thumbnails FOLDER [SIZE|all] [EVERY]     FOLDER holds pictures; LUMORA_DATA is the folder of images.dat
+//
+// SIZE is the edge of the thumbnails (100), "all" makes all fifteen sizes. Prints the seconds of the run, the longest
+// time that the windows took no input, and the resident memory of the program after every EVERY (250) thumbnails.
+
+#include "engine/isolation.h"
+#include "platform/files.h"
+#include "platform/filetransfer.h"
+#include "shell/frmPreferences.h"
+#include "thumbnails/frmDataBase.h"
+#include "thumbnails/frmMakeThumbNails.h"
+#include "thumbnails/frmThumbNail.h"
+#include "thumbnails/imagesschema.h"
+#include "ui/icons.h"
+#include "ui/yield.h"
+#include "viewer/frmMainViewer.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+double residentMegabytes()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    return file.readAll().split(' ').value(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+QStringList picturesIn(const QString &folder)
+{
+    QStringList pictures;
+    if (const auto listing = listFolder(folder)) {
+        for (const QString &name : listing->files)
+            pictures.append(folder + QLatin1Char('/') + name);
+    }
+    return pictures;
+}
+
+/// Ticks all the time: the longest gap is the longest time that a click would have had to wait.
+class InputWatch
+{
+public:
+    InputWatch()
+    {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { m_longest = std::max(m_longest, m_since.restart()); });
+        m_since.start();
+        m_timer.start(1);
+    }
+    qint64 longest() const { return m_longest; }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_since;
+    qint64 m_longest = 0; ///< milliseconds
+};
+
+/// The files that have been told, by the yields of the run.
+void watchMemory(int every)
+{
+    static QString last;
+    static int files = 0;
+    setYieldHook([every](int) {
+        if (!isLoaded<frmMakeThumbNails>())
+            return;
+        const QString told = form<frmMakeThumbNails>().lblFileCount->text();
+        if (std::exchange(last, told) == told || ++files % every != 0)
+            return;
+        std::printf("after %6d thumbnails: %6.1f MB resident\n", files, residentMegabytes());
+        std::fflush(stdout);
+    });
+}
+
+void run(const QStringList &pictures, int size, bool allSizes, int every)
+{
+    auto &list = *form<frmMainViewer>().lstDisplay;
+    list.addItems(pictures);
+    form<frmPreferences>().chkCacheThumbnails->setChecked(true);
+    auto &viewer = form<frmThumbNail>();
+    viewer.ThumbnailSize = size;
+    form<frmDataBase>().CloseDatabase();
+    form<frmDataBase>().OpenImagesDatabase(QString::number(size));
+    std::printf("at the beginning:        %6.1f MB resident\n", residentMegabytes());
+    watchMemory(every);
+    QElapsedTimer clock;
+    const InputWatch watch;
+    clock.start();
+    if (allSizes)
+        viewer.mnuThumbnailsGenerateAllSizes_Click();
+    else
+        viewer.mnuThumbnailsGenerateAll_Click();
+    const double seconds = double(clock.elapsed()) / 1e3;
+    setYieldHook({});
+    form<frmDataBase>().CloseDatabase();
+    form<frmDataBase>().OpenImagesDatabase(QStringLiteral("All"));
+    std::printf("%d thumbnails in %.2f seconds, %.1f a second; input waited for %lld ms at most\n",
+        form<frmDataBase>().RecordTotal, seconds, form<frmDataBase>().RecordTotal / seconds,
+        static_cast<long long>(watch.longest()));
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    qputenv("XDG_STATE_HOME", home.path().toUtf8());
+    qputenv("LUMORA_APP_FOLDER", home.path().toUtf8());
+    startDecoderProcesses();
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    installIconThemes();
+    const QStringList arguments = QApplication::arguments();
+    const QStringList pictures = picturesIn(arguments.value(1));
+    const bool allSizes = arguments.value(2) == QStringLiteral("all");
+    const int size = allSizes ? 100 : arguments.value(2, QStringLiteral("100")).toInt();
+    const int every = arguments.value(3, QStringLiteral("250")).toInt();
+    const QString data = qEnvironmentVariable("LUMORA_DATA") + QLatin1Char('/') + QLatin1String(imagesTemplateFile);
+    const bool hasTemplate =
+        bool(copyFile(data, home.path() + QLatin1Char('/') + QLatin1String(imagesTemplateFile), false));
+    if (pictures.isEmpty() || size < 1 || every < 1 || !hasTemplate) {
+        std::fprintf(stderr, "usage: LUMORA_DATA=FOLDER bench_thumbnails FOLDER [SIZE|all] [EVERY]\n");
+        return 2;
+    }
+    run(pictures, size, allSizes, every);
+    stopDecoderProcesses();
+    return 0;
+}
