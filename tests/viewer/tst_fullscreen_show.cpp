@@ -21,6 +21,7 @@ private Q_SLOTS:
     void theEndOfTheListLeavesTheLastPicture();
     void soundsAndVideosAreStoodInFor();
     void theCurrentItemWithoutAShow();
+    void aBrokenPictureLeavesTheOneBefore();
     void howeverTheWindowGoesTheShowIsOver();
     void thePointerHidesAndComesBack();
     void disturbedAtEachYield_data();
@@ -227,6 +228,19 @@ void tst_fullscreen_show::theCurrentItemWithoutAShow()
     fullScreen().KeyDown(34);
     QCOMPARE(fullScreen().Text1->text(), QStringLiteral("gone.png - not available"));
     QCOMPARE(fullScreen().imgImage->picture(), before);
+}
+
+void tst_fullscreen_show::aBrokenPictureLeavesTheOneBefore()
+{
+    fill({pictures(1).first(), home().writePicture(QStringLiteral("large.jpg"), {3200, 2400}),
+        home().write(QStringLiteral("broken.png"), "no picture")});
+    viewer().mnuSlideShowFullScreen_Click();
+    const QRect place = fullScreen().imgImage->geometry();
+    const auto before = fullScreen().imgImage->picture();
+    tick();
+    QCOMPARE(fullScreen().Text1->text(), QStringLiteral("broken.png"));
+    QCOMPARE(fullScreen().imgImage->picture(), before);
+    QVERIFY2(fullScreen().imgImage->geometry() == place, "it does not shrink to the size that it had on the pane");
 }
 
 void tst_fullscreen_show::howeverTheWindowGoesTheShowIsOver()
