@@ -1,3 +1,4 @@
+#include "actions/wallpaper.h"
 #include "viewer/fit.h"
 #include "viewer/frmBackground.h"
 #include "viewer/showtest.h"
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void aBrokenPictureLeavesTheOneBefore();
     void howeverTheWindowGoesTheShowIsOver();
     void thePointerHidesAndComesBack();
+    void theWallpaperBringsNoPointerBack();
     void disturbedAtEachYield_data();
     void disturbedAtEachYield();
     void picturesAreDecodedForTheScreen();
@@ -281,6 +283,25 @@ void tst_fullscreen_show::thePointerHidesAndComesBack()
     QCoreApplication::sendEvent(fullScreen().imgImage, &move);
     QVERIFY(fullScreen().cursor().shape() != Qt::BlankCursor);
     QVERIFY(fullScreen().cmdClose->isVisible());
+}
+
+/// The warning of a file that cannot be written comes in the middle of the work.
+void tst_fullscreen_show::theWallpaperBringsNoPointerBack()
+{
+    static int warnings = 0;
+    static int withBusyPointer = 0;
+    QVERIFY(QDir().mkpath(wallpaperFileName()));
+    startShow();
+    viewer().mnuSlideshowDesktopCentered->trigger();
+    const auto before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
+        warnings += int(message.startsWith(QLatin1String("picture not written")));
+        withBusyPointer += int(QGuiApplication::overrideCursor() != nullptr);
+    });
+    tick();
+    qInstallMessageHandler(before);
+    QCOMPARE(warnings, 1);
+    QCOMPARE(withBusyPointer, 0);
+    QVERIFY(QDir().rmdir(wallpaperFileName()));
 }
 
 void tst_fullscreen_show::disturbedAtEachYield_data()
