@@ -4,8 +4,11 @@
 #include "platform/desktoptools.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
+#include "viewer/frmSlideShowFullScreen.h"
 
 #include <QLoggingCategory>
+
+#include <optional>
 
 // The picture on the pane as the desktop's wallpaper. The show's wallpaper runs call the same commands.
 
@@ -20,7 +23,10 @@ void setFromPane(const ImagePane &pane, bool centered, bool stretched)
     if (!picture)
         return;
     {
-        const Hourglass hourglass;
+        // Over the full screen window the pointer is out of sight and stays so.
+        std::optional<Hourglass> hourglass;
+        if (!frmSlideShowFullScreen::isUp())
+            hourglass.emplace();
         // A file that could not be written leaves the one before in its place, and that is shown.
         if (const auto saved = saveWallpaperPicture(*picture); !saved)
             qCWarning(wallpaper, "picture not written: %s", qPrintable(saved.reason()));

@@ -5,6 +5,7 @@
 #include "app/startup.h"
 #include "platform/wallpaper.h"
 #include "ui/icons.h"
+#include "ui/toolbarcaptions.h"
 #include "viewer/fit.h"
 
 #include <QMenu>
@@ -140,6 +141,10 @@ const ToolbarRow toolbarRows[] = {
 // clang-format on
 #undef ITEM
 
+/// What does without its caption where there is no room for all of them, the clearest icon first.
+constexpr const char *toolbarKeysByIcon[][2] = {{"zoomdec", "zoominc"}, {"Previous", "Next"}, {"Copy", "color"},
+    {"Load", "Save"}, {"Exit", "Directory"}, {"filetype", "About"}, {"thumb", "zoom"}};
+
 constexpr const char *zoomShortcuts[] = {
     "Ctrl+1", "Ctrl+2", "Ctrl+3", "Ctrl+4", "Ctrl+5", "Ctrl+6", "Ctrl+7", "Ctrl+8", "Ctrl+9", "Ctrl+0", "Ctrl+Shift+0"};
 }
@@ -239,6 +244,11 @@ void frmMainViewer::makeToolbar()
         }
         m_toolbarButtons.insert(key, action);
     }
+    QVector<QVector<QAction *>> leftOutFirst;
+    for (const auto &[one, other] : toolbarKeysByIcon)
+        leftOutFirst.append(
+            QVector<QAction *>{toolbarButton(QString::fromLatin1(one)), toolbarButton(QString::fromLatin1(other))});
+    new ToolbarCaptions(Toolbar1, leftOutFirst);
     mnuPictureNext->setToolTip(m_toolbarButtons[QStringLiteral("Next")]->toolTip());
     mnuPicturePrevious->setToolTip(m_toolbarButtons[QStringLiteral("Previous")]->toolTip());
     applyToolbarStyle();

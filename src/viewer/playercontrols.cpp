@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -137,9 +138,11 @@ QSlider *PlayerControls::addSlider(const char *name, const QString &label)
 
 void PlayerControls::showState(int state, bool hasFile)
 {
-    m_playing = state == Player::Playing || state == Player::Transitioning;
-    name(m_play, m_playing ? QStringLiteral("media-playback-pause") : QStringLiteral("media-playback-start"),
-        m_playing ? tr("Pause") : tr("Play"));
+    const bool playing = state == Player::Playing || state == Player::Transitioning;
+    // Told several times a second: an icon set anew is painted anew, and screen readers speak of the name.
+    if (std::exchange(m_playing, playing) != playing || m_play->icon().isNull())
+        name(m_play, playing ? QStringLiteral("media-playback-pause") : QStringLiteral("media-playback-start"),
+            playing ? tr("Pause") : tr("Play"));
     m_play->setEnabled(hasFile);
     m_stop->setEnabled(hasFile && state != Player::Stopped);
     m_position->setEnabled(hasFile && (state == Player::Playing || state == Player::Paused));

@@ -1,3 +1,4 @@
+#include "actions/wallpaper.h"
 #include "viewer/fit.h"
 #include "viewer/frmBackground.h"
 #include "viewer/showtest.h"
@@ -21,8 +22,10 @@ private Q_SLOTS:
     void theEndOfTheListLeavesTheLastPicture();
     void soundsAndVideosAreStoodInFor();
     void theCurrentItemWithoutAShow();
+    void aBrokenPictureLeavesTheOneBefore();
     void howeverTheWindowGoesTheShowIsOver();
     void thePointerHidesAndComesBack();
+    void theWallpaperBringsNoPointerBack();
     void disturbedAtEachYield_data();
     void disturbedAtEachYield();
     void picturesAreDecodedForTheScreen();
@@ -229,6 +232,19 @@ void tst_fullscreen_show::theCurrentItemWithoutAShow()
     QCOMPARE(fullScreen().imgImage->picture(), before);
 }
 
+void tst_fullscreen_show::aBrokenPictureLeavesTheOneBefore()
+{
+    fill({pictures(1).first(), home().writePicture(QStringLiteral("large.jpg"), {3200, 2400}),
+        home().write(QStringLiteral("broken.png"), "no picture")});
+    viewer().mnuSlideShowFullScreen_Click();
+    const QRect place = fullScreen().imgImage->geometry();
+    const auto before = fullScreen().imgImage->picture();
+    tick();
+    QCOMPARE(fullScreen().Text1->text(), QStringLiteral("broken.png"));
+    QCOMPARE(fullScreen().imgImage->picture(), before);
+    QVERIFY2(fullScreen().imgImage->geometry() == place, "it does not shrink to the size that it had on the pane");
+}
+
 void tst_fullscreen_show::howeverTheWindowGoesTheShowIsOver()
 {
     startShow();
@@ -267,6 +283,25 @@ void tst_fullscreen_show::thePointerHidesAndComesBack()
     QCoreApplication::sendEvent(fullScreen().imgImage, &move);
     QVERIFY(fullScreen().cursor().shape() != Qt::BlankCursor);
     QVERIFY(fullScreen().cmdClose->isVisible());
+}
+
+/// The warning of a file that cannot be written comes in the middle of the work.
+void tst_fullscreen_show::theWallpaperBringsNoPointerBack()
+{
+    static int warnings = 0;
+    static int withBusyPointer = 0;
+    QVERIFY(QDir().mkpath(wallpaperFileName()));
+    startShow();
+    viewer().mnuSlideshowDesktopCentered->trigger();
+    const auto before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
+        warnings += int(message.startsWith(QLatin1String("picture not written")));
+        withBusyPointer += int(QGuiApplication::overrideCursor() != nullptr);
+    });
+    tick();
+    qInstallMessageHandler(before);
+    QCOMPARE(warnings, 1);
+    QCOMPARE(withBusyPointer, 0);
+    QVERIFY(QDir().rmdir(wallpaperFileName()));
 }
 
 void tst_fullscreen_show::disturbedAtEachYield_data()

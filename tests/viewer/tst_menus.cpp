@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QTabBar>
+#include <QToolButton>
 #include <QtTest>
 
 /// The menus as a whole: their keys, and what the help page tells about them.
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void initTestCase();
     void everyKeyBelongsToOneCommand();
     void theHelpPageListsTheKeysOfTheMenus();
+    void theToolbarGivesUpCaptionsBeforeCommands();
     void theEditorNeedsNoPicture_data();
     void theEditorNeedsNoPicture();
     void aDragOpensTheOtherList();
@@ -99,6 +101,30 @@ void tst_menus::theHelpPageListsTheKeysOfTheMenus()
             shown.append(keyOf(command) + QStringLiteral(": ") + captionOf(command));
     }
     QCOMPARE(told, shown);
+}
+
+/// A window as wide as at the first start, with the captions at the right as they then are.
+void tst_menus::theToolbarGivesUpCaptionsBeforeCommands()
+{
+    auto &viewer = form<frmMainViewer>();
+    viewer.mnuViewToolbarsCaptionsRight_Click();
+    const auto *more = viewer.Toolbar1->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button"));
+    const auto styleOf = [&](const char *key) {
+        const QAction *action = viewer.toolbarButton(QLatin1String(key));
+        return qobject_cast<QToolButton *>(viewer.Toolbar1->widgetForAction(const_cast<QAction *>(action)))
+            ->toolButtonStyle();
+    };
+    for (const int width : {1180, 2400, 1180}) {
+        viewer.resize(width, 780);
+        QTRY_COMPARE(viewer.Toolbar1->width(), width);
+        QTRY_VERIFY2(!more->isVisible(), qPrintable(QString::number(width)));
+        QVERIFY(styleOf("slide") == Qt::ToolButtonTextBesideIcon && styleOf("wpaperc") == Qt::ToolButtonIconOnly);
+        QCOMPARE(styleOf("zoominc"), width < 2000 ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon);
+    }
+    viewer.mnuViewToolbarsCaptionsBottom_Click();
+    QCOMPARE(styleOf("zoominc"), Qt::ToolButtonTextUnderIcon);
+    viewer.mnuViewToolbarsCaptionsRight_Click();
+    QCOMPARE(styleOf("zoominc"), Qt::ToolButtonIconOnly);
 }
 
 void tst_menus::theEditorNeedsNoPicture_data()

@@ -90,8 +90,6 @@ private Q_SLOTS:
     void theBarFollowsThePlayer();
     void theBarLeavesTheFocusWhereItWas();
     void everyControlOfTheBarHasAName();
-    void playTimes_data();
-    void playTimes();
     void aFilmIsSeenAndEnds();
 
 private:
@@ -423,29 +421,6 @@ void TestWmp9::everyControlOfTheBarHasAName()
         names.insert(each->accessibleName());
     }
     QCOMPARE(names.size(), 5);
-}
-
-void TestWmp9::playTimes_data()
-{
-    QTest::addColumn<double>("position");
-    QTest::addColumn<double>("duration");
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char *name, double position, double duration, const char *text) {
-        QTest::newRow(name) << position << duration << QString::fromLatin1(text);
-    };
-    row("nothing", 0, 0, "0:00 / 0:00");
-    row("parts of a second are cut off", 9.99, 59.999, "0:09 / 0:59");
-    row("minutes go up to an hour", 600, 3599, "10:00 / 59:59");
-    row("hours in both when one has them", 62, 3600, "0:01:02 / 1:00:00");
-    row("days are hours", 0, 360000, "0:00:00 / 100:00:00");
-    row("before the start is the start", -5, 1, "0:00 / 0:01");
-}
-
-void TestWmp9::playTimes()
-{
-    QFETCH(double, position);
-    QFETCH(double, duration);
-    QTEST(playTimeText(position, duration), "text");
 }
 
 void TestWmp9::aFilmIsSeenAndEnds()
