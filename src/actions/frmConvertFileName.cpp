@@ -7,6 +7,7 @@
 
 #include <QBoxLayout>
 #include <QGridLayout>
+#include <QGuiApplication>
 
 namespace {
 constexpr int usualWidth = 460; ///< pixels
@@ -74,6 +75,15 @@ void frmConvertFileName::showEvent(QShowEvent *event)
 {
     FormDialog::showEvent(event);
     openUsualFilm();
+}
+
+/// A box over this window often goes in the same moment, and some window managers then look for the next window in
+/// vain.
+void frmConvertFileName::hideEvent(QHideEvent *event)
+{
+    FormDialog::hideEvent(event);
+    if (parentWidget() && QGuiApplication::applicationState() == Qt::ApplicationActive)
+        parentWidget()->activateWindow();
 }
 
 /// Closed by the user it cancels and stays: it goes with the run that it tells of.

@@ -251,6 +251,15 @@ void tst_dialogs::aFolderEndsInASeparator()
 
 void tst_dialogs::aTextAndAColourComeBack()
 {
+    for (const auto &[text, selected] :
+        {std::pair("a.b.png", "a.b"), {"song.mp3", "song"}, {"2.5", "2.5"}, {".b", ".b"}}) {
+        onNext<QInputDialog>([selected = selected](QInputDialog &dialog) {
+            QTRY_COMPARE(dialog.findChild<QLineEdit *>()->selectedText(), QLatin1String(selected));
+            dialog.accept();
+        });
+        const QString before = QLatin1String(text);
+        QCOMPARE(dialogs().inputText(nullptr, QStringLiteral("T"), QStringLiteral("P"), before), std::optional(before));
+    }
     onNext<QInputDialog>([](QInputDialog &dialog) {
         QCOMPARE(dialog.textValue(), QStringLiteral("70"));
         dialog.setTextValue(QStringLiteral("80"));

@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 
 namespace {
@@ -104,6 +105,16 @@ MessageBox::Answer answerOf(QMessageBox::StandardButton button)
     }
 }
 
+/// Of a file's name all but its ending, which mostly stays; else the whole text.
+void selectName(const QInputDialog &dialog)
+{
+    auto *const field = dialog.findChild<QLineEdit *>();
+    const QString text = dialog.textValue();
+    const qsizetype dot = text.lastIndexOf(QLatin1Char('.'));
+    if (field && dot > 0 && dot + 1 < text.size() && text[dot + 1].isLetter())
+        field->setSelection(0, int(dot));
+}
+
 class DesktopDialogs : public Dialogs
 {
     Q_DECLARE_TR_FUNCTIONS(DesktopDialogs)
@@ -153,6 +164,10 @@ public:
         dialog.setWindowTitle(title);
         dialog.setLabelText(prompt);
         dialog.setTextValue(value);
+        constexpr int usualWidth = 420; // pixels; a name of usual length is seen as a whole
+        dialog.resize(usualWidth, dialog.sizeHint().height());
+        QMetaObject::invokeMethod(
+            &dialog, [&] { selectName(dialog); }, Qt::QueuedConnection);
         return dialog.exec() == QDialog::Accepted ? std::optional(dialog.textValue()) : std::nullopt;
     }
 
