@@ -3,8 +3,9 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "platform/filetransfer.h"
-#include "thumbnails/imagesdatabase.h"
+#include "thumbnails/imagesfile.h"
 #include "thumbnails/imagesschema.h"
+#include "thumbnails/sqlite.h"
 
 #include <unistd.h>
 

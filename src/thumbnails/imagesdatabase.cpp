@@ -2,16 +2,14 @@
 
 #include "platform/filepath.h"
 #include "platform/files.h"
-#include "platform/filetransfer.h"
+#include "thumbnails/imagesfile.h"
 #include "thumbnails/imagesschema.h"
 
-#include <QLockFile>
 #include <QLoggingCategory>
 
 #include <sqlite3.h>
 
 #include <chrono>
-#include <filesystem>
 #include <limits>
 
 namespace {
@@ -20,22 +18,7 @@ Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
 constexpr int removalAttempts = 50; ///< of a hundred milliseconds each: another process may be writing, too
-constexpr int patienceForFile = 500; ///< milliseconds for another process that makes the file
 constexpr std::chrono::milliseconds forTheWriter(300); ///< it is done long before, but for a file that is held
-
-QString pathOf(const QString &folder, const char *file)
-{
-    return folder + QLatin1String(file);
-}
-
-/// A template that nobody may write to gives a copy that its owner may.
-void makeWritable(const QString &path)
-{
-    std::error_code failed;
-    std::filesystem::permissions(pathToBytes(path).toStdString(),
-        std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, std::filesystem::perm_options::add,
-        failed);
-}
 
 /// A connection that never takes the log into the file, which would wait for the disk: the writer does.
 bool openLive(SqliteConnection &connection, const QString &path, int waiting)
@@ -45,77 +28,14 @@ bool openLive(SqliteConnection &connection, const QString &path, int waiting)
         && connection.run("PRAGMA wal_autocheckpoint=0");
 }
 
-/// Only one process at a time makes the file: else the log that one has begun would be a left-over to the other.
-class MakingFile
-{
-public:
-    explicit MakingFile(const QString &path)
-        : m_lock(path + QStringLiteral(".lock"))
-    {
-        if (!m_lock.tryLock(patienceForFile))
-            qCWarning(logCache, "%s: cannot be made now", qPrintable(displayPath(path)));
-    }
-    /// Where no lock can be at all it goes without.
-    bool isAllowed() const { return m_lock.error() != QLockFile::LockFailedError; }
-
-private:
-    QLockFile m_lock;
-};
-
-/// Copies the template to a name that is free. Another process may have been quicker, which is as good.
-bool copyTemplate(const QString &folder)
-{
-    const QString path = pathOf(folder, imagesFile);
-    const MakingFile making(path);
-    if (FileExists(path))
-        return true;
-    if (!making.isAllowed())
-        return false;
-    removeLeftOvers(path);
-    const FileOutcome copied = copyFile(pathOf(folder, imagesTemplateFile), path, false);
-    if (!copied && !FileExists(path)) {
-        qCWarning(logCache, "%s", qPrintable(copied.reason));
-        return false;
-    }
-    makeWritable(path);
-    return true;
-}
-
-/// Takes away the file that was found damaged, unless another process has been quicker. The first one is kept: it may
-/// be something that somebody wants back. Later ones are of this program's own making.
-bool setAside(const QString &path, const std::optional<FileStamp> &damaged)
-{
-    const MakingFile making(path);
-    if (!damaged || fileStamp(path) != damaged)
-        return true;
-    if (!making.isAllowed())
-        return false;
-    const QString aside = path + QStringLiteral(".damaged");
-    const FileOutcome renamed = renameFile(path, aside);
-    const FileOutcome gone = renamed ? renamed : removeFile(path);
-    removeLeftOvers(path);
-    if (!gone)
-        qCWarning(logCache, "%s", qPrintable(gone.reason));
-    return bool(gone);
-}
-
 }
 
 void takeInLog(const QString &folder)
 {
     SqliteConnection connection;
-    const QString path = pathOf(folder, imagesFile);
+    const QString path = folder + QLatin1String(imagesFile);
     if (FileExists(path) && openLive(connection, path, patience))
         ignore(connection.run("PRAGMA wal_checkpoint(TRUNCATE)"));
-}
-
-void removeLeftOvers(const QString &path)
-{
-    for (const char *ending : {"-wal", "-shm", "-journal"}) {
-        const QString leftOver = path + QLatin1String(ending);
-        if (FileExists(leftOver))
-            ignore(removeFile(leftOver));
-    }
 }
 
 bool ImagesDatabase::connect(const QString &path)
@@ -145,23 +65,23 @@ bool ImagesDatabase::open(const QString &folder)
 
 bool ImagesDatabase::openOrMake(const QString &folder)
 {
-    const QString path = pathOf(folder, imagesFile);
+    const QString path = folder + QLatin1String(imagesFile);
     const bool wasDamaged = isDamaged() && !isMoved();
     close();
     m_path = path;
     if (wasDamaged || !FileExists(path)) // whoever still writes writes into a file without a name
         settle();
-    if (wasDamaged && !setAside(path, fileStamp(path)))
+    if (wasDamaged && !setAside(folder, fileStamp(path)))
         return false;
     // Again after a file that is none was set aside, or after another process has put another one in its place.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        if (!FileExists(path) && (!FileExists(pathOf(folder, imagesTemplateFile)) || !copyTemplate(folder)))
+        if (!FileExists(path) && !copyTemplate(folder))
             return false;
         const auto found = fileStamp(path);
         if (connect(path))
             return true;
         settle();
-        if (fileStamp(path) == found && (!m_damaged || !setAside(path, found)))
+        if (fileStamp(path) == found && (!m_damaged || !setAside(folder, found)))
             return false;
     }
     return false;

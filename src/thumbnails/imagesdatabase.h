@@ -73,6 +73,3 @@ private:
 
 /// Takes the log of a folder's images.mdb into the file, so that its length tells what it holds. Waits for the disk.
 void takeInLog(const QString &folder);
-
-/// Takes away what a crash has left of a database that is not there any more: its log would be played into the next.
-void removeLeftOvers(const QString &path);

@@ -2,6 +2,7 @@
 #include "platform/filetransfer.h"
 #include "support/support.h"
 #include "thumbnails/imagesdatabase.h"
+#include "thumbnails/imagesfile.h"
 #include "thumbnails/imagesschema.h"
 
 #include <QFile>
