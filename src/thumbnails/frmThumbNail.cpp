@@ -39,6 +39,7 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     VScroll1->setAccessibleName(tr("First thumbnail of the page"));
     VScroll1->setEnabled(false);
     StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
+    StatusBar1->setAutoFillBackground(true); // its texts are the palette's, the window's ground is not
     setStatusBar(StatusBar1);
     StatusBar1->setPanelText(1, tr("Current Image:"));
     cellAt(0);
@@ -50,6 +51,9 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     connect(&Timer4, &QTimer::timeout, this, &frmThumbNail::Timer4_Timer);
     connect(&m_remake, &QTimer::timeout, this, [this] { refreshCell(SelectedIndex - TopIndex); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &frmThumbNail::VScroll1_Change);
+    m_repeat.setSingleShot(true);
+    connect(&m_repeat, &QTimer::timeout, this, &frmThumbNail::repeatStep);
+    connect(VScroll1, &QScrollBar::actionTriggered, this, [this](int action) { m_barAction = action; });
     connect(VScroll1, &QScrollBar::sliderMoved, this, &frmThumbNail::showScrollTip);
 }
 
@@ -122,6 +126,7 @@ void frmThumbNail::Form_Unload()
     ++m_pageTicket;
     Timer4.stop();
     m_remake.stop();
+    m_repeat.stop();
     unload<frmDataBase>();
     if (globals.ProgramExiting)
         return;
