@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmDataBase.h"
+#include "thumbnails/frmMakeThumbNails.h"
 #include "thumbnails/thumbnailcell.h"
 #include "thumbnails/thumbnailsize.h"
 #include "ui/background.h"
@@ -119,6 +120,9 @@ void frmThumbNail::Form_QueryUnload(bool &cancel)
 {
     // Compaction and clearing have the database until they end.
     cancel = m_cacheAtWork && !globals.ProgramExiting;
+    // A run asks whether it is to end.
+    if (cancel && isLoaded<frmMakeThumbNails>())
+        form<frmMakeThumbNails>().CancelRun();
 }
 
 void frmThumbNail::Form_Unload()

@@ -1,3 +1,4 @@
+#include "builtpaths.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "support/support.h"

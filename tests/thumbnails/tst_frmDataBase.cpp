@@ -1,3 +1,5 @@
+#include "builtpaths.h"
+
 #include "thumbnails/frmDataBase.h"
 
 #include "app/globals.h"
