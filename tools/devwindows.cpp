@@ -9,7 +9,6 @@
 #include "platform/files.h"
 #include "thumbnails/frmDatabaseStats.h"
 #include "thumbnails/frmThumbNail.h"
-#include "ui/guards.h"
 #include "viewer/frmMainViewer.h"
 
 #include <QAccessible>
@@ -137,10 +136,7 @@ bool openFiles(frmMainViewer &viewer, const QStringList &files)
 /// The Thumbnail Viewer shows the Main Viewer's list, which nobody sees here.
 void showThumbnails(frmThumbNail &window, const QStringList &files)
 {
-    {
-        const ScopedFlag busy(globals.ItemSelectionBusy);
-        form<frmMainViewer>().addDroppedFiles(files);
-    }
+    form<frmMainViewer>().addDroppedFiles(files);
     window.mnuViewerRefresh_Click();
     letEventsIn();
 }

@@ -43,7 +43,7 @@ public:
 
     /// Shows the window, owned by another, and returns at once.
     void showOver(QWidget *owner);
-    /// What CancelRun is asked by a click.
+    /// As a click on the window.
     void CancelRun() { KeepGoing = false; }
     void chkShowThumbnail_Click();
     /// Shows a source in the preview, as large as there is room.

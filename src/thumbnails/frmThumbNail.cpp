@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmDataBase.h"
+#include "thumbnails/frmMakeThumbNails.h"
 #include "thumbnails/thumbnailcell.h"
 #include "thumbnails/thumbnailsize.h"
 #include "ui/background.h"
@@ -39,6 +40,7 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     VScroll1->setAccessibleName(tr("First thumbnail of the page"));
     VScroll1->setEnabled(false);
     StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
+    StatusBar1->setAutoFillBackground(true); // its texts are the palette's, the window's ground is not
     setStatusBar(StatusBar1);
     StatusBar1->setPanelText(1, tr("Current Image:"));
     cellAt(0);
@@ -50,6 +52,9 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     connect(&Timer4, &QTimer::timeout, this, &frmThumbNail::Timer4_Timer);
     connect(&m_remake, &QTimer::timeout, this, [this] { refreshCell(SelectedIndex - TopIndex); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &frmThumbNail::VScroll1_Change);
+    m_repeat.setSingleShot(true);
+    connect(&m_repeat, &QTimer::timeout, this, &frmThumbNail::repeatStep);
+    connect(VScroll1, &QScrollBar::actionTriggered, this, [this](int action) { m_barAction = action; });
     connect(VScroll1, &QScrollBar::sliderMoved, this, &frmThumbNail::showScrollTip);
 }
 
@@ -115,6 +120,9 @@ void frmThumbNail::Form_QueryUnload(bool &cancel)
 {
     // Compaction and clearing have the database until they end.
     cancel = m_cacheAtWork && !globals.ProgramExiting;
+    // A run asks whether it is to end.
+    if (cancel && isLoaded<frmMakeThumbNails>())
+        form<frmMakeThumbNails>().CancelRun();
 }
 
 void frmThumbNail::Form_Unload()
@@ -122,6 +130,7 @@ void frmThumbNail::Form_Unload()
     ++m_pageTicket;
     Timer4.stop();
     m_remake.stop();
+    m_repeat.stop();
     unload<frmDataBase>();
     if (globals.ProgramExiting)
         return;
