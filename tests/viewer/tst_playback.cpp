@@ -189,6 +189,10 @@ void tst_playback::aVolumeChosenBetweenTwoItemsIsKept()
         m_player->change(Player::Playing);
         QCOMPARE(m_player->loudness, volume);
     }
+    QVERIFY(regSettings().DeleteUserSetting(QStringLiteral("Options"), QStringLiteral("MMVolume")));
+    m_player->loudness = 0;
+    m_player->change(Player::Playing);
+    QVERIFY2(m_player->loudness == 100, "the first item of a new user is heard");
 }
 
 void tst_playback::volumeControlsOpenTheMixerOrSaySo()
