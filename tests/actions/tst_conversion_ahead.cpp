@@ -52,7 +52,7 @@ private:
     };
     using SetUp = std::function<void(TestClient &)>;
     static QStringList fill(const TemporaryHome &home, QSize large);
-    static Outcome run(LookAhead lookAhead, const SetUp &setUp, QSize large = {900, 700});
+    static Outcome run(LookAhead lookAhead, const SetUp &setUp, QSize large = {500, 400});
     static void compare(const Outcome &ahead, const Outcome &plain);
 };
 
