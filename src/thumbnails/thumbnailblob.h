@@ -10,8 +10,8 @@
 /// 2 high. None for any other number: then no picture is stored.
 std::optional<TypeCode> thumbnailFormat(int level);
 
-/// What thumbnails are written with: they look alike at both levels, and the high one takes two thirds of the room. A
-/// JPEG 2000 of few pixels needs more for each, because its head has the same size.
+/// What thumbnails are written with: they look alike at both levels, and the high one takes two thirds to three
+/// quarters of the room. A JPEG 2000 of few pixels needs more for each, because its head has the same size.
 inline constexpr int thumbnailJpegQuality = 88;
 double thumbnailJp2Quality(int edge);
 
