@@ -22,7 +22,7 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 # Who makes the package, as Debian's own tools are told it.
-set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Tessaly <root@localhost>")
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Tessaly <lumora@localhost>")
 if(NOT "$ENV{DEBEMAIL}" STREQUAL "")
     set(CPACK_DEBIAN_PACKAGE_MAINTAINER "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 endif()

@@ -11,11 +11,11 @@ _lumora_plain_options="--help --version"
 # A list with commas: what stands before the last comma is kept, and no word is offered twice.
 _lumora_list()
 {
-    local done="" word
+    local done="" begun=${2##*,} word
     case $2 in *,*) done=${2%,*}, ;; esac
     for word in $1; do
         case ,$done in *,"$word",*) continue ;; esac
-        case $word in "${2##*,}"*) COMPREPLY+=("$done$word") ;; esac
+        case $word in "$begun"*) COMPREPLY+=("$done$word") ;; esac
     done
     compopt -o nospace 2> /dev/null
 }
@@ -49,7 +49,7 @@ _lumora()
         case ${COMP_WORDS[index]} in
         --) ended=1; break ;;
         --convert) converts=1 ;;
-        --editor | --folder | --screenshot) window=1 ;;
+        --editor | --folder | /editor | /folder | --screenshot) window=1 ;;
         esac
     done
     if [ -z "$ended" ]; then

@@ -9,7 +9,7 @@ function __lumora_list
     set -l word (string replace -r '^--[a-z-]+=' '' -- (commandline -ct))
     set -l chosen (string match -r '^.*,' -- $word)
     for candidate in $argv
-        contains -- $candidate (string split , -- "$chosen"); or echo "$chosen$candidate"
+        contains -- $candidate (string split -- , "$chosen"); or echo "$chosen$candidate"
     end
 end
 
@@ -21,6 +21,10 @@ function __lumora_shows
     not __lumora_converts
 end
 
+function __lumora_may_convert
+    not string match -qr -- '^(/|--)(editor|folder|screenshot)(=.*)?$' (commandline -opc)
+end
+
 function __lumora_begins
     not string match -qr -- '^(/|--)(convert|editor|folder|screenshot)(=.*)?$' (commandline -opc)
 end
@@ -30,7 +34,7 @@ complete -c lumora -n __lumora_begins -s v -l version -d 'Show the version'
 complete -c lumora -n __lumora_shows -l editor -d 'Start in the editor'
 complete -c lumora -n __lumora_shows -l folder -d 'Start in the Browse Folder Viewer'
 complete -c lumora -n __lumora_shows -l screenshot -r -F -d 'Write the window as a PNG file and end'
-complete -c lumora -n __lumora_begins -l convert -x -a '(__lumora_list $__lumora_formats)' -d 'Write pictures in these formats'
+complete -c lumora -n __lumora_may_convert -l convert -x -a '(__lumora_list $__lumora_formats)' -d 'Write pictures in these formats'
 complete -c lumora -n __lumora_converts -l to -x -a '(__fish_complete_directories)' -d 'Write into this folder'
 complete -c lumora -n __lumora_converts -l operations -x -a '(__lumora_list $__lumora_operations)' -d 'Change the pictures before'
 complete -c lumora -n __lumora_converts -l diffuse -d 'Spread the error where colours are reduced'
