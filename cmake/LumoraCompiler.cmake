@@ -11,6 +11,14 @@ if(LUMORA_WERROR)
     target_compile_options(lumora_options INTERFACE -Werror)
 endif()
 
+# For programs that are given away: what a distribution compiles its own with.
+option(LUMORA_HARDENING "Stack protector, checked library calls, tables that are read-only from the start" OFF)
+if(LUMORA_HARDENING)
+    target_compile_options(lumora_options INTERFACE
+        -fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    target_link_options(lumora_options INTERFACE -Wl,-z,relro -Wl,-z,now)
+endif()
+
 if(LUMORA_SANITIZER)
     target_compile_options(lumora_options INTERFACE -fsanitize=${LUMORA_SANITIZER} -fno-omit-frame-pointer)
     target_link_options(lumora_options INTERFACE -fsanitize=${LUMORA_SANITIZER})

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# check.sh                  format, layers, names, forbidden calls, scripts, manual pages and drawings; some seconds
+# check.sh                  format, layers, names, forbidden calls, scripts, packaging and drawings; some seconds
 # check.sh --format         puts every C++ file into the project's format
 # check.sh --tidy [FILES]   clang-tidy over build/dev: FILES, or what differs from the branch main
 set -euo pipefail
@@ -58,9 +58,7 @@ fi
 /usr/bin/python3 tools/check-sources.py || failed=1
 /usr/bin/python3 tools/make-icons.py --check || failed=1
 sources | grep -zE '\.sh$|^\.ci/run$' | xargs -0 -r shellcheck -x -P SCRIPTDIR || failed=1
-for page in packaging/man/*.[1-9]; do
-    mandoc -T lint -W warning "$page" >&2 || failed=1
-done
+packaging/check.sh || failed=1
 
 [ "$failed" -eq 0 ] || say "the sources need work, see above"
 exit "$failed"

@@ -274,10 +274,10 @@ APPLICATION = """<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 64 64" wid
 <g fill="none" stroke="#ffffff" stroke-width="6" stroke-linecap="round" stroke-linejoin="round"><path d="M16 13 V33 H28"/></g>
 </svg>
 """
-SYMBOLIC = ('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 16 16" width="16" height="16" color="#6b7075">'
-            '<path d="M1.5 2.5 H14.5 V13.5 H1.5 Z" fill="none" stroke="currentColor" stroke-width="1.4" stroke-linejoin="round"/>'
-            '<path d="M3 12 L6.2 7.6 L8.6 10.2 L10.4 8.4 L13 12 Z" fill="currentColor"/>'
-            '<circle cx="10.8" cy="5.4" r="1.3" fill="currentColor"/></svg>\n')
+# Desktops fill every shape of a symbolic icon with the text's colour: there are no strokes in it.
+SYMBOLIC = ('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 16 16" width="16" height="16" fill="#6b7075">'
+            '<path fill-rule="evenodd" d="M1.5 2 H14.5 L15 2.5 V13.5 L14.5 14 H1.5 L1 13.5 V2.5 Z M2.5 3.5 V12.5 H13.5 V3.5 Z"/>'
+            '<path d="M3 12 L6.2 7.6 L8.6 10.2 L10.4 8.4 L13 12 Z"/><circle cx="10.8" cy="5.4" r="1.3"/></svg>\n')
 
 
 def drawings():

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# check-installed.sh BUILD-FOLDER       installs the build into a folder of its own, and tries the program there
+# check-installed.sh --tree FOLDER      tries the program of FOLDER, which holds usr/bin/lumora and so on
+# The program runs without the user's environment, as somebody who may not write to it. Exit status 0 when all went well.
+set -euo pipefail
+
+scratch=$(mktemp -d)
+chmod 0755 -- "$scratch"
+trap 'rm -rf -- "$scratch"' EXIT
+
+fail() {
+    printf 'check-installed: %s\n' "$*" >&2
+    exit 1
+}
+
+if [ "${1:-}" = "--tree" ]; then
+    tree=$2
+else
+    tree=$scratch/tree
+    DESTDIR="$tree" cmake --install "$1" --prefix /usr > "$scratch/log" || fail "installing failed: $(tail -n 5 "$scratch/log")"
+fi
+
+program=$tree/usr/bin/lumora
+for binary in "$program" "$tree"/usr/lib/lumora/*; do
+    ! readelf -d "$binary" | grep -qE 'R(UN)?PATH' || fail "$binary looks for libraries in the build tree"
+done
+for file in share/applications/org.lumora.Lumora.desktop share/metainfo/org.lumora.Lumora.metainfo.xml \
+    share/mime/packages/org.lumora.Lumora.xml share/man/man1/lumora.1.gz share/man/man5/lumora-list.5.gz \
+    share/icons/hicolor/48x48/apps/lumora.png share/icons/hicolor/scalable/apps/lumora.svg share/doc/lumora/copyright \
+    share/bash-completion/completions/lumora share/zsh/vendor-completions/_lumora \
+    share/fish/vendor_completions.d/lumora.fish lib/lumora/lumora-wallpaper.so; do
+    [ -s "$tree/usr/$file" ] || fail "usr/$file is missing"
+done
+
+home=$scratch/home
+mkdir -p -- "$home/run" "$home/pictures"
+chmod 0700 -- "$home/run"
+# Two colours in a picture that only the codec module can read, in a format that is plain enough to be written here.
+printf 'P3 2 1 255 255 0 0 0 0 255\n' > "$home/pictures/two.ppm"
+as_user=(env)
+if [ "$(id -u)" -eq 0 ]; then
+    chown -R 65534:65534 -- "$home"
+    as_user=(setpriv --reuid=65534 --regid=65534 --clear-groups --no-new-privs env)
+else
+    chmod a-w -- "$tree/usr/bin" 2> /dev/null || true
+fi
+run() {
+    (cd -- "$home/pictures" && timeout 120 "${as_user[@]}" -i HOME="$home" XDG_RUNTIME_DIR="$home/run" PATH=/usr/bin:/bin \
+        LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen "$program" "$@" 2>> "$home/said") || fail "lumora $* ended with $?: $(cat "$home/said")"
+}
+
+: > "$home/said"
+[ "$(id -u)" -ne 0 ] || chown 65534:65534 -- "$home/said"
+run --version > /dev/null
+# Writing and reading TIFF is the codec module's work.
+run --convert tif two.ppm
+run --convert png two.tif
+run --screenshot "$home/pictures/window.png" two.tif
+[ "$(head -c 4 "$home/pictures/window.png" | tail -c 3)" = PNG ] || fail "there is no picture of the window"
+for file in images.dat filecopy.avi filedel.avi; do
+    cmp -s -- "$tree/usr/share/lumora/$file" "$home/.local/share/lumora/$file" || fail "the program did not take over $file"
+done
+! grep -iE 'module|cannot be loaded|not there' "$home/said" >&2 || fail "see above"
