@@ -84,18 +84,23 @@ void frmThumbNail::Form_Activate()
     mnuThumbnailStyle->setChecked(preferences.chkThumbNailStyle->isChecked());
     LeavingViewer = false;
     const bool open = form<frmDataBase>().DatabaseOpen;
-    mnuThumbnailS->setEnabled(open && !m_cacheAtWork);
+    mnuThumbnailS->setEnabled(open); // its commands look themselves whether the cache is at work
     if (!open)
         mnuThumbnailsCacheThumbnails->setChecked(false);
     const QPointer<frmThumbNail> here(this);
     if (!std::exchange(m_activatedOnce, true)) {
         TopIndex = qMax(0, form<frmMainViewer>().lstDisplay->listIndex());
+        constexpr int ticketsOfALayout = 2; // its own and that of its page
+        const int undisturbed = m_pageTicket + ticketsOfALayout;
         SetItUp();
         if (!here || isUnloaded())
             return;
         FormLoaded = true;
-        if (VScroll1->value() != TopIndex)
-            VScroll1_Change();
+        if (m_pageTicket != undisturbed) {
+            if (VScroll1->isEnabled())
+                TopIndex = VScroll1->value();
+            mnuViewerRefresh_Click();
+        }
     } else if (FormLoaded && pageFiles() != m_pageFiles) {
         // The list is another one than the page shows.
         mnuViewerRefresh_Click();

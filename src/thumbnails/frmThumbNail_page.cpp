@@ -197,6 +197,11 @@ void frmThumbNail::holdFrame()
     m_heldSince.start();
     if (!m_frame)
         m_frame.emplace(picGrid);
+    // The first thumbnail may be long in coming.
+    QTimer::singleShot(frameHeldFor + 1, this, [this] {
+        if (m_heldSince.hasExpired(frameHeldFor))
+            m_frame.reset();
+    });
 }
 
 void frmThumbNail::ShowThumbnailPage()
