@@ -265,6 +265,13 @@ void ListBox::syncSelection()
     selectionModel()->select(selection, QItemSelectionModel::Select);
     selectionModel()->setCurrentIndex(d->model->index(d->listIndex), QItemSelectionModel::NoUpdate);
     setAutoScroll(scrolls);
+    if (!d->rowsHeld)
+        scrollAsWanted();
+    viewport()->update();
+}
+
+void ListBox::scrollAsWanted()
+{
     if (const auto place = std::exchange(d->scrollBack, std::nullopt)) {
         executeDelayedItemsLayout();
         verticalScrollBar()->setValue(*place);
@@ -274,5 +281,4 @@ void ListBox::syncSelection()
         scrollTo(d->model->index(d->listIndex));
         horizontalScrollBar()->setValue(sideways);
     }
-    viewport()->update();
 }

@@ -117,6 +117,7 @@ private:
     void rowsChange();
     void selectionIsStale(bool scrollToMark);
     void syncSelection();
+    void scrollAsWanted();
     void takeOverSelection(const QItemSelection &selected, const QItemSelection &deselected);
     void takeOverMark(int row);
     void raiseClickLater();

@@ -188,8 +188,10 @@ void ListBox::holdRows(bool hold)
     d->rowsHeld = hold;
     d->rowsShown.start();
     viewport()->setUpdatesEnabled(!hold);
-    if (!hold)
-        doItemsLayout();
+    if (hold)
+        return;
+    doItemsLayout();
+    scrollAsWanted();
 }
 
 void ListBox::doItemsLayout()

@@ -1,5 +1,6 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(ui/tst_listbox.cpp windows)
+lumora_test(ui/tst_listbox_held.cpp windows)
 lumora_test(ui/tst_icons.cpp windows)
 lumora_test(ui/tst_accessible.cpp windows)
 lumora_test(ui/tst_animation.cpp windows)
