@@ -57,8 +57,15 @@ double processorTime()
     return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
 }
 
+/// Milliseconds that the windows' thread was ready to run and had no core.
+double queuedTime()
+{
+    QFile file(QStringLiteral("/proc/thread-self/schedstat"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toDouble() / 1e6 : 0;
+}
+
 /// Ticks all the time: the longest gap is the longest time that a click would have had to wait. On a busy machine it is
-/// the others' time as well; the processor time of the gap that used most is this program's own.
+/// the others' time as well, in which the thread waits for a core; the rest is this program's own.
 class InputWatch
 {
 public:
@@ -68,38 +75,45 @@ public:
         QObject::connect(&m_timer, &QTimer::timeout, [this] { tick(); });
         m_since.start();
         m_used = processorTime();
+        m_queued = queuedTime();
         m_timer.start(1);
     }
     void report() const
     {
-        std::printf("input waited for %lld ms at most, at %s, and for %.1f ms of processor time, at %s\n",
-            static_cast<long long>(m_longest), qPrintable(m_atLongest), m_mostUsed, qPrintable(m_atMostUsed));
+        std::printf("input waited for %.1f ms at most, at %s, %.1f of them for a core; else for %.1f ms, at %s;"
+                    " the windows computed for %.1f ms at a time\n",
+            m_longest.time, qPrintable(m_longest.place), m_longest.queued, m_own.time - m_own.queued,
+            qPrintable(m_own.place), m_mostUsed);
     }
 
 private:
+    struct Gap
+    {
+        double time = 0; ///< milliseconds
+        double queued = 0; ///< milliseconds of them
+        QString place;
+    };
     void tick()
     {
-        const qint64 gap = m_since.restart();
-        const double now = processorTime();
-        const double used = now - std::exchange(m_used, now);
-        const QString here = isLoaded<frmMakeThumbNails>() ? form<frmMakeThumbNails>().lblFileName->text()
-                                                           : QStringLiteral("the viewer");
-        if (gap > m_longest) {
+        const double queuedNow = queuedTime();
+        const double usedNow = processorTime();
+        Gap gap{double(m_since.nsecsElapsed()) / 1e6, queuedNow - std::exchange(m_queued, queuedNow), {}};
+        m_since.restart();
+        gap.place = isLoaded<frmMakeThumbNails>() ? form<frmMakeThumbNails>().lblFileName->text()
+                                                  : QStringLiteral("the viewer");
+        m_mostUsed = std::max(m_mostUsed, usedNow - std::exchange(m_used, usedNow));
+        if (gap.time > m_longest.time)
             m_longest = gap;
-            m_atLongest = here;
-        }
-        if (used > m_mostUsed) {
-            m_mostUsed = used;
-            m_atMostUsed = here;
-        }
+        if (gap.time - gap.queued > m_own.time - m_own.queued)
+            m_own = gap;
     }
     QTimer m_timer;
     QElapsedTimer m_since;
     double m_used = 0;
-    qint64 m_longest = 0; ///< milliseconds
+    double m_queued = 0;
     double m_mostUsed = 0; ///< milliseconds
-    QString m_atLongest;
-    QString m_atMostUsed;
+    Gap m_longest;
+    Gap m_own; ///< the longest without the time that others had the cores
 };
 
 /// The files that have been told, by the yields of the run.
