@@ -8,7 +8,6 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "thumbnails/frmThumbNail.h"
-#include "ui/guards.h"
 #include "viewer/frmMainViewer.h"
 
 #include <QAccessible>
@@ -111,10 +110,7 @@ bool openFiles(frmMainViewer &viewer, const QStringList &files)
 /// The Thumbnail Viewer shows the Main Viewer's list, which nobody sees here.
 void showThumbnails(frmThumbNail &window, const QStringList &files)
 {
-    {
-        const ScopedFlag busy(globals.ItemSelectionBusy);
-        form<frmMainViewer>().addDroppedFiles(files);
-    }
+    form<frmMainViewer>().addDroppedFiles(files);
     window.mnuViewerRefresh_Click();
     letEventsIn();
 }

@@ -8,14 +8,12 @@
 
 namespace {
 
-constexpr int frameWidth = 2;
-
 /// Lit from the upper left, in the two shades of a grey panel.
-void drawRaisedFrame(QPainter &painter, const QRect &rect)
+void drawRaisedFrame(QPainter &painter, const QRect &rect, int width)
 {
     const QColor light(0xff, 0xff, 0xff);
     const QColor shade(0x80, 0x80, 0x80);
-    for (int i = 0; i < frameWidth; ++i) {
+    for (int i = 0; i < width; ++i) {
         const QRect line = rect.adjusted(i, i, -i, -i);
         painter.setPen(light);
         painter.drawPolyline(std::array{line.bottomLeft(), line.topLeft(), line.topRight()}.data(), 3);
@@ -40,7 +38,7 @@ Picture thumbnailOf(const LoadedPicture *source, const ThumbnailLook &look)
         return {};
     ground.fill(look.backColor.rgb() | 0xff000000);
     QPainter painter(&ground);
-    const int margin = look.frame ? frameWidth : 0;
+    const int margin = look.frame ? look.frameWidth : 0;
     const QRect inside = ground.rect().adjusted(margin, margin, -margin, -margin);
     if (source && !inside.isEmpty()) {
         // A decoder that reduces leaves something to average.
@@ -50,7 +48,7 @@ Picture thumbnailOf(const LoadedPicture *source, const ThumbnailLook &look)
         painter.drawImage(place.topLeft(), areaAverage(pixels, place.size()));
     }
     if (look.frame)
-        drawRaisedFrame(painter, ground.rect());
+        drawRaisedFrame(painter, ground.rect(), look.frameWidth);
     painter.end();
     return Picture::fromImage(ground);
 }

@@ -10,6 +10,7 @@ struct ThumbnailLook
     QSize size; ///< pixels, of the whole thumbnail
     QColor backColor = Qt::black; ///< the ground around the picture and under its transparent parts
     bool frame = false; ///< a raised frame; without it the picture and its ground are all there is
+    int frameWidth = 2; ///< pixels
     bool operator==(const ThumbnailLook &) const = default;
 };
 

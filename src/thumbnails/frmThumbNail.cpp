@@ -40,6 +40,7 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     VScroll1->setAccessibleName(tr("First thumbnail of the page"));
     VScroll1->setEnabled(false);
     StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
+    StatusBar1->setAutoFillBackground(true); // its texts are the palette's, the window's ground is not
     setStatusBar(StatusBar1);
     StatusBar1->setPanelText(1, tr("Current Image:"));
     cellAt(0);
@@ -51,6 +52,9 @@ frmThumbNail::frmThumbNail(QWidget *parent)
     connect(&Timer4, &QTimer::timeout, this, &frmThumbNail::Timer4_Timer);
     connect(&m_remake, &QTimer::timeout, this, [this] { refreshCell(SelectedIndex - TopIndex); });
     connect(VScroll1, &QScrollBar::valueChanged, this, &frmThumbNail::VScroll1_Change);
+    m_repeat.setSingleShot(true);
+    connect(&m_repeat, &QTimer::timeout, this, &frmThumbNail::repeatStep);
+    connect(VScroll1, &QScrollBar::actionTriggered, this, [this](int action) { m_barAction = action; });
     connect(VScroll1, &QScrollBar::sliderMoved, this, &frmThumbNail::showScrollTip);
 }
 
@@ -80,18 +84,23 @@ void frmThumbNail::Form_Activate()
     mnuThumbnailStyle->setChecked(preferences.chkThumbNailStyle->isChecked());
     LeavingViewer = false;
     const bool open = form<frmDataBase>().DatabaseOpen;
-    mnuThumbnailS->setEnabled(open && !m_cacheAtWork);
+    mnuThumbnailS->setEnabled(open); // its commands look themselves whether the cache is at work
     if (!open)
         mnuThumbnailsCacheThumbnails->setChecked(false);
     const QPointer<frmThumbNail> here(this);
     if (!std::exchange(m_activatedOnce, true)) {
         TopIndex = qMax(0, form<frmMainViewer>().lstDisplay->listIndex());
+        constexpr int ticketsOfALayout = 2; // its own and that of its page
+        const int undisturbed = m_pageTicket + ticketsOfALayout;
         SetItUp();
         if (!here || isUnloaded())
             return;
         FormLoaded = true;
-        if (VScroll1->value() != TopIndex)
-            VScroll1_Change();
+        if (m_pageTicket != undisturbed) {
+            if (VScroll1->isEnabled())
+                TopIndex = VScroll1->value();
+            mnuViewerRefresh_Click();
+        }
     } else if (FormLoaded && pageFiles() != m_pageFiles) {
         // The list is another one than the page shows.
         mnuViewerRefresh_Click();
@@ -126,6 +135,7 @@ void frmThumbNail::Form_Unload()
     ++m_pageTicket;
     Timer4.stop();
     m_remake.stop();
+    m_repeat.stop();
     unload<frmDataBase>();
     if (globals.ProgramExiting)
         return;

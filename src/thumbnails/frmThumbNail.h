@@ -151,8 +151,10 @@ public:
     /// Runs over the cells `count` * 2 down to 1: takes their frames away, or hides them and with them what needs a
     /// selection.
     void ClearThumbnailGrid(int count, bool bordersOnly);
-    void VScroll1_Change();
     void Timer4_Timer();
+
+    // --- scrolling: frmThumbNail_scroll.cpp
+    void VScroll1_Change();
 
     // --- events: frmThumbNail_events.cpp
     void Form_Load() override;
@@ -233,6 +235,8 @@ private:
     void scrollTo(int top);
     void scrollBy(int items);
     void showScrollTip(int top);
+    bool isArrowHeld() const;
+    void repeatStep();
     void stepSize(int steps);
 
     Picture m_templatePicture;
@@ -251,5 +255,8 @@ private:
     bool m_cacheAtWork = false;
     bool m_showingStats = false;
     QTimer m_remake; ///< runs out when a click was no double click
+    QTimer m_repeat; ///< the bar, which is off while its page is made, forgets that an arrow is held
+    int m_barAction = 0; ///< QAbstractSlider::SliderAction
+    bool m_repeating = false;
     int m_wheelRest = 0; ///< of a notch
 };

@@ -4,9 +4,7 @@
 #include "app/mediatypes.h"
 #include "platform/files.h"
 #include "thumbnails/thumbnailcell.h"
-#include "thumbnails/thumbnailsize.h"
 #include "ui/guards.h"
-#include "ui/yield.h"
 #include "viewer/frmBackground.h"
 #include "viewer/frmMainViewer.h"
 
@@ -219,32 +217,7 @@ void frmThumbNail::contextMenuEvent(QContextMenuEvent *event)
     }
 }
 
-// --- wheel and size
-
-void frmThumbNail::wheelEvent(QWheelEvent *event)
-{
-    constexpr int notch = 120; // eighths of a degree
-    m_wheelRest += event->angleDelta().y();
-    const int notches = m_wheelRest / notch;
-    m_wheelRest -= notches * notch;
-    event->accept();
-    if (notches == 0)
-        return;
-    if (event->modifiers() & Qt::ControlModifier) {
-        stepSize(notches);
-        return;
-    }
-    const int rows = qBound(1, QApplication::wheelScrollLines(), qMax(1, GridRows / 2));
-    scrollBy(-notches * rows * qMax(1, GridColumns));
-}
-
-/// To a larger size for steps above 0; the last one on either side stays.
-void frmThumbNail::stepSize(int steps)
-{
-    const int size = qBound(smallestThumbnailSize, ThumbnailSize + steps * thumbnailSizeStep, largestThumbnailSize);
-    if (size != ThumbnailSize && FormLoaded)
-        mnuViewerThumbNailSize_Click(size);
-}
+// --- size
 
 void frmThumbNail::resizeEvent(QResizeEvent *event)
 {

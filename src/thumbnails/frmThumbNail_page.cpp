@@ -17,7 +17,6 @@
 
 #include <QElapsedTimer>
 #include <QLayout>
-#include <QToolTip>
 
 #include <utility>
 
@@ -198,6 +197,11 @@ void frmThumbNail::holdFrame()
     m_heldSince.start();
     if (!m_frame)
         m_frame.emplace(picGrid);
+    // The first thumbnail may be long in coming.
+    QTimer::singleShot(frameHeldFor + 1, this, [this] {
+        if (m_heldSince.hasExpired(frameHeldFor))
+            m_frame.reset();
+    });
 }
 
 void frmThumbNail::ShowThumbnailPage()
@@ -368,66 +372,4 @@ void frmThumbNail::ShowThumbNailInfo(int position)
     StatusBar1->setPanelText(3, dimensionsOf(file));
     StatusBar1->setPanelText(4, groupedNumber(stamp ? stamp->size : 0));
     StatusBar1->setPanelText(5, tr("%1 of %2").arg(groupedNumber(position), groupedNumber(itemCount())));
-}
-
-// --- scrolling
-
-void frmThumbNail::VScroll1_Change()
-{
-    if (m_settingUp)
-        return;
-    if (!FormLoaded) {
-        ++m_pageTicket; // the first page is for another item now: Form_Activate takes the bar's value
-        return;
-    }
-    if (m_changingPage) {
-        scrollTo(VScroll1->value());
-        return;
-    }
-    const QPointer<frmThumbNail> here(this);
-    m_changingPage = true;
-    do {
-        m_wantedTop = -1;
-        VScroll1->setEnabled(false);
-        TopIndex = VScroll1->value();
-        holdFrame();
-        ClearThumbnailGrid(PageCapacity, false);
-        Yield();
-        if (!here || isUnloaded() || globals.ProgramExiting)
-            return;
-        ShowThumbnailPage();
-        if (!here || isUnloaded() || globals.ProgramExiting)
-            return;
-        Yield();
-        if (!here || isUnloaded() || globals.ProgramExiting)
-            return;
-        applyScrollRange();
-        const ScopedFlag settingUp(m_settingUp);
-        if (m_wantedTop >= 0)
-            VScroll1->setValue(m_wantedTop);
-    } while (m_wantedTop >= 0);
-    m_changingPage = false;
-}
-
-/// The page that begins with this item, as near as the range allows. A page on its way makes room for it.
-void frmThumbNail::scrollTo(int top)
-{
-    if (m_changingPage) {
-        m_wantedTop = qBound(0, top, VScroll1->maximum());
-        ++m_pageTicket;
-    } else if (VScroll1->isEnabled()) {
-        VScroll1->setValue(top);
-    }
-}
-
-void frmThumbNail::showScrollTip(int top)
-{
-    QToolTip::showText(
-        QCursor::pos(), tr("%1 of %2").arg(groupedNumber(top + 1), groupedNumber(itemCount())), VScroll1);
-}
-
-/// Steps add up while a page is on its way.
-void frmThumbNail::scrollBy(int items)
-{
-    scrollTo((m_wantedTop >= 0 ? m_wantedTop : TopIndex) + items);
 }

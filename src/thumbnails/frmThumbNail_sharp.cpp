@@ -61,18 +61,21 @@ void frmThumbNail::sharpenPage()
         const auto wake = [this] { QMetaObject::invokeMethod(this, &frmThumbNail::takeSharper, Qt::QueuedConnection); };
         m_sharpening = std::make_shared<Sharpening>(wake);
     }
+    ThumbnailLook look;
+    look.size = QSize(ThumbnailSize, ThumbnailSize);
+    look.backColor = ThumbnailBackColor;
+    look.frame = form<frmPreferences>().chkThumbNailStyle->isChecked();
     ThumbnailWork work;
-    work.look.backColor = ThumbnailBackColor;
-    work.look.frame = form<frmPreferences>().chkThumbNailStyle->isChecked();
     const int larger = roundToInt(ThumbnailSize * ratio);
     for (int number = 1; isOnPage(number); ++number) {
         const QImage shown = imgThumbnail[std::size_t(number)]->picture();
         if (shown.isNull())
             continue;
         work.path = itemAt(number + TopIndex - 1);
-        work.look.size = QSize(ThumbnailSize, ThumbnailSize);
+        work.look = look;
         auto plain = m_sharpening->begun(work);
         work.look.size = QSize(larger, larger);
+        work.look.frameWidth = roundToInt(look.frameWidth * ratio);
         m_sharpening->cells.push_back({number, shown, std::move(plain), m_sharpening->begun(work)});
     }
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int frameWidth = 3; ///< the last pixel of it parts the frame from the picture
+constexpr int frameWidth = 4; ///< the last pixel of it parts the frame from the picture
 constexpr double signShare = 0.5; ///< of the face's edge
 constexpr double signStrength = 0.55; ///< a sign is no picture: it stands back behind those
 

@@ -6,10 +6,10 @@
 
 namespace {
 
-/// Of 255: the mean of all channels, and that of the worst of 16 by 16 fields. Formats of the cache stay below half.
+/// Of 255: the mean of all channels, and that of the worst of fields of 8 by 8. Formats of the cache stay below half.
 constexpr int alikeOnTheWhole = 8;
-constexpr int alikeInAField = 28;
-constexpr int field = 16; ///< pixels
+constexpr int alikeInAField = 30;
+constexpr int field = 8; ///< pixels
 
 int difference(const QImage &a, const QImage &b, const QRect &part)
 {

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void clearingAsksAndTells_data();
     void clearingAsksAndTells();
     void compactionIsTold();
+    void aRunLeavesTheMenuOn();
     void statisticsAreWaitedFor();
     void withoutACacheItsMenuIsOff();
     void noKeyBelongsToTwoCommands();
@@ -187,6 +188,18 @@ void tst_thumbnailcommands::compactionIsTold()
     QVERIFY(refused > 0 && isLoaded<frmThumbNail>());
     QVERIFY(!isLoaded<frmMessage>());
     QVERIFY(viewer().mnuThumbnailS->isEnabled());
+}
+
+/// Its window comes to the front and goes again while the cache is at work.
+void tst_thumbnailcommands::aRunLeavesTheMenuOn()
+{
+    fillList(3);
+    open();
+    setYieldHook([&](int) { viewer().Form_Activate(); });
+    viewer().mnuThumbnailsGenerateAll->trigger();
+    setYieldHook({});
+    QVERIFY(viewer().mnuThumbnailS->isEnabled());
+    QCOMPARE(cell(3)->picture().size(), QSize(100, 100));
 }
 
 void tst_thumbnailcommands::statisticsAreWaitedFor()
