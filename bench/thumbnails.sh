@@ -49,8 +49,8 @@ make_vips_alone() {
     vipsthumbnail --size "${size}x$size" -o "$1/%s.jpg[Q=88]" "$work"/in/*.jpg
 }
 make_gm() {
-    printf '%s\0' "$work"/in/*.jpg | OMP_NUM_THREADS=1 xargs -0 -n 25 -P "$(nproc)" \
-        gm mogrify -output-directory "$1" -size "$((2 * size))x$((2 * size))" -thumbnail "${size}x$size" -quality 88
+    (cd -- "$work/in" && printf '%s\0' *.jpg | OMP_NUM_THREADS=1 xargs -0 -n 25 -P "$(nproc)" \
+        gm mogrify -output-directory "$1" -size "$((2 * size))x$((2 * size))" -thumbnail "${size}x$size" -quality 88)
 }
 
 for ((round = 1; round <= rounds; round++)); do

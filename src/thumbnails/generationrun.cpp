@@ -30,7 +30,7 @@ namespace {
 
 /// Files looked at in one go; those that are in the cache cost a search each.
 constexpr int mostLooks = 100;
-constexpr qint64 keptSources = 128LL * 1024 * 1024; ///< bytes
+constexpr qint64 keptSources = 192LL * 1024 * 1024; ///< bytes
 /// Of the order of all entries in all passes.
 constexpr qint64 passStride = ListBox::maximumCount + 1;
 

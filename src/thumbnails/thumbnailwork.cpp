@@ -66,9 +66,12 @@ qint64 estimatedThumbnailMemory(const QString &path)
     if (!stamp || !info)
         return 16 * mebibyte;
     const qint64 pixels = qint64(info->size.width()) * info->size.height();
+    const int bits = info->bitsPerPixel;
     // A JPEG is decoded at an eighth; another picture stands in the decoder's memory and in this program's.
-    const qint64 bytesPerPixel = info->codec == "JPEG" ? 1 : info->bitsPerPixel > 32 ? 16 : 8;
-    return pixels * bytesPerPixel + stamp->size;
+    if (info->codec == "JPEG")
+        return pixels + stamp->size;
+    const qint64 once = bits <= 1 ? pixels / 8 : bits <= 8 ? pixels : bits <= 32 ? pixels * 4 : pixels * 8;
+    return 2 * once + stamp->size;
 }
 
 QByteArray encodedThumbnail(const std::shared_ptr<const LoadedPicture> &thumbnail, int compressionLevel)

@@ -112,29 +112,62 @@ void writeRow(const std::vector<double> &cells, int width, QRgb *to)
     }
 }
 
+/// The rows of a picture in another format, in ascending order. They are converted some at a time: a page of black and
+/// white dots would be thirty-two times as large.
+class Rows
+{
+public:
+    Rows(const QImage &source, QImage::Format format)
+        : m_source(source)
+        , m_format(format)
+    {
+    }
+    /// Null when memory is short.
+    const QRgb *row(int y)
+    {
+        if (m_source.format() == m_format)
+            return reinterpret_cast<const QRgb *>(m_source.constScanLine(y));
+        if (y >= m_first + m_band.height()) {
+            m_first = y;
+            m_band = m_source.copy(0, y, m_source.width(), qMin(64, m_source.height() - y)).convertToFormat(m_format);
+        }
+        return reinterpret_cast<const QRgb *>(m_band.constScanLine(y - m_first));
+    }
+
+private:
+    const QImage &m_source;
+    const QImage::Format m_format;
+    QImage m_band;
+    int m_first = 0;
+};
+
 }
 
 QImage areaAverage(const QImage &source, QSize size)
 {
     const bool hasAlpha = source.hasAlphaChannel();
-    const QImage image = source.convertToFormat(hasAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    const QSize target = size.boundedTo(image.size());
-    if (image.isNull() || target == image.size())
-        return image;
-    QImage result = allocateImage(target, image.format());
+    const QImage::Format format = hasAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+    const QSize target = size.boundedTo(source.size());
+    if (source.isNull() || target == source.size())
+        return source.convertToFormat(format);
+    Rows image(source, format);
+    QImage result = allocateImage(target, format);
     if (result.isNull())
         return {};
-    const std::vector<Share> columns = sharesOf(image.width(), target.width());
-    const std::vector<Share> rows = sharesOf(image.height(), target.height());
+    const std::vector<Share> columns = sharesOf(source.width(), target.width());
+    const std::vector<Share> rows = sharesOf(source.height(), target.height());
     std::vector<quint32> sums(size_t(target.width()) * channels);
     std::vector<double> cells(sums.size());
     std::vector<double> nextCells(sums.size());
-    const double cellArea = double(image.width()) * image.height();
-    for (int y = 0; y < image.height(); ++y) {
+    const double cellArea = double(source.width()) * source.height();
+    for (int y = 0; y < source.height(); ++y) {
         const Share &share = rows[size_t(y)];
-        sumRow(reinterpret_cast<const QRgb *>(image.constScanLine(y)), columns, hasAlpha, sums);
+        const QRgb *const row = image.row(y);
+        if (!row)
+            return {};
+        sumRow(row, columns, hasAlpha, sums);
         addRow(sums, share.first / cellArea, cells);
-        const bool cellEnds = y + 1 == image.height() || rows[size_t(y) + 1].cell != share.cell;
+        const bool cellEnds = y + 1 == source.height() || rows[size_t(y) + 1].cell != share.cell;
         if (!cellEnds)
             continue;
         if (share.rest > 0)
