@@ -89,7 +89,7 @@ void frmDataBase::OpenImagesDatabase(const QString &size)
         }
         DatabaseOpen = records.has_value() && !m_database.isDamaged();
         if (DatabaseOpen) {
-            RecordTotal = m_current ? *records : 0;
+            RecordTotal = m_current || m_database.isWriting() ? *records : 0;
             break;
         }
         if (!m_database.isDamaged())
@@ -97,7 +97,7 @@ void frmDataBase::OpenImagesDatabase(const QString &size)
     }
     if (!DatabaseOpen)
         return;
-    if (!m_current) {
+    if (RecordTotal == 0) {
         showEmpty();
         return;
     }
