@@ -4,6 +4,7 @@
 #include "platform/folders.h"
 #include "thumbnails/thumbnailblob.h"
 #include "thumbnails/thumbnailsize.h"
+#include "ui/guards.h"
 #include "ui/yield.h"
 
 #include <QPointer>
@@ -127,7 +128,7 @@ void frmDataBase::CloseDatabase()
 }
 
 /// After something was not found: the file may be damaged, or not be there any more.
-void frmDataBase::reopenIfLost()
+void frmDataBase::reopenIfDamaged()
 {
     if (m_database.isDamaged() || m_database.isMoved())
         OpenImagesDatabase(m_opened);
@@ -175,7 +176,7 @@ bool frmDataBase::Find_Click(const QString &name, int size)
     std::optional<ImageRecord> found = m_database.find(name, size);
     if (!found) {
         m_current.reset();
-        reopenIfLost();
+        reopenIfDamaged();
         return false;
     }
     m_current = std::move(found);
@@ -220,7 +221,7 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     const bool adds = isNew && counts && !m_database.contains(name, record.thumbnailSize);
     m_current = stoodOn;
     if (isNew ? !m_database.add(record) : !change(record, !format)) {
-        reopenIfLost();
+        reopenIfDamaged();
         return;
     }
     m_current = record;
@@ -269,7 +270,7 @@ void frmDataBase::Move_Click(int index)
         Cmd_Move[1]->setEnabled(false);
     showPosition();
     loadPicture();
-    reopenIfLost();
+    reopenIfDamaged();
 }
 
 void frmDataBase::Delete_Click()
@@ -277,7 +278,7 @@ void frmDataBase::Delete_Click()
     if (RecordTotal <= 0 || m_working)
         return;
     if (standOnRecord() && !m_database.remove(m_current->id)) {
-        reopenIfLost();
+        reopenIfDamaged();
         return;
     }
     m_current.reset();

@@ -18,7 +18,7 @@ Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
 constexpr int removalAttempts = 50; ///< of a hundred milliseconds each: another process may be writing, too
-constexpr std::chrono::milliseconds forTheWriter(300); ///< it is done long before, but for a file that is held
+constexpr std::chrono::milliseconds forTheWriter(300); ///< it needs less, unless disk or process stalls
 
 /// A connection that never takes the log into the file, which would wait for the disk: the writer does.
 bool openLive(SqliteConnection &connection, const QString &path, int waiting)
