@@ -48,9 +48,9 @@ convert_lumora() {
 }
 convert_mogrify() {
     cd -- "$work/in"
-    gm mogrify -output-directory "$1" -format png -quality 15 *.jpg
-    gm mogrify -output-directory "$1" -format jpg -quality 85 *.jpg
-    gm mogrify -output-directory "$1" -format bmp -compress None *.jpg
+    gm mogrify -output-directory "$1" -format png -quality 15 ./*.jpg
+    gm mogrify -output-directory "$1" -format jpg -quality 85 ./*.jpg
+    gm mogrify -output-directory "$1" -format bmp -compress None ./*.jpg
 }
 # Its cleverest way: one process, each photograph read once.
 convert_batch() {

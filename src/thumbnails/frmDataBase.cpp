@@ -91,7 +91,7 @@ void frmDataBase::OpenImagesDatabase(const QString &size)
         }
         DatabaseOpen = records.has_value() && !m_database.isDamaged();
         if (DatabaseOpen) {
-            RecordTotal = m_current ? *records : 0;
+            RecordTotal = m_current || m_database.isWriting() ? *records : 0;
             break;
         }
         if (!m_database.isDamaged())
@@ -99,7 +99,7 @@ void frmDataBase::OpenImagesDatabase(const QString &size)
     }
     if (!DatabaseOpen)
         return;
-    if (!m_current) {
+    if (RecordTotal == 0) {
         showEmpty();
         return;
     }
@@ -129,7 +129,7 @@ void frmDataBase::CloseDatabase()
 }
 
 /// After something was not found: the file may be damaged, or not be there any more.
-void frmDataBase::reopenIfLost()
+void frmDataBase::reopenIfDamaged()
 {
     if (m_database.isDamaged() || m_database.isMoved())
         OpenImagesDatabase(m_opened);
@@ -177,7 +177,7 @@ bool frmDataBase::Find_Click(const QString &name, int size)
     std::optional<ImageRecord> found = m_database.find(name, size);
     if (!found) {
         m_current.reset();
-        reopenIfLost();
+        reopenIfDamaged();
         return false;
     }
     m_current = std::move(found);
@@ -222,7 +222,7 @@ void frmDataBase::Store_Click(bool isNew, const QString &name, int height, int w
     const bool adds = isNew && counts && !m_database.contains(name, record.thumbnailSize);
     m_current = stoodOn;
     if (isNew ? !m_database.add(record) : !change(record, !hasPicture)) {
-        reopenIfLost();
+        reopenIfDamaged();
         return;
     }
     m_current = record;
@@ -284,7 +284,7 @@ void frmDataBase::Move_Click(int index)
         Cmd_Move[1]->setEnabled(false);
     showPosition();
     loadPicture();
-    reopenIfLost();
+    reopenIfDamaged();
 }
 
 void frmDataBase::Delete_Click()
@@ -292,7 +292,7 @@ void frmDataBase::Delete_Click()
     if (RecordTotal <= 0 || m_working)
         return;
     if (standOnRecord() && !m_database.remove(m_current->id)) {
-        reopenIfLost();
+        reopenIfDamaged();
         return;
     }
     m_current.reset();

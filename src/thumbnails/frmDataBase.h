@@ -83,7 +83,7 @@ private:
     bool loadPicture();
     bool standOnRecord();
     bool change(const ImageRecord &record, bool keepPicture);
-    void reopenIfLost();
+    void reopenIfDamaged();
     bool isStill(int opening) const { return opening == m_openings && m_database.isOpen(); }
     bool runBeside(const std::function<bool()> &work, const std::function<void()> &interrupt);
     ImagesDatabase m_database;

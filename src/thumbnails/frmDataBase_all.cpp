@@ -60,7 +60,7 @@ bool frmDataBase::DeleteAllOfSizeClick()
         RecordTotal = m_database.count().value_or(0);
     }
     m_current.reset();
-    reopenIfLost();
+    reopenIfDamaged();
     return emptied;
 }
 

@@ -18,7 +18,7 @@ Q_LOGGING_CATEGORY(logCache, "lumora.cache", QtWarningMsg)
 constexpr int patience = 100; ///< milliseconds for another process, which stores one thumbnail in less than one
 constexpr int removedAtOnce = 1000;
 constexpr int removalAttempts = 50; ///< of a hundred milliseconds each: another process may be writing, too
-constexpr std::chrono::milliseconds forTheWriter(300); ///< it is done long before, but for a file that is held
+constexpr std::chrono::milliseconds forTheWriter(300); ///< it needs less, unless disk or process stalls
 
 /// A connection that never takes the log into the file, which would wait for the disk: the writer does.
 bool openLive(SqliteConnection &connection, const QString &path, int waiting)
@@ -121,7 +121,21 @@ std::optional<ImageRecord> ImagesDatabase::oneRecord(SqliteStatement *statement)
 
 std::optional<int> ImagesDatabase::count()
 {
-    m_writer.finish(forTheWriter);
+    // Those that still wait are counted as if they were written, by the state of the file in which they are not.
+    std::vector<ImagesWriter::Key> waiting;
+    if (!m_writer.finish(forTheWriter))
+        waiting = m_writer.waiting(m_size);
+    if (!succeeded(m_connection.run("BEGIN")))
+        return {};
+    std::optional<int> records = countInFile();
+    for (const ImagesWriter::Key &key : waiting)
+        records = records ? std::optional(*records + (isInFile(key.name, key.size) ? 0 : 1)) : std::nullopt;
+    ignore(m_connection.run("COMMIT"));
+    return records;
+}
+
+std::optional<int> ImagesDatabase::countInFile()
+{
     SqliteStatement *counted = nullptr;
     if (m_counts)
         counted = m_connection.statement(m_size ? "SELECT TOTAL(Records) FROM tblImageCounts WHERE ThumbnailSize=?1"
@@ -217,6 +231,11 @@ std::optional<ImageRecord> ImagesDatabase::find(const QString &name, int size)
 
 bool ImagesDatabase::contains(const QString &name, int size)
 {
+    return isInFile(name, size) || m_writer.waiting(name, size);
+}
+
+bool ImagesDatabase::isInFile(const QString &name, int size)
+{
     SqliteStatement *statement =
         m_connection.statement("SELECT 1 FROM tblImages WHERE ThumbnailSize=?1 AND ImageName=?2");
     if (statement) {
@@ -226,7 +245,7 @@ bool ImagesDatabase::contains(const QString &name, int size)
     const bool stored = statement && statement->step();
     if (statement)
         statement->reset();
-    return stored || m_writer.waiting(name, size);
+    return stored;
 }
 
 bool ImagesDatabase::add(const ImageRecord &record)
@@ -274,8 +293,8 @@ bool ImagesDatabase::remove(qint64 id)
 
 bool ImagesDatabase::removeAll(const std::function<bool()> &wanted)
 {
-    m_writer.finish(forTheWriter);
     int attempts = 0;
+    while (!m_writer.finish(forTheWriter) && wanted() && ++attempts < removalAttempts) { }
     do {
         SqliteStatement *statement = m_connection.statement(m_size
                 ? "DELETE FROM tblImages WHERE rowid IN (SELECT rowid FROM tblImages WHERE ThumbnailSize=?1 LIMIT ?2)"

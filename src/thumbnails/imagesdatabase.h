@@ -29,7 +29,7 @@ public:
     void select(std::optional<int> size) { m_size = size; }
     std::optional<int> selection() const { return m_size; }
 
-    /// How many there are; none after a failure.
+    /// How many there are, with those that wait to be written; none after a failure.
     std::optional<int> count();
     /// None at the ends, and after a failure.
     std::optional<ImageRecord> first();
@@ -52,6 +52,8 @@ public:
     /// Removes all that are selected, some at a time, for as long as `wanted` says so. False when any is left.
     bool removeAll(const std::function<bool()> &wanted);
 
+    /// Some still waits to be written, or to be given up.
+    bool isWriting() { return !m_writer.finish({}); }
     /// Waits until all is written and nothing is under way on the file any more, also after close(). Drops what another
     /// process does not let in.
     void settle() { m_writer.stop(); }
@@ -59,6 +61,8 @@ public:
 private:
     bool openOrMake(const QString &folder);
     bool connect(const QString &path);
+    std::optional<int> countInFile();
+    bool isInFile(const QString &name, int size);
     std::optional<ImageRecord> oneRecord(SqliteStatement *statement);
     std::optional<ImageRecord> beside(const ImageRecord &from, const char *ofSize, const char *ofAll);
     bool succeeded(bool done);

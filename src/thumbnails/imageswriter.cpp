@@ -6,6 +6,7 @@
 #include "thumbnails/sqlite.h"
 
 #include <QLoggingCategory>
+#include <QSet>
 
 #include <algorithm>
 #include <iterator>
@@ -67,10 +68,26 @@ std::optional<ImageRecord> ImagesWriter::waiting(const QString &name, int size)
     return {};
 }
 
-void ImagesWriter::finish(std::chrono::milliseconds longest)
+std::vector<ImagesWriter::Key> ImagesWriter::waiting(std::optional<int> size)
+{
+    const std::lock_guard guard(m_mutex);
+    std::vector<Key> keys;
+    QSet<std::pair<QString, int>> known;
+    for (const std::deque<ImageRecord> *records : {&m_writing, &m_queue}) {
+        for (const ImageRecord &record : *records) {
+            const qsizetype before = known.size();
+            known.insert({record.name.toCaseFolded(), record.thumbnailSize});
+            if (known.size() > before && size.value_or(record.thumbnailSize) == record.thumbnailSize)
+                keys.push_back({record.name, record.thumbnailSize});
+        }
+    }
+    return keys;
+}
+
+bool ImagesWriter::finish(std::chrono::milliseconds longest)
 {
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, longest, [this] { return m_queue.empty() && m_writing.empty(); });
+    return m_changed.wait_for(lock, longest, [this] { return m_queue.empty() && m_writing.empty(); });
 }
 
 void ImagesWriter::stop()

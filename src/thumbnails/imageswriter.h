@@ -8,6 +8,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 /// Writes records beside the windows: now and then a write waits for the disk, which a busy one makes a matter of a
 /// second. Records that wait are found as if they were written; what cannot be written is dropped and told in the log.
@@ -25,8 +26,15 @@ public:
     bool add(const QString &path, const ImageRecord &record);
     /// The record of this name and size that waits; names as in ImagesDatabase::find().
     std::optional<ImageRecord> waiting(const QString &name, int size);
-    /// Waits until all is written, or until the time is over.
-    void finish(std::chrono::milliseconds longest);
+    struct Key
+    {
+        QString name;
+        int size = 0;
+    };
+    /// What waits of one size or of all, each key once.
+    std::vector<Key> waiting(std::optional<int> size);
+    /// Waits until all is written. False when the time is over before.
+    bool finish(std::chrono::milliseconds longest);
     /// Writes all that waits and lets go of the file.
     void stop();
     /// The file was damaged; true until the next stop().

@@ -78,6 +78,7 @@ ImageRecord tst_cache::record(const QString &name, int size, const QByteArray &p
 
 QStringList tst_cache::names(ImagesDatabase &database)
 {
+    database.settle();
     QStringList all;
     for (auto at = database.first(); at; at = database.next(*at))
         all.append(at->name);
@@ -250,6 +251,7 @@ void tst_cache::countsFollowWhateverIsDone()
     }
     QCOMPARE(counted(60), 1250);
     QCOMPARE(counted({}), 2500);
+    database.settle();
     const auto first = database.first();
     QVERIFY(database.change(first->id, record(QStringLiteral("resized"), 80), false));
     QCOMPARE(counted(80), 1);
