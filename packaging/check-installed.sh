@@ -6,7 +6,7 @@ set -euo pipefail
 
 scratch=$(mktemp -d)
 chmod 0755 -- "$scratch"
-trap 'rm -rf -- "$scratch"' EXIT
+trap 'chmod -R u+w -- "$scratch"; rm -rf -- "$scratch"' EXIT
 
 fail() {
     printf 'check-installed: %s\n' "$*" >&2
