@@ -1,6 +1,7 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(thumbnails/tst_cache.cpp rules)
 lumora_test(thumbnails/tst_frmDataBase.cpp windows)
+lumora_test(thumbnails/tst_frmMakeThumbNails.cpp windows)
 lumora_test(thumbnails/tst_generate.cpp windows)
 lumora_test(thumbnails/tst_thumbnail_making.cpp rules)
 foreach(name tst_cache tst_frmDataBase tst_generate)
