@@ -61,10 +61,18 @@ std::shared_ptr<const LoadedPicture> thumbnailSource(const LoadedPicture &pictur
 
 qint64 estimatedThumbnailMemory(const QString &path)
 {
+    constexpr qint64 usual = 16 * mebibyte;
     const auto stamp = fileStamp(path);
+    if (!stamp)
+        return 0;
+    // Most files by far: a decoder process would be asked for nothing.
+    const bool isJpeg = path.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive)
+        || path.endsWith(QLatin1String(".jpeg"), Qt::CaseInsensitive);
+    if (isJpeg && stamp->size <= usual)
+        return usual + stamp->size;
     const Result<ImageInfo> info = probeFile(path);
-    if (!stamp || !info)
-        return 16 * mebibyte;
+    if (!info)
+        return usual;
     const qint64 pixels = qint64(info->size.width()) * info->size.height();
     const int bits = info->bitsPerPixel;
     // A JPEG is decoded at an eighth; another picture stands in the decoder's memory and in this program's.

@@ -50,8 +50,6 @@ private Q_SLOTS:
     void theRunSurvivesWhateverComesInBetween_data();
     void theRunSurvivesWhateverComesInBetween();
     void aReadOnlyFolderDoesNoHarm();
-    void theWindowIsOneLargeButton();
-    void thePreviewWidensTheWindow();
 
 private:
     frmThumbNail &viewer() { return form<frmThumbNail>(); }
@@ -161,8 +159,6 @@ QStringList tst_generate::told(const std::function<void()> &work)
     return lines;
 }
 
-// --- one thumbnail
-
 void tst_generate::aPageTakesFromTheCacheOrMakes()
 {
     const QString file = picture(QStringLiteral("a.png"), red, {400, 100});
@@ -254,8 +250,6 @@ void tst_generate::anotherThumbnailInsideAYieldDoesNotMixIn()
     });
 }
 
-// --- a run
-
 void tst_generate::aRunFillsTheCacheAndTellsIt()
 {
     preferences().chkCacheThumbnails->setChecked(false); // a run stores all the same
@@ -333,8 +327,6 @@ void tst_generate::overwritingMakesAnew()
 
 void tst_generate::anEmptyListOpensAndCloses()
 {
-    bool seen = false;
-    setYieldHook([&](int) { seen = seen || isLoaded<frmMakeThumbNails>(); });
     viewer().mnuThumbnailsGenerateAll_Click();
     viewer().mnuThumbnailsGenerateAllSizes_Click();
     QVERIFY(!isLoaded<frmMakeThumbNails>());
@@ -499,63 +491,6 @@ void tst_generate::aReadOnlyFolderDoesNoHarm()
     viewer().mnuThumbnailsGenerateAll_Click();
     viewer().MakeOrLoadThumbnail(file, QStringLiteral("Picture"));
     QCOMPARE(shown(), red);
-}
-
-// --- the window
-
-void tst_generate::theWindowIsOneLargeButton()
-{
-    auto &window = form<frmMakeThumbNails>();
-    window.showOver(&viewer());
-    QVERIFY(window.windowTitle().isEmpty());
-    QCOMPARE(window.lblInformation->text(), QStringLiteral("&Click Window to cancel processing."));
-    QCOMPARE(window.lblMakingThumbnail->text(), QStringLiteral("Making Thumbnail:"));
-    QCOMPARE(window.lblThumbnailsPer->text(), QStringLiteral("Thumbnails"));
-    QCOMPARE(window.lblPerMin->text(), QStringLiteral("per / min"));
-    QCOMPARE(window.lblShowThumbnail->text(), QStringLiteral("&Show Thumbnail"));
-    QVERIFY(window.KeepGoing);
-    const auto stops = [&](QWidget *widget) {
-        window.KeepGoing = true;
-        QTest::mouseClick(widget, Qt::LeftButton);
-        return !window.KeepGoing;
-    };
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             &window, window.lblFileCount, window.lblFileName, window.lblInformation, window.lblMakingThumbnail})
-        QVERIFY2(stops(widget), qPrintable(widget->objectName()));
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             window.lblSpeed, window.lblShowThumbnail, window.chkShowThumbnail, window.pgbThumbnails})
-        QVERIFY2(!stops(widget), qPrintable(widget->objectName()));
-    window.KeepGoing = true;
-    window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    QVERIFY(window.focusWidget() != window.txtClose && window.KeepGoing);
-    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
-    QCOMPARE(window.focusWidget(), window.txtClose);
-    QVERIFY(!window.KeepGoing);
-    window.KeepGoing = true;
-    QTest::keyClick(&window, Qt::Key_Escape);
-    QVERIFY(!window.KeepGoing && window.isVisible());
-    window.KeepGoing = true;
-    QVERIFY(!unload<frmMakeThumbNails>());
-    QVERIFY(!window.KeepGoing);
-    window.hide();
-}
-
-void tst_generate::thePreviewWidensTheWindow()
-{
-    auto &window = form<frmMakeThumbNails>();
-    window.showOver(&viewer());
-    QVERIFY(!window.chkShowThumbnail->isChecked() && !window.imgThumbnail->isVisible());
-    QCOMPARE(window.width(), 560);
-    QTest::mouseClick(window.lblShowThumbnail, Qt::LeftButton);
-    QVERIFY(window.chkShowThumbnail->isChecked());
-    QCOMPARE(window.width(), 664);
-    window.showPreview(rampImage({500, 375}));
-    QVERIFY(!window.imgThumbnail->pixmap(Qt::ReturnByValue).isNull());
-    QTest::mouseClick(window.lblShowThumbnail, Qt::LeftButton);
-    QCOMPARE(window.width(), 560);
-    QVERIFY(window.imgThumbnail->pixmap(Qt::ReturnByValue).isNull());
-    window.hide();
 }
 
 QTEST_MAIN(tst_generate)
