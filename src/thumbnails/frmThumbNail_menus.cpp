@@ -2,7 +2,7 @@
 
 #include "app/settings.h"
 #include "thumbnails/thumbnailsize.h"
-#include "ui/icons.h"
+#include "ui/menurows.h"
 
 #include <QMenu>
 #include <QMenuBar>
@@ -119,32 +119,7 @@ std::span<const ThumbnailMenuRow> thumbnailMenuRows()
 
 void frmThumbNail::makeMenus()
 {
-    QHash<QString, QMenu *> menus;
-    for (const ThumbnailMenuRow &row : rows) {
-        QString caption = tr(row.caption);
-        QMenu *owner = menus.value(QString::fromLatin1(row.menu));
-        if (caption.startsWith(QLatin1Char('-'))) {
-            caption.remove(0, 1);
-            owner->addSeparator();
-        }
-        QAction *action = nullptr;
-        if (row.flags & ThumbnailMenuRow::Submenu) {
-            QMenu *menu = owner ? owner->addMenu(caption) : menuBar()->addMenu(caption);
-            menus.insert(QString::fromLatin1(row.name), menu);
-            action = menu->menuAction();
-        } else {
-            action = owner->addAction(caption);
-            action->setShortcut(QKeySequence(QString::fromLatin1(row.shortcut)));
-            action->setCheckable(row.flags & ThumbnailMenuRow::Check);
-            action->setVisible(row.click);
-            if (row.click)
-                connect(action, &QAction::triggered, this, row.click);
-        }
-        if (*row.icon && action->isVisible())
-            action->setIcon(themedIcon(QString::fromLatin1(row.icon)));
-        action->setObjectName(QString::fromLatin1(row.name));
-        this->*row.item = action;
-    }
+    makeMenuRows(*this, std::span<const ThumbnailMenuRow>(rows));
     mnuViewerMainViewer->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
     mnuMainToolbar->setChecked(true);
     mnuViewToolbarsShowCaptions->setChecked(true);
@@ -193,15 +168,8 @@ void frmThumbNail::makePopup()
 
 void frmThumbNail::makeToolbar()
 {
-    tblThumbnails->setMovable(false);
+    addFixedToolBar(*this, *tblThumbnails);
     tblThumbnails->setContextMenuPolicy(Qt::PreventContextMenu);
-    tblThumbnails->setWindowTitle(tr("Main Toolbar"));
-    tblThumbnails->setIconSize(QSize(24, 24));
-    addToolBar(tblThumbnails);
-    if (auto *more = tblThumbnails->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button"))) {
-        more->setAccessibleName(tr("More commands"));
-        more->setToolTip(more->accessibleName());
-    }
     for (const ButtonRow &row : buttonRows) {
         if (row.group)
             tblThumbnails->addSeparator();

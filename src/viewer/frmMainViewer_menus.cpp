@@ -5,6 +5,7 @@
 #include "app/startup.h"
 #include "platform/wallpaper.h"
 #include "ui/icons.h"
+#include "ui/menurows.h"
 #include "ui/toolbarcaptions.h"
 #include "viewer/fit.h"
 
@@ -161,32 +162,7 @@ std::span<const ToolbarRow> mainToolbarRows()
 
 void frmMainViewer::makeMenus()
 {
-    QHash<QString, QMenu *> menus;
-    for (const MenuRow &row : rows) {
-        QString caption = tr(row.caption);
-        QMenu *owner = menus.value(QString::fromLatin1(row.menu));
-        if (caption.startsWith(QLatin1Char('-'))) {
-            caption.remove(0, 1);
-            owner->addSeparator();
-        }
-        QAction *action = nullptr;
-        if (row.flags & MenuRow::Submenu) {
-            QMenu *menu = owner ? owner->addMenu(caption) : menuBar()->addMenu(caption);
-            menus.insert(QString::fromLatin1(row.name), menu);
-            action = menu->menuAction();
-        } else {
-            action = owner->addAction(caption);
-            action->setShortcut(QKeySequence(QString::fromLatin1(row.shortcut)));
-            action->setCheckable(row.flags & MenuRow::Check);
-            action->setVisible(row.click || (row.flags & MenuRow::Shown));
-            if (row.click)
-                connect(action, &QAction::triggered, this, row.click);
-        }
-        if (*row.icon && action->isVisible())
-            action->setIcon(themedIcon(QString::fromLatin1(row.icon)));
-        action->setObjectName(QString::fromLatin1(row.name));
-        this->*row.item = action;
-    }
+    const QHash<QString, QMenu *> menus = makeMenuRows(*this, std::span<const MenuRow>(rows));
     for (int i = zoomItemFirst; i <= zoomItemLast; ++i) {
         QAction *action = mnuEditZoom->menu()->addAction(QString::fromLatin1(zoomCaptions[i - 1]));
         action->setObjectName(QStringLiteral("mnuEditZoomLevel(%1)").arg(i));
@@ -200,13 +176,12 @@ void frmMainViewer::makeMenus()
     mnuViewToolbarsMainToolbar->setChecked(true);
     mnuViewToolbarsShowCaptions->setChecked(true);
     // These need no item: their keys work while the menu they stand in is off.
-    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuPictureWallPaperRestore});
+    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuPictureWallPaperRestore, mnuEditUndoTrash});
     connect(&desktopWallpaper(), &DesktopWallpaper::done, mnuPictureWallPaperRestore,
         [this] { mnuPictureWallPaperRestore->setEnabled(desktopWallpaper().canRestore()); });
-    addActions({mnuPictureViewer, mnuBrowseFolderView, mnuEditUndoTrash});
     mnuEditUndoTrash->setEnabled(false);
     // Menus hold no command that this build has not been given.
-    for (QMenu *menu : std::as_const(menus)) {
+    for (QMenu *menu : menus) {
         bool anything = false;
         for (const QAction *action : menu->actions())
             anything = anything || (action->isVisible() && !action->isSeparator());
@@ -216,15 +191,7 @@ void frmMainViewer::makeMenus()
 
 void frmMainViewer::makeToolbar()
 {
-    Toolbar1->setMovable(false);
-    Toolbar1->setWindowTitle(tr("Main Toolbar"));
-    Toolbar1->setIconSize(QSize(24, 24));
-    addToolBar(Toolbar1);
-    // Qt's own button for what has no room tells nothing of itself.
-    if (auto *more = Toolbar1->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button"))) {
-        more->setAccessibleName(tr("More commands"));
-        more->setToolTip(more->accessibleName());
-    }
+    addFixedToolBar(*this, *Toolbar1);
     for (const ToolbarRow &row : toolbarRows) {
         if (row.group)
             Toolbar1->addSeparator();
