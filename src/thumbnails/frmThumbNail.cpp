@@ -100,6 +100,8 @@ void frmThumbNail::Form_Activate()
             if (VScroll1->isEnabled())
                 TopIndex = VScroll1->value();
             mnuViewerRefresh_Click();
+        } else if (width() != LastWidth || height() != LastHeight) {
+            Form_Resize(); // it came while the first page was made
         }
     } else if (FormLoaded && pageFiles() != m_pageFiles) {
         // The list is another one than the page shows.

@@ -58,9 +58,15 @@ void frmThumbNail::clearCache(bool (frmDataBase::*clear)())
     if (dialogs().show(this, clearCacheQuestion()) != MessageBox::Answer::Yes || !goesOn())
         return;
     bool cleared = false;
+    const int size = ThumbnailSize;
     {
         const CacheWork work(*this);
         cleared = (form<frmDataBase>().*clear)();
+    }
+    if (goesOn() && ThumbnailSize != size) {
+        // A size that was chosen meanwhile found the cache at work.
+        form<frmDataBase>().CloseDatabase();
+        form<frmDataBase>().Form_Load();
     }
     if (goesOn())
         dialogs().show(this, cleared ? cacheClearedBox() : clearingFailedBox());
@@ -78,6 +84,8 @@ void frmThumbNail::mnuThumbnailsClearCache_Click()
 
 void frmThumbNail::mnuThumbnailStats_Click()
 {
+    if (m_cacheAtWork)
+        return;
     auto &stats = form<frmDatabaseStats>();
     stats.show();
     stats.raise();

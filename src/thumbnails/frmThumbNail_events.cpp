@@ -246,13 +246,10 @@ void frmThumbNail::Timer4_Timer()
     if (width() == LastWidth && height() == LastHeight)
         return;
     Timer4.stop();
-    const QPointer<frmThumbNail> here(this);
-    if (!LeavingViewer && !globals.ProgramExiting) {
-        ClearThumbnailGrid(PageCapacity * 2, false);
-        SetItUp();
-        if (!here)
-            return;
-    }
     LastWidth = width();
     LastHeight = height();
+    if (LeavingViewer || globals.ProgramExiting)
+        return;
+    ClearThumbnailGrid(PageCapacity * 2, false);
+    SetItUp();
 }

@@ -54,6 +54,7 @@ public:
     explicit PageBusyWhile(frmThumbNail &window)
         : m_window(&window)
         , m_wasBusy(std::exchange(window.PageBusy, true))
+        , m_couldClose(window.mnuViewerCloseViewer->isEnabled())
     {
         window.mnuViewerCloseViewer->setEnabled(false);
         window.toolbarButton(QStringLiteral("Close"))->setEnabled(false);
@@ -63,8 +64,8 @@ public:
         if (!m_window || m_wasBusy)
             return;
         m_window->PageBusy = false;
-        m_window->mnuViewerCloseViewer->setEnabled(true);
-        m_window->toolbarButton(QStringLiteral("Close"))->setEnabled(true);
+        m_window->mnuViewerCloseViewer->setEnabled(m_couldClose);
+        m_window->toolbarButton(QStringLiteral("Close"))->setEnabled(m_couldClose);
     }
     PageBusyWhile(const PageBusyWhile &) = delete;
     PageBusyWhile &operator=(const PageBusyWhile &) = delete;
@@ -72,6 +73,7 @@ public:
 private:
     QPointer<frmThumbNail> m_window;
     bool m_wasBusy;
+    bool m_couldClose; ///< a run over the whole list keeps the viewer
 };
 
 }
@@ -159,6 +161,9 @@ void frmThumbNail::SetItUp()
     const int ticket = ++m_pageTicket;
     computeGrid();
     setUpScrollBar(measures());
+    // The size that is laid out: one that comes inside the yields below differs from it.
+    LastWidth = width();
+    LastHeight = height();
     holdFrame();
     Yield();
     if (!here || isOver(ticket))
@@ -168,8 +173,6 @@ void frmThumbNail::SetItUp()
     if (!here || isUnloaded() || globals.ProgramExiting)
         return;
     ShowThumbNailInfo(TopIndex + 1);
-    LastWidth = width();
-    LastHeight = height();
     Yield();
 }
 

@@ -96,14 +96,16 @@ void GenerationRun::carryOut()
         return;
     }
     const int before = m_viewer->ThumbnailSize;
+    const int storedBefore = currentThumbnailSize();
     constexpr int passes = (largestThumbnailSize - smallestThumbnailSize) / thumbnailSizeStep + 1;
     for (int pass = 0; pass < passes; ++pass) {
         m_viewer->ThumbnailSize = sizeOf(pass);
         if (!passList(pass))
             break;
     }
+    // A size that was chosen in the run is the one of the open records by now.
     if (m_viewer)
-        m_viewer->ThumbnailSize = before;
+        m_viewer->ThumbnailSize = currentThumbnailSize() == storedBefore ? before : currentThumbnailSize();
 }
 
 /// False when the run has to end here.
@@ -287,7 +289,8 @@ public:
     {
         for (const auto &window : m_windows)
             window->setCursor(Qt::WaitCursor);
-        for (QAction *command : {viewer.mnuViewerCloseViewer, viewer.mnuThumbnailS}) {
+        for (QAction *command :
+            {viewer.mnuViewerCloseViewer, viewer.toolbarButton(QStringLiteral("Close")), viewer.mnuThumbnailS}) {
             if (command->isEnabled())
                 m_commands.append(command);
             command->setEnabled(false);

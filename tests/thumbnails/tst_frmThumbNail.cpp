@@ -25,6 +25,7 @@ private Q_SLOTS:
     void arrowsAndTabMoveTheSelection();
     void aSelectionOffThePageIsKeptAndNotTold();
     void aResizeLaysOutOnce();
+    void aResizeInsideALayoutIsNotLost();
     void anEmptyListShowsNothing();
     void disturbedPagesEndWhole_data();
     void disturbedPagesEndWhole();
@@ -275,6 +276,24 @@ void tst_frmThumbNail::aResizeLaysOutOnce()
     viewer().resize(viewer().width() - 100, viewer().height());
     viewer().Timer4_Timer();
     QCOMPARE(pages, 1);
+}
+
+void tst_frmThumbNail::aResizeInsideALayoutIsNotLost()
+{
+    open();
+    const auto widen = [this] { viewer().resize(viewer().width() + 100, viewer().height()); };
+    widen();
+    bool again = true;
+    setYieldHook([&](int) {
+        if (std::exchange(again, false))
+            widen();
+    });
+    viewer().Timer4_Timer();
+    setYieldHook({});
+    QVERIFY(!again && viewer().Timer4.isActive());
+    viewer().Timer4_Timer();
+    QCOMPARE(viewer().GridColumns, 9);
+    QVERIFY(!viewer().Timer4.isActive());
 }
 
 void tst_frmThumbNail::anEmptyListShowsNothing()
