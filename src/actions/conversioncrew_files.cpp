@@ -89,6 +89,7 @@ void ConversionCrew::placeFirst(std::unique_lock<std::mutex> &lock)
     }
     lock.unlock();
     std::vector<Result<void>> results;
+    results.reserve(first.size());
     for (const Write *write : first)
         results.push_back(write->file ? write->file->putInPlace() : Failure{write->end->outcome.reason});
     // From the last one back: a folder that is synced behind its last file needs it no more for those before.
