@@ -28,7 +28,7 @@ void tst_fileactions::casingOfNames_data()
 {
     QTest::addColumn<QString>("casing");
     const auto row = [](const char *path, const char *casing) { QTest::newRow(path) << QString::fromUtf8(casing); };
-    row("/home/ME/My PICTURE.old.JPG", "/home/me/my Picture.Old.Jpg");
+    row("/disk/ME/My PICTURE.old.JPG", "/disk/me/my Picture.Old.Jpg");
     row("name of a file.png", "Name Of A File.Png");
     row("\xC3\x84RGER. \xC3\xA4 .\xC3\xBC", "\xC3\x84rger. \xC3\x84 .\xC3\x9C");
     row("", "");
