@@ -154,26 +154,25 @@ std::optional<int> ImagesDatabase::countInFile()
     return records;
 }
 
-std::optional<ImageRecord> ImagesDatabase::first()
+std::optional<ImageRecord> ImagesDatabase::atEnd(const char *ofSize, const char *ofAll)
 {
     m_writer.finish(forTheWriter);
-    SqliteStatement *statement = m_connection.statement(m_size
-            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1"
-            : "SELECT " IMAGE_FIELDS "ORDER BY rowid LIMIT 1");
+    SqliteStatement *statement = m_connection.statement(m_size ? ofSize : ofAll);
     if (statement && m_size)
         statement->bind(1, *m_size);
     return oneRecord(statement);
 }
 
+std::optional<ImageRecord> ImagesDatabase::first()
+{
+    return atEnd("SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName, rowid LIMIT 1",
+        "SELECT " IMAGE_FIELDS "ORDER BY rowid LIMIT 1");
+}
+
 std::optional<ImageRecord> ImagesDatabase::last()
 {
-    m_writer.finish(forTheWriter);
-    SqliteStatement *statement = m_connection.statement(m_size
-            ? "SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1"
-            : "SELECT " IMAGE_FIELDS "ORDER BY rowid DESC LIMIT 1");
-    if (statement && m_size)
-        statement->bind(1, *m_size);
-    return oneRecord(statement);
+    return atEnd("SELECT " IMAGE_FIELDS "WHERE ThumbnailSize=?1 ORDER BY ImageName DESC, rowid DESC LIMIT 1",
+        "SELECT " IMAGE_FIELDS "ORDER BY rowid DESC LIMIT 1");
 }
 
 std::optional<ImageRecord> ImagesDatabase::beside(const ImageRecord &from, const char *ofSize, const char *ofAll)

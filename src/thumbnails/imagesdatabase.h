@@ -64,6 +64,7 @@ private:
     std::optional<int> countInFile();
     bool isInFile(const QString &name, int size);
     std::optional<ImageRecord> oneRecord(SqliteStatement *statement);
+    std::optional<ImageRecord> atEnd(const char *ofSize, const char *ofAll);
     std::optional<ImageRecord> beside(const ImageRecord &from, const char *ofSize, const char *ofAll);
     bool succeeded(bool done);
     void noteFailure();
