@@ -1,5 +1,3 @@
-#include "builtpaths.h"
-
 #include "thumbnails/frmDataBase.h"
 
 #include "app/globals.h"

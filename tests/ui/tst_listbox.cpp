@@ -65,7 +65,6 @@ private Q_SLOTS:
     void dropsTellFilesApartFromTheOwnFormat();
     void uriListsKeepForeignBytes();
     void rowsAreReadableForScreenReaders();
-    void aFullListStaysFluid();
 };
 
 void TestListBox::programChangesRaiseOneClickEach()
@@ -491,62 +490,6 @@ void TestListBox::rowsAreReadableForScreenReaders()
     QCOMPARE(box->child(1)->text(QAccessible::Name), QStringLiteral("/b.jpg"));
     QVERIFY(box->child(1)->state().selected);
     QVERIFY(!box->child(0)->state().selected);
-}
-
-void TestListBox::aFullListStaysFluid()
-{
-    ListBox list;
-    show(list);
-    const QStringList all = texts(32767);
-    QVector<std::pair<QString, qint64>> times;
-    const auto timed = [&](const char *what, auto &&work) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        list.grab();
-        QCoreApplication::processEvents();
-        times.append({QString::fromLatin1(what), timer.nsecsElapsed() / 100000});
-    };
-    QList<int> odd;
-    for (int i = 1; i < 32767; i += 2)
-        odd.append(i);
-    timed("fill", [&] { list.addItems(all); });
-    timed("widest entry", [&] { list.setHorizontalExtent(list.widestEntry()); });
-    timed("select all", [&] { list.selectAll(); });
-    timed("clear selections", [&] { list.clearSelections(); });
-    timed("select every second", [&] {
-        for (const int index : odd)
-            list.setSelected(index, true);
-    });
-    timed("scroll through", [&] {
-        for (int value = 0; value <= list.verticalScrollBar()->maximum(); value += 1000) {
-            list.verticalScrollBar()->setValue(value);
-            list.viewport()->repaint();
-        }
-    });
-    timed("click with Ctrl among them", [&] { click(list, list.indexAt({5, 50}).row() & ~1, Qt::ControlModifier); });
-    timed("remove every second", [&] { list.removeItems(odd); });
-    timed("clear", [&] { list.clear(); });
-    timed("fill one by one", [&] {
-        for (const QString &text : all)
-            list.addItem(text);
-    });
-    timed("clear again", [&] { list.clear(); });
-    timed("fill in portions with paints", [&] {
-        list.holdLayout(true);
-        for (int at = 0; at < all.size(); at += 100) {
-            list.addItems(all.mid(at, 100));
-            QCoreApplication::processEvents();
-        }
-        list.holdLayout(false);
-    });
-    QCOMPARE(list.verticalScrollBar()->maximum() + list.verticalScrollBar()->pageStep(), 32767);
-    timed("type ahead without a hit", [&] { list.keyboardSearch(QStringLiteral("zzz")); });
-    for (const auto &[what, time] : times) {
-        qInfo("%-28s %6.1f ms", qPrintable(what), double(time) / 10);
-        // Ten times what a machine of today needs; a slide back to quadratic work takes seconds.
-        QVERIFY2(time < 10000, qPrintable(what));
-    }
 }
 
 QTEST_MAIN(TestListBox)

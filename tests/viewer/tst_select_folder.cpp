@@ -1,32 +1,17 @@
-#include "app/globals.h"
-#include "app/settings.h"
-#include "platform/filepath.h"
-#include "platform/files.h"
-#include "platform/folders.h"
-#include "shell/frmPreferences.h"
-#include "support/support.h"
-#include "support/windows.h"
-#include "viewer/foldersearch.h"
-#include "viewer/frmFileListForm.h"
-#include "viewer/frmMainViewer.h"
-#include "viewer/frmSelectPictureDirectoryForm.h"
-#include "viewer/frmlocatefiles.h"
-#include "viewer/searchfolder.h"
-
-#include <QtTest>
+#include "viewer/foldertest.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// The folder dialog and the search into the selection list: real windows, scripted boxes.
-class tst_select_folder : public QObject
+/// The folder dialog: where it opens, what it shows, keys and previews.
+class tst_select_folder : public FolderTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() { start(); }
+    void init() { fresh(); }
+    void cleanup() { finish(); }
     void theStartFolderFollowsThePreference_data();
     void theStartFolderFollowsThePreference();
     void aFolderShowsItsFilesInTheOrderOfCollection();
@@ -41,88 +26,7 @@ private Q_SLOTS:
     void aFolderThatVanishesUnderTheDialogDoesNoHarm();
     void aFolderThatOpensLaterCanBeEntered();
     void namesOfEveryKindAreFoundAndPreviewed();
-    void cancelInEachFormGivesNoFolderAndAnEmptyList_data();
-    void cancelInEachFormGivesNoFolderAndAnEmptyList();
-    void okSearchesTheFolderAlone();
-    void okWithSubFoldersSearchesTheTreeInItsOrder();
-    void theHighlightedFolderIsTheOneSearched();
-    void withoutFileTypesOnlyTheTreeSearchSaysSo();
-    void aFolderIsSearchedWithoutTheDialog();
-    void cancelAtEachYieldKeepsAStartOfTheList();
-    void aFullListEndsTheSearchWithItsBox();
-
-private:
-    using Dialog = frmSelectPictureDirectoryForm;
-    frmMainViewer &viewer() { return form<frmMainViewer>(); }
-    QString base() const { return m_home->path() + QStringLiteral("media/"); }
-    QString write(const char *name) const
-    {
-        return m_home->write(QStringLiteral("media/") + QString::fromUtf8(name), "x");
-    }
-    QString foundBelow() { return viewer().lstSelect->items().join(QLatin1Char(' ')).remove(base()); }
-    /// The dialog on its own, open at a folder.
-    Dialog &openAt(const QString &folder)
-    {
-        saveOption("LastVisitedFolder", folder);
-        Dialog &dialog = form<Dialog>();
-        dialog.show();
-        if (!QTest::qWaitFor([&] { return !dialog.Dir1->path().isEmpty() && !dialog.Dir1->path().isNull(); }))
-            qFatal("the dialog has not opened a folder");
-        return dialog;
-    }
-    void release()
-    {
-        if (isLoaded<Dialog>())
-            form<Dialog>().hide();
-        QVERIFY(unload<Dialog>());
-    }
-    /// Runs the whole command; `act` gets the dialog once it stands open at its start folder.
-    void selectFolder(const QString &start, const std::function<void(Dialog &)> &act)
-    {
-        saveOption("LastVisitedFolder", start);
-        QTimer waiting;
-        connect(&waiting, &QTimer::timeout, this, [&] {
-            if (!isLoaded<Dialog>() || !form<Dialog>().isVisible() || form<Dialog>().Dir1->path().isEmpty())
-                return;
-            waiting.stop();
-            act(form<Dialog>());
-        });
-        waiting.start(1);
-        viewer().SelectMediaFolder();
-        QVERIFY(!waiting.isActive());
-        QVERIFY(!isLoaded<frmlocatefiles>());
-        QVERIFY(!globals.SearchActive);
-    }
-    std::unique_ptr<TemporaryHome> m_home;
 };
-
-void tst_select_folder::initTestCase()
-{
-    m_home = std::make_unique<TemporaryHome>();
-    saveOption("Show Intro Select at Startup", QStringLiteral("0"));
-    saveOption("Show Tips at Startup", QStringLiteral("0"));
-    globals.MediaPlayerVersion = 0;
-    viewer().show();
-    QVERIFY(QTest::qWaitForWindowExposed(&viewer()));
-    QTRY_VERIFY(globals.MainViewerActivated);
-}
-
-void tst_select_folder::init()
-{
-    ScriptedDialogs::install();
-    QDir(base()).removeRecursively();
-    QVERIFY(QDir().mkpath(base()));
-    saveOption("DefaultOpenFolder", QStringLiteral("1"));
-    form<frmPreferences>().cmdSelectAllTypes->click();
-    form<frmPreferences>().cmdSelectAllAudioTypes->click();
-    viewer().cmdClearSelectionList_Click();
-}
-
-void tst_select_folder::cleanup()
-{
-    release();
-    setDialogs(nullptr);
-}
 
 void tst_select_folder::theStartFolderFollowsThePreference_data()
 {
@@ -372,150 +276,6 @@ void tst_select_folder::namesOfEveryKindAreFoundAndPreviewed()
     for (const QByteArray &name : names)
         QCOMPARE(::unlink(pathToBytes(folder + pathFromBytes(name)).constData()), 0);
     QCOMPARE(::rmdir(pathToBytes(folder).constData()), 0);
-}
-
-void tst_select_folder::cancelInEachFormGivesNoFolderAndAnEmptyList_data()
-{
-    QTest::addColumn<int>("form");
-    QTest::newRow("the button") << 0;
-    QTest::newRow("Escape") << 1;
-    QTest::newRow("closing the window") << 2;
-}
-
-void tst_select_folder::cancelInEachFormGivesNoFolderAndAnEmptyList()
-{
-    QFETCH(int, form);
-    write("a.jpg");
-    viewer().lstSelect->addItem(QStringLiteral("/old.jpg"));
-    saveOption("LastVisitedFolder", base());
-    selectFolder(base(), [&](Dialog &dialog) {
-        if (form == 0)
-            dialog.cmdCancel->click();
-        else if (form == 1)
-            QTest::keyClick(&dialog, Qt::Key_Escape);
-        else
-            dialog.close();
-    });
-    QCOMPARE(globals.ChosenFolder, QString());
-    QVERIFY(viewer().lstSelect->isEmpty());
-    QCOMPARE(viewer().StatusBar1->panelText(1), QStringLiteral("Current Image:"));
-}
-
-void tst_select_folder::okSearchesTheFolderAlone()
-{
-    for (const char *name : {"b.jpg", "a.jpg", "song.mid", "sub/c.jpg", "note.txt"})
-        write(name);
-    globals.StandardListLocked = true;
-    viewer().tabFileList->setCurrentIndex(1);
-    selectFolder(base().chopped(1), [](Dialog &dialog) { dialog.cmdOK->click(); });
-    QCOMPARE(foundBelow(), QStringLiteral("a.jpg b.jpg song.mid"));
-    QCOMPARE(globals.ChosenFolder, base());
-    QCOMPARE(option("LastVisitedFolder", ""), base());
-    QCOMPARE(viewer().tabFileList->currentIndex(), 0);
-    QVERIFY(viewer().lstSelect->isSelected(0));
-    QVERIFY(!globals.StandardListLocked);
-}
-
-void tst_select_folder::okWithSubFoldersSearchesTheTreeInItsOrder()
-{
-    for (const char *name : {"own.jpg", "a/1.jpg", "a/deep/2.jpg", "b/3.jpg"})
-        write(name);
-    const QString foreign = base() + pathFromBytes("b/\xE9.jpg");
-    QVERIFY(QFile::copy(base() + QStringLiteral("own.jpg"), base() + QStringLiteral("b/4.jpg")));
-    QCOMPARE(
-        ::rename(pathToBytes(base() + QStringLiteral("b/4.jpg")).constData(), pathToBytes(foreign).constData()), 0);
-    selectFolder(base(), [](Dialog &dialog) {
-        dialog.chkSearchSubs->setChecked(true);
-        dialog.cmdOK->click();
-    });
-    QCOMPARE(foundBelow(),
-        QStringLiteral("b/3.jpg ") + pathFromBytes("b/\xE9.jpg") + QStringLiteral(" a/deep/2.jpg a/1.jpg own.jpg"));
-    QCOMPARE(globals.FoldersSearched, 4);
-    QCOMPARE(::unlink(pathToBytes(foreign).constData()), 0);
-}
-
-void tst_select_folder::theHighlightedFolderIsTheOneSearched()
-{
-    write("a/1.jpg");
-    write("own.jpg");
-    selectFolder(base(), [](Dialog &dialog) {
-        QTest::keyClick(dialog.Dir1, Qt::Key_Down);
-        dialog.cmdOK->click();
-    });
-    QCOMPARE(foundBelow(), QStringLiteral("a/1.jpg"));
-    QCOMPARE(globals.ChosenFolder, base() + QStringLiteral("a/"));
-}
-
-void tst_select_folder::withoutFileTypesOnlyTheTreeSearchSaysSo()
-{
-    write("a.jpg");
-    ScriptedDialogs &boxes = ScriptedDialogs::install();
-    form<frmPreferences>().cmdClearAllTypes->click();
-    form<frmPreferences>().cmdClearAllAudioTypesCommand3->click();
-    selectFolder(base(), [](Dialog &dialog) { dialog.cmdOK->click(); });
-    QVERIFY(viewer().lstSelect->isEmpty());
-    QVERIFY(boxes.boxes.isEmpty());
-    boxes.answer(MessageBox::Answer::Ok);
-    selectFolder(base(), [](Dialog &dialog) {
-        dialog.chkSearchSubs->setChecked(true);
-        dialog.cmdOK->click();
-    });
-    QVERIFY(viewer().lstSelect->isEmpty());
-    QCOMPARE(boxes.boxes, QVector<MessageBox>{noFileTypesBox()});
-    QCOMPARE(globals.FoldersSearched, 0);
-}
-
-void tst_select_folder::aFolderIsSearchedWithoutTheDialog()
-{
-    for (const char *name : {"own.jpg", "a/1.jpg"})
-        write(name);
-    searchFoldersInto({base()}, false);
-    QCOMPARE(foundBelow(), QStringLiteral("own.jpg"));
-    searchFoldersInto({base().chopped(1)}, true);
-    QCOMPARE(foundBelow(), QStringLiteral("a/1.jpg own.jpg"));
-    QVERIFY(viewer().lstSelect->isSelected(0));
-    searchFoldersInto({base() + QStringLiteral("gone")}, true);
-    QVERIFY(viewer().lstSelect->isEmpty());
-    QVERIFY(!isLoaded<Dialog>());
-}
-
-void tst_select_folder::cancelAtEachYieldKeepsAStartOfTheList()
-{
-    for (int folder = 0; folder < 30; ++folder)
-        write(qPrintable(QStringLiteral("f%1/p.jpg").arg(folder)));
-    QStringList whole;
-    forEachYield([] {}, [&] { searchFoldersInto({base()}, true); },
-        [] {
-            if (isLoaded<frmlocatefiles>())
-                form<frmlocatefiles>().cmdCancel->click();
-        },
-        [&](int yield) {
-            const QStringList found = viewer().lstSelect->items();
-            if (yield == 0)
-                whole = found;
-            QCOMPARE(found, whole.mid(0, found.size()));
-            QVERIFY(!isLoaded<frmlocatefiles>());
-            QVERIFY(!globals.SearchActive);
-        });
-    QCOMPARE(whole.size(), 30);
-}
-
-void tst_select_folder::aFullListEndsTheSearchWithItsBox()
-{
-    for (int folder = 0; folder < 4; ++folder) {
-        QVERIFY(QDir().mkpath(base() + QStringLiteral("f%1").arg(folder)));
-        for (int file = 0; file < 8300; ++file) {
-            QFile made(base() + QStringLiteral("f%1/p%2.jpg").arg(folder).arg(file));
-            QVERIFY(made.open(QIODevice::WriteOnly));
-        }
-    }
-    ScriptedDialogs &boxes = ScriptedDialogs::install();
-    boxes.answer(MessageBox::Answer::Ok);
-    searchFoldersInto({base()}, true);
-    QCOMPARE(boxes.boxes, QVector<MessageBox>{listFullBox()});
-    QCOMPARE(viewer().lstSelect->count(), ListBox::maximumCount);
-    QCOMPARE(viewer().lstSelect->itemText(0), base() + QStringLiteral("f3/p0.jpg"));
-    viewer().cmdClearSelectionList_Click();
 }
 
 QTEST_MAIN(tst_select_folder)
