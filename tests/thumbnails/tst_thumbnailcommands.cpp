@@ -1,7 +1,11 @@
 #include "app/checkjpg.h"
 #include "engine/rounding.h"
 #include "thumbnails/frmDataBase.h"
+#include "thumbnails/frmDatabaseStats.h"
+#include "thumbnails/frmMakeThumbNails.h"
+#include "thumbnails/thumbnailsize.h"
 #include "thumbnails/viewertest.h"
+#include "ui/guards.h"
 #include "viewer/frmMessage.h"
 
 #include <QClipboard>
@@ -24,6 +28,8 @@ private Q_SLOTS:
     void clearingAsksAndTells();
     void compactionIsTold();
     void aRunLeavesTheMenuOn();
+    void aRunKeepsViewerAndCache_data();
+    void aRunKeepsViewerAndCache();
     void statisticsAreWaitedFor();
     void withoutACacheItsMenuIsOff();
     void noKeyBelongsToTwoCommands();
@@ -200,6 +206,46 @@ void tst_thumbnailcommands::aRunLeavesTheMenuOn()
     setYieldHook({});
     QVERIFY(viewer().mnuThumbnailS->isEnabled());
     QCOMPARE(cell(3)->picture().size(), QSize(100, 100));
+}
+
+void tst_thumbnailcommands::aRunKeepsViewerAndCache_data()
+{
+    QTest::addColumn<QString>("inside");
+    for (const char *inside : {"statistics", "a page", "another size"})
+        QTest::newRow(inside) << QString::fromLatin1(inside);
+}
+
+void tst_thumbnailcommands::aRunKeepsViewerAndCache()
+{
+    QFETCH(QString, inside);
+    fillList(2);
+    open();
+    QAction *closing = viewer().toolbarButton(QStringLiteral("Close"));
+    int opened = 0;
+    int closable = 0;
+    bool disturbing = false;
+    setYieldHook([&](int yield) {
+        if (disturbing)
+            return;
+        const ScopedFlag once(disturbing);
+        if (inside == QLatin1String("statistics")) {
+            QTimer::singleShot(0, this, [&] { opened += isLoaded<frmDatabaseStats>() && unload<frmDatabaseStats>(); });
+            viewer().mnuThumbnailStats_Click();
+        } else if (inside == QLatin1String("a page"))
+            viewer().SetItUp();
+        else if (yield == 1)
+            viewer().mnuViewerThumbNailSize_Click(140);
+        closable +=
+            isLoaded<frmMakeThumbNails>() && (closing->isEnabled() || viewer().mnuViewerCloseViewer->isEnabled());
+    });
+    viewer().mnuThumbnailsGenerateAllSizes->trigger();
+    setYieldHook({});
+    QCOMPARE(opened, 0);
+    QCOMPARE(closable, 0);
+    QVERIFY(closing->isEnabled() && viewer().mnuViewerCloseViewer->isEnabled());
+    QCOMPARE(viewer().ThumbnailSize, inside == QLatin1String("another size") ? 140 : 100);
+    QCOMPARE(currentThumbnailSize(), viewer().ThumbnailSize);
+    viewer().mnuViewerThumbNailSize_Click(100);
 }
 
 void tst_thumbnailcommands::statisticsAreWaitedFor()
