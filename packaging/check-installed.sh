@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # check-installed.sh BUILD-FOLDER       installs the build into a folder of its own, and tries the program there
+# check-installed.sh --package BUILD-FOLDER  makes the Debian package of the build and installs that; as root by dpkg into
+#                                       a root with nothing in it, and at the end removes it again
 # check-installed.sh --tree FOLDER      tries the program of FOLDER, which holds usr/bin/lumora and so on
 # The program runs without the user's environment, as somebody who may not write to it. Exit status 0 when all went well.
 set -euo pipefail
@@ -13,8 +15,23 @@ fail() {
     exit 1
 }
 
+in_clean_root() { dpkg --root="$tree" --log=/dev/null --force-depends --force-script-chrootless "$@" > "$scratch/log" 2>&1; }
+
+made=""
 if [ "${1:-}" = "--tree" ]; then
     tree=$2
+elif [ "${1:-}" = "--package" ]; then
+    tree=$scratch/tree
+    made=$scratch/package
+    cpack --config "$2/CPackConfig.cmake" -G DEB -B "$made" > "$scratch/log" 2>&1 \
+        || fail "making the package failed: $(tail -n 5 "$scratch/log")"
+    mkdir -p -- "$tree"/var/lib/dpkg/{updates,info,triggers}
+    touch -- "$tree/var/lib/dpkg/status"
+    if [ "$(id -u)" -eq 0 ]; then
+        in_clean_root --unpack "$made"/*.deb || fail "installing the package failed: $(tail -n 5 "$scratch/log")"
+    else
+        dpkg-deb -x "$made"/*.deb "$tree"
+    fi
 else
     tree=$scratch/tree
     DESTDIR="$tree" cmake --install "$1" --prefix /usr > "$scratch/log" || fail "installing failed: $(tail -n 5 "$scratch/log")"
@@ -61,3 +78,8 @@ for file in images.dat filecopy.avi filedel.avi; do
     cmp -s -- "$tree/usr/share/lumora/$file" "$home/.local/share/lumora/$file" || fail "the program did not take over $file"
 done
 ! grep -iE 'module|cannot be loaded|not there' "$home/said" >&2 || fail "see above"
+
+[ -n "$made" ] && [ "$(id -u)" -eq 0 ] || exit 0
+in_clean_root --purge lumora || fail "removing the package failed: $(tail -n 5 "$scratch/log")"
+left=$(find "$tree" -path "$tree/var" -prune -o -type f -print)
+[ -z "$left" ] || fail "files are left behind by the removed package: $left"
