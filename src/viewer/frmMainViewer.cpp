@@ -163,8 +163,7 @@ void frmMainViewer::makeListPane()
     lblTextSize->hide();
 
     // Kept for the columns it once showed; nothing fills it and it stays out of sight.
-    lsvDisplay->setHeaderLabels(
-        {QStringLiteral("Full FileName"), QStringLiteral("Drive"), QStringLiteral("Path"), QStringLiteral("FileName")});
+    lsvDisplay->setHeaderLabels({tr("Full FileName"), tr("Drive"), tr("Path"), tr("FileName")});
     const char *const keys[] = {"FullFileName", "Drive", "Path", "FileName"};
     for (int column = 0; column < 4; ++column)
         lsvDisplay->headerItem()->setData(column, Qt::UserRole, QString::fromLatin1(keys[column]));
