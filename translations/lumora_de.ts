@@ -647,6 +647,14 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
+    <name>Language</name>
+    <message>
+        <source>en_US</source>
+        <comment>Language and country of this translation, as de_DE</comment>
+        <translation>de_DE</translation>
+    </message>
+</context>
+<context>
     <name>ListFile</name>
     <message>
         <source>Lumora-Viewer Show List (*.Lsl)|*.Lsl|Lumora-Viewer (1.0) File List (*.Lst)|*.Lst|</source>

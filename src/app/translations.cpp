@@ -4,8 +4,8 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFile>
 #include <QLibraryInfo>
-#include <QLocale>
 #include <QTranslator>
 
 #include <memory>
@@ -61,9 +61,24 @@ void installTranslations()
         if (!install(name, folder))
             continue;
         // Qt's words for Yes, No and the file dialog: of the same language, or none at all.
-        install(QStringLiteral("qtbase_") + name.section(QLatin1Char('_'), 1), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+        install(QStringLiteral("qtbase_") + name.section(QLatin1Char('_'), 1),
+            QLibraryInfo::path(QLibraryInfo::TranslationsPath));
         break;
     }
     // There is no window that would have to change its texts.
     QCoreApplication::removePostedEvents(QCoreApplication::instance(), QEvent::LanguageChange);
+}
+
+QLocale textLocale()
+{
+    return QLocale(
+        QCoreApplication::translate("Language", "en_US", "Language and country of this translation, as de_DE"));
+}
+
+QString inTextLanguage(const QString &resource)
+{
+    QString own = resource;
+    own.insert(
+        resource.lastIndexOf(QLatin1Char('.')), QLatin1Char('_') + textLocale().name().section(QLatin1Char('_'), 0, 0));
+    return QFile::exists(own) ? own : resource;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QStringList>
 
 /// The user's language. Texts stand in the sources in English; the other languages come from files beside the program
@@ -12,3 +13,8 @@ QStringList translationNames(const QStringList &languages);
 /// To be called before there is any window. The plain C locale is English whatever LANGUAGE says, as for the system's
 /// own programs.
 void installTranslations();
+
+/// The language that texts are shown in: how numbers are written among them. Numbers in files are not written so.
+QLocale textLocale();
+/// The path of a resource in that language, ":/lumora/help/index_de.html", else as it is given.
+QString inTextLanguage(const QString &resource);

@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "app/settings.h"
 #include "app/startup.h"
+#include "app/translations.h"
 #include "editor/frmZoomView.h"
 #include "engine/polyimage.h"
 #include "platform/filepath.h"
@@ -297,7 +298,7 @@ void frmMainViewer::mnuOptionsPreferences_Click()
 void frmMainViewer::mnuHelpHelp_Click()
 {
     // The page travels inside the program; a browser needs it as a file.
-    QFile page(QStringLiteral(":/lumora/help/index.html"));
+    QFile page(inTextLanguage(QStringLiteral(":/lumora/help/index.html")));
     const QString path = cacheFolder() + QStringLiteral("help.html");
     if (!page.open(QIODevice::ReadOnly) || !writeFileAtomically(path, page.readAll()))
         return;

@@ -1,7 +1,8 @@
 #include "viewer/foldersearch.h"
 
+#include "app/translations.h"
+
 #include <QCoreApplication>
-#include <QLocale>
 
 namespace {
 
@@ -51,7 +52,7 @@ QString searchProgressText(int foldersSearched, int filesFound)
 
 QString bytesText(qint64 bytes)
 {
-    return Texts::tr("%1 bytes").arg(QLocale(QLocale::English, QLocale::UnitedStates).toString(bytes));
+    return Texts::tr("%1 bytes").arg(textLocale().toString(bytes));
 }
 
 QString colorsText(int bitsPerPixel)
