@@ -82,6 +82,41 @@ QStringList clashesIn(const QWidget &window)
     return clashes;
 }
 
+/// "Strg+O: Datei öffnen" of the commands with a key, in the order of the menus.
+QStringList keysIn(const QList<QAction *> &actions)
+{
+    QStringList rows;
+    for (const QAction *action : actions) {
+        QString caption = action->text().trimmed();
+        QString key = action->shortcut().toString();
+        if (action->menu())
+            rows += keysIn(action->menu()->actions());
+        else if (action->isVisible() && !key.isEmpty())
+            rows += key.replace(QLatin1String("Ctrl"), QLatin1String("Strg"))
+                        .replace(QLatin1String("Shift"), QLatin1String("Umschalt"))
+                        .replace(QLatin1String("Del"), QLatin1String("Entf"))
+                        .replace(QLatin1String("Right"), QLatin1String("Rechts"))
+                        .replace(QLatin1String("Left"), QLatin1String("Links"))
+                        .replace(QLatin1String("Return"), QLatin1String("Eingabe"))
+                + QStringLiteral(": ") + caption.remove(QLatin1Char('&'));
+    }
+    return rows;
+}
+
+QStringList keysInHelp()
+{
+    QStringList rows;
+    QFile page(inTextLanguage(QStringLiteral(":/lumora/help/index.html")));
+    const QString text = page.open(QIODevice::ReadOnly) ? QString::fromUtf8(page.readAll()) : QString();
+    static const QRegularExpression row(QStringLiteral("<kbd>([^<]*)</kbd></td><td>([^<]*)</td>"));
+    for (auto match = row.globalMatch(text); match.hasNext();) {
+        const auto found = match.next();
+        rows += found.captured(1) + QStringLiteral(": ")
+            + found.captured(2).replace(QLatin1String("&amp;"), QLatin1String("&"));
+    }
+    return rows;
+}
+
 QMap<QString, QString> home(const TemporaryHome &folder, const QString &language)
 {
     QMap<QString, QString> own;
@@ -161,6 +196,7 @@ void tst_translation::everyWindowIsGermanWithoutAClash()
     QVERIFY(windows > 12);
     QCOMPARE(form<frmMainViewer>().mnuFile->text(), QStringLiteral("&Datei"));
     QCOMPARE(clashes, QStringList());
+    QCOMPARE(keysInHelp(), keysIn(form<frmMainViewer>().menuBar()->actions()));
     QCOMPARE(german.missing, QStringList());
     setDialogs(nullptr);
     QCoreApplication::removeTranslator(&german);

@@ -178,7 +178,7 @@ QString besideProgram(const char *built, const char *installed)
 {
     const QString program = programFolder();
     for (const char *place : {built, installed}) {
-        const QString folder = absolutePath(program + QLatin1String(place), QStringLiteral("/")) + QLatin1Char('/');
+        const QString folder = withSeparator(absolutePath(program + QLatin1String(place), QStringLiteral("/")));
         if (!program.isEmpty() && folderExists(folder))
             return folder;
     }
