@@ -32,6 +32,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Beside them: folders and triggers for icons and types, and what is started or loaded by name.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "hicolor-icon-theme, shared-mime-info")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "breeze-icon-theme, desktop-file-utils, qt6-wayland, timgm6mb-soundfont | fluid-soundfont-gm, xdg-utils")
+    "breeze-icon-theme, desktop-file-utils, qt6-translations-l10n, qt6-wayland, timgm6mb-soundfont | fluid-soundfont-gm, xdg-utils")
 
 include(CPack)

@@ -45,7 +45,7 @@ for file in share/applications/org.lumora.Lumora.desktop share/metainfo/org.lumo
     share/mime/packages/org.lumora.Lumora.xml share/man/man1/lumora.1.gz share/man/man5/lumora-list.5.gz \
     share/icons/hicolor/48x48/apps/lumora.png share/icons/hicolor/scalable/apps/lumora.svg share/doc/lumora/copyright \
     share/bash-completion/completions/lumora share/zsh/vendor-completions/_lumora \
-    share/fish/vendor_completions.d/lumora.fish lib/lumora/lumora-wallpaper.so; do
+    share/fish/vendor_completions.d/lumora.fish share/lumora/translations/lumora_de.qm lib/lumora/lumora-wallpaper.so; do
     [ -s "$tree/usr/$file" ] || fail "usr/$file is missing"
 done
 
@@ -63,12 +63,15 @@ else
 fi
 run() {
     (cd -- "$home/pictures" && timeout 120 "${as_user[@]}" -i HOME="$home" XDG_RUNTIME_DIR="$home/run" PATH=/usr/bin:/bin \
-        LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen "$program" "$@" 2>> "$home/said") || fail "lumora $* ended with $?: $(cat "$home/said")"
+        LC_ALL=C.UTF-8 LANGUAGE="${language:-}" QT_QPA_PLATFORM=offscreen "$program" "$@" 2>> "$home/said") || fail "lumora $* ended with $?: $(cat "$home/said")"
 }
 
 : > "$home/said"
 [ "$(id -u)" -ne 0 ] || chown 65534:65534 -- "$home/said"
 run --version > /dev/null
+language=de
+[[ $(run --help) == "Aufruf: lumora "* ]] || fail "the program does not speak German"
+language=""
 # Writing and reading TIFF is the codec module's work.
 run --convert tif two.ppm
 run --convert png two.tif
@@ -77,6 +80,7 @@ run --screenshot "$home/pictures/window.png" two.tif
 for file in images.dat filecopy.avi filedel.avi; do
     cmp -s -- "$tree/usr/share/lumora/$file" "$home/.local/share/lumora/$file" || fail "the program did not take over $file"
 done
+[ ! -e "$home/.local/share/lumora/translations" ] || fail "the translations were copied into the user's folder"
 ! grep -iE 'module|cannot be loaded|not there' "$home/said" >&2 || fail "see above"
 
 [ -n "$made" ] && [ "$(id -u)" -eq 0 ] || exit 0

@@ -30,6 +30,18 @@ CALLS = [
     (r"\.save\(\s*[^)&\s]", "src", "writes a picture past the atomic writer"),
     (r"\bconnect\([^;]*\b(?:SIGNAL|SLOT)\(", "src tests tools", "connects by text; use function pointers"),
 ]
+# A text that users see goes through tr(): what sets one from a bare literal of words.
+LITERAL = r'(?:QStringLiteral\(|QLatin1String\(|QString::from\w+\(|u)?"(?:[^"\\]|\\.)*[A-Za-z]{2}'
+SETTERS = (r"set(?:Text|IconText|WindowTitle|Title|ToolTip|StatusTip|WhatsThis|AccessibleName|AccessibleDescription|PlaceholderText"
+           r"|Suffix|Prefix|SpecialValueText|TabText)|add(?:Action|Menu|Tab|Row)|showMessage|ShowStatusBarText")
+SHOWN = [
+    rf"\b(?:{SETTERS})\((?:[^()\"]*,\s*)?{LITERAL}",
+    rf"\bnew Q(?:Label|PushButton|CheckBox|RadioButton|GroupBox|Action|ToolButton|Menu)\({LITERAL}",
+    rf"\.(?:title|text|filter|detail)\s*\+?=\s*{LITERAL}",
+    rf"\bMessageBox\s*\w*\{{\s*{LITERAL}",
+]
+# Windows that never come up.
+NEVER_SHOWN = ("frmPreviousInstance.cpp",)
 # The one place where a call is the program's own way.
 ALLOWED = {"fork(": ("zygote.cpp",)}
 
@@ -164,12 +176,23 @@ def check_calls(files):
                     report(path, text.count("\n", 0, match.start()) + 1, f"{match.group(0).strip()!r} {meaning}")
 
 
+def check_shown_texts(files):
+    for path in files:
+        if path.suffix not in (".h", ".cpp") or SRC not in path.parents or path.name in NEVER_SHOWN:
+            continue
+        text = without_comments(read(path))
+        for pattern in SHOWN:
+            for match in re.finditer(pattern, text):
+                report(path, text.count("\n", 0, match.start()) + 1, f"{match.group(0)!r} is shown and goes past tr()")
+
+
 def main():
     files = project_files()
     check_layers(listed_sources())
     check_names(files)
     check_texts(files)
     check_calls(files)
+    check_shown_texts(files)
     for finding in dict.fromkeys(findings):
         print(finding, file=sys.stderr)
     return 1 if findings else 0

@@ -3,6 +3,7 @@
 
 #include "devcommands.h"
 
+#include "app/translations.h"
 #include "engine/isolation.h"
 #include "platform/filepath.h"
 #include "ui/icons.h"
@@ -121,6 +122,7 @@ int runCommand(const dev::Command &command, const QStringList &arguments, int ar
         return dev::fail(QStringLiteral("no temporary folder could be made"));
     useFreshHome(home);
     const QApplication application(argc, argv);
+    installTranslations();
     installIconThemes();
     return command.run(arguments);
 }

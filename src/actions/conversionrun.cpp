@@ -3,6 +3,8 @@
 #include "engine/polyimage.h"
 #include "platform/files.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -30,7 +32,7 @@ public:
     {
         if (how != ConversionLoad::Picture)
             return m_image.PolyLoad(path, sizeIndex) ? QString() : m_image.PolyLastError();
-        return m_gvbox.load(path) ? QString() : QStringLiteral("cannot be read");
+        return m_gvbox.load(path) ? QString() : QCoreApplication::translate("Engine", "cannot be read");
     }
     QString operate(const QVector<ConversionStep> &steps) override
     {

@@ -26,10 +26,10 @@ constexpr int statusOfSignals = 128;
 constexpr int mostEntries = 32767; ///< of a list that does not tell how many it has
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
-QString tr(const char *text)
+struct Texts
 {
-    return QCoreApplication::translate("ConvertCommand", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(ConvertCommand)
+};
 
 /// A sentence with the path that it is about in front, unless that stands in it.
 QString about(const QString &path, const QString &sentence)
@@ -110,7 +110,7 @@ public:
         case ConversionOutcome::Written:
             ++m_written;
             if (outcome.damaged)
-                tellOfEntry(outcome.entry, tr("is damaged, and only what could be read of it is written"));
+                tellOfEntry(outcome.entry, Texts::tr("is damaged, and only what could be read of it is written"));
             return;
         case ConversionOutcome::LeftAlone:
             m_line.tell(about(outcome.entry, about(outcome.target, whyLeftAlone(outcome.target))));
@@ -139,8 +139,8 @@ private:
     QString whyLeftAlone(const QString &target) const
     {
         return m_refused.contains(target) || m_takenTwice.contains(target)
-            ? tr("another file of this run has the same name")
-            : tr("exists already and is left as it is");
+            ? Texts::tr("another file of this run has the same name")
+            : Texts::tr("exists already and is left as it is");
     }
 
     const ConvertCommand &m_command;
@@ -179,9 +179,9 @@ QStringList entriesOfList(const QString &path, const Told &failed)
     if (content.endMarkerAt)
         entries.removeAt(*content.endMarkerAt);
     if (!content.isListFile)
-        failed(about(path, tr("is no list file")));
+        failed(about(path, Texts::tr("is no list file")));
     else if (picturesOf(entries).isEmpty())
-        failed(about(path, tr("there are no pictures in this list")));
+        failed(about(path, Texts::tr("there are no pictures in this list")));
     return picturesOf(entries);
 }
 
@@ -207,7 +207,7 @@ QStringList entriesOfFolder(const QString &path, bool recursive, const Told &fai
     if (const auto listed = listFolder(folder); !listed)
         failed(about(path, listed.reason()));
     else if (entries.isEmpty())
-        failed(about(path, tr("there are no pictures in this folder")));
+        failed(about(path, Texts::tr("there are no pictures in this folder")));
     return entries;
 }
 
@@ -234,7 +234,7 @@ QStringList conversionEntries(const QStringList &sources, bool recursive, const 
         else if (isListFileName(source))
             entries += entriesOfList(source, failed);
         else if (conversionLoad(source) == ConversionLoad::None)
-            failed(about(source, tr("sounds and videos are not converted")));
+            failed(about(source, Texts::tr("sounds and videos are not converted")));
         else
             entries.append(source);
     }
@@ -260,12 +260,14 @@ int runConvertCommand(const ConvertCommand &command)
     line.clear();
     const int signal = arrivedSignal;
     if (signal != 0 && client.written() < client.asked()) {
-        line.tell(
-            tr("ended before all was done, %1 of %2 files are written").arg(client.written()).arg(client.asked()));
+        line.tell(Texts::tr("ended before all was done, %1 of %2 files are written")
+                      .arg(client.written())
+                      .arg(client.asked()));
         return statusOfSignals + signal;
     }
     if (client.written() < client.asked())
-        line.tell(tr("%1 of %2 files were not written").arg(client.asked() - client.written()).arg(client.asked()));
+        line.tell(
+            Texts::tr("%1 of %2 files were not written").arg(client.asked() - client.written()).arg(client.asked()));
     return allThere && client.allWhole() && client.written() == client.asked() ? statusAllWritten : statusSomeFailed;
 }
 

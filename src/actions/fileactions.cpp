@@ -10,7 +10,7 @@
 
 namespace {
 
-struct FileActionTexts
+struct Texts
 {
     Q_DECLARE_TR_FUNCTIONS(FileActions)
 };
@@ -32,8 +32,6 @@ QString dateText(const QDateTime &time)
 }
 
 } // namespace
-
-using Texts = FileActionTexts;
 
 QString fileActionCasing(const QString &path)
 {

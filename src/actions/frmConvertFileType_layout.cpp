@@ -1,6 +1,7 @@
 #include "actions/frmConvertFileType.h"
 
 #include <QBoxLayout>
+#include <QCoreApplication>
 #include <QGridLayout>
 
 #include <algorithm>
@@ -32,7 +33,8 @@ QLabel *frmConvertFileType::labelOf(const QCheckBox *box) const
 void frmConvertFileType::setTexts()
 {
     for (int type = optFileType.first; type <= optFileType.last; ++type)
-        label(optFileType[type], lblFileType[type], QString::fromLatin1(saveFormats()[std::size_t(type)].batchLabel));
+        label(optFileType[type], lblFileType[type],
+            QCoreApplication::translate("SaveFormats", saveFormats()[std::size_t(type)].batchLabel));
     label(chkUseImageFolder, lblUseImageFolder, tr("Place Images in Original Image Folder"));
     label(chkAddConvertFolder, lblAddConvertFolder, tr("Add Convert Folder"));
     label(chkCovertFolderForEachType, lblCovertFolderForEachType, tr("For Each File Type"));

@@ -86,7 +86,7 @@ void frmMainViewer::mnuFileSaveThumbnail_Click()
     const PathParts current = SplitFilePath(globals.CurrentMediaFile);
     FileQuestion question = saveQuestion(current, tr("Save Thumbnail Of Current Image"));
     question.fileName = thumbnailName(current.file);
-    question.filter = QStringLiteral("Bitmap Files (*.BMP)|*.BMP");
+    question.filter = tr("Bitmap Files (*.BMP)|*.BMP");
     const auto answer = dialogs().saveFile(this, question);
     // Nothing on the pane is nothing to write.
     if (!answer || globals.ProgramExiting || Image1->isEmpty())

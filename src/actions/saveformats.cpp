@@ -2,6 +2,8 @@
 
 #include "engine/polyimage.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 using namespace savestep;
@@ -11,56 +13,56 @@ namespace {
 // clang-format off
 constexpr SaveFormat formats[] = {
     // label, extension, folder, type code, dialog indices
-    {"(.BMP) Microsoft WIndows Bitmap", ".bmp", "BMP/", TypeCode::Bmp, {1, 2, 3}},
-    {"(.DCX) DCX Format ", ".dcx", "DCX/", TypeCode::Dcx, {6, 0, 0}},
-    {"(.IFF) Commodore-Amiga IFF Format ", ".iff", "IFF/", TypeCode::Iff, {7, 0, 0}},
-    {"(.JP2) - Joint Photographics Experts Group 2000", ".jp2", "JP2/", TypeCode::Jpeg2000, {5, 0, 0}},
-    {"(.JPG) - Joint Photographics Experts Group", ".jpg", "JPG/", TypeCode::Jpeg, {4, 0, 0}},
-    {"(.MBM) Psion MultiBitMap Compressed Format ", ".mbm", "MBM_Comp/", TypeCode::MbmCompressed, {8, 0, 0}},
-    {"(.MBM) Psion MultiBitMap UnCompressed Format", ".mbm", "MBM/", TypeCode::Mbm, {9, 0, 0}},
-    {"(.PBM) PBM Format ", ".pbm", "PBM/", TypeCode::Pbm, {10, 0, 0}},
-    {"(.PCX) PCX Format ", ".pcx", "PCX/", TypeCode::Pcx, {11, 0, 0}},
-    {"(.PGM) PGM Format ", ".pgm", "PGM/", TypeCode::Pgm, {12, 0, 0}},
-    {"(.PNG) PNG Format ", ".png", "PNG/", TypeCode::Png, {13, 0, 0}},
-    {"(.PNG) PNG Format  - Interlaced", ".png", "PNG_Inter/", TypeCode::PngInterlaced, {0, 0, 0}},
-    {"(.PPM) PPM Format ", ".ppm", "PPM/", TypeCode::Ppm, {14, 0, 0}},
-    {"(.PSD) Adobe Photoshop ", ".psd", "PSD/", TypeCode::Psd, {15, 0, 0}},
-    {"(.RGB) SGI Format ", ".rgb", "RGB/", TypeCode::Sgi, {16, 0, 0}},
-    {"(.TGA) TGA UnCompressed Format ", ".tga", "TGA/", TypeCode::Tga, {17, 0, 0}},
-    {"(.TGA) TGA Compressed Format ", ".tga", "TGA_Comp/", TypeCode::TgaCompressed, {0, 0, 0}},
-    {"(.TIF) TIFF UnCompressed Format ", ".tif", "TIF/", TypeCode::Tiff, {18, 0, 0}},
-    {"(.TIF) TIFF Format - JPEG Compression", ".tif", "TIF_JPEG/", TypeCode::TiffJpeg, {0, 0, 0}},
-    {"(.WBMP) WAP WBMP ", ".wbmp", "WBMP/", TypeCode::Wbmp, {19, 0, 0}},
-    {"(.XBM) XBM Format ", ".xbm", "XBM/", TypeCode::Xbm, {20, 0, 0}},
-    {"(.XPM) XPM Format ", ".xpm", "XPM/", TypeCode::Xpm, {21, 0, 0}},
-    {"(.XWD) XWD Format ", ".xwd", "XWD/", TypeCode::Xwd, {22, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.BMP) Microsoft WIndows Bitmap"), ".bmp", "BMP/", TypeCode::Bmp, {1, 2, 3}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.DCX) DCX Format "), ".dcx", "DCX/", TypeCode::Dcx, {6, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.IFF) Commodore-Amiga IFF Format "), ".iff", "IFF/", TypeCode::Iff, {7, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.JP2) - Joint Photographics Experts Group 2000"), ".jp2", "JP2/", TypeCode::Jpeg2000, {5, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.JPG) - Joint Photographics Experts Group"), ".jpg", "JPG/", TypeCode::Jpeg, {4, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.MBM) Psion MultiBitMap Compressed Format "), ".mbm", "MBM_Comp/", TypeCode::MbmCompressed, {8, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.MBM) Psion MultiBitMap UnCompressed Format"), ".mbm", "MBM/", TypeCode::Mbm, {9, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PBM) PBM Format "), ".pbm", "PBM/", TypeCode::Pbm, {10, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PCX) PCX Format "), ".pcx", "PCX/", TypeCode::Pcx, {11, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PGM) PGM Format "), ".pgm", "PGM/", TypeCode::Pgm, {12, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PNG) PNG Format "), ".png", "PNG/", TypeCode::Png, {13, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PNG) PNG Format  - Interlaced"), ".png", "PNG_Inter/", TypeCode::PngInterlaced, {0, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PPM) PPM Format "), ".ppm", "PPM/", TypeCode::Ppm, {14, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.PSD) Adobe Photoshop "), ".psd", "PSD/", TypeCode::Psd, {15, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.RGB) SGI Format "), ".rgb", "RGB/", TypeCode::Sgi, {16, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.TGA) TGA UnCompressed Format "), ".tga", "TGA/", TypeCode::Tga, {17, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.TGA) TGA Compressed Format "), ".tga", "TGA_Comp/", TypeCode::TgaCompressed, {0, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.TIF) TIFF UnCompressed Format "), ".tif", "TIF/", TypeCode::Tiff, {18, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.TIF) TIFF Format - JPEG Compression"), ".tif", "TIF_JPEG/", TypeCode::TiffJpeg, {0, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.WBMP) WAP WBMP "), ".wbmp", "WBMP/", TypeCode::Wbmp, {19, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.XBM) XBM Format "), ".xbm", "XBM/", TypeCode::Xbm, {20, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.XPM) XPM Format "), ".xpm", "XPM/", TypeCode::Xpm, {21, 0, 0}},
+    {QT_TRANSLATE_NOOP("SaveFormats", "(.XWD) XWD Format "), ".xwd", "XWD/", TypeCode::Xwd, {22, 0, 0}},
 };
 // clang-format on
 
 // The visible text of XPM has its letters in another order than its pattern, and keeps them so.
 constexpr const char *filters[saveDialogFilterCount] = {
-    "Bitmap Files (*.BMP)|*.BMP|",
-    "Bitmap Files 256 Colors (*.BMP)|*.BMP|",
-    "Bitmap Files 16 Colors (*.BMP)|*.BMP|",
-    "JPEG Format (*.JPG)|*.JPG|",
-    "JPEG 2000 Format (*.JP2)|*.JP2|",
-    "DCX Format (*.DCX)|*.DCX|",
-    "Commodore-Amiga IFF Format (*.IFF)|*.IFF|",
-    "Psion MultiBitMap Compressed Format (*.MBM)|*.MBM|",
-    "Psion MultiBitMap UnCompressed Format (*.MBM)|*.MBM|",
-    "PBM Format (*.PBM)|*.PBM|",
-    "PCX Format (*.PCX)|*.PCX|",
-    "PGM Format (*.PGM)|*.PGM|",
-    "PNG Format (*.PNG)|*.PNG|",
-    "PPM Format (*.PPM)|*.PPM|",
-    "Adobe Photoshop (*.PSD)|*.PSD|",
-    "SGI Format (*.RGB)|*.RGB|",
-    "TGA UnCompressed Format (*.TGA)|*.TGA|",
-    "TIFF UnCompressed Format (*.TIF)|*.TIF|",
-    "WAP WBMP (*.WBMP)|*.WBMP|",
-    "XBM Format (*.XBM)|*.XBM|",
-    "XPM Format (*.XMP)|*.XPM|",
-    "XWD Format (*.XWD)|*.XWD|",
+    QT_TRANSLATE_NOOP("SaveFormats", "Bitmap Files (*.BMP)|*.BMP|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Bitmap Files 256 Colors (*.BMP)|*.BMP|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Bitmap Files 16 Colors (*.BMP)|*.BMP|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "JPEG Format (*.JPG)|*.JPG|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "JPEG 2000 Format (*.JP2)|*.JP2|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "DCX Format (*.DCX)|*.DCX|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Commodore-Amiga IFF Format (*.IFF)|*.IFF|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Psion MultiBitMap Compressed Format (*.MBM)|*.MBM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Psion MultiBitMap UnCompressed Format (*.MBM)|*.MBM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "PBM Format (*.PBM)|*.PBM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "PCX Format (*.PCX)|*.PCX|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "PGM Format (*.PGM)|*.PGM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "PNG Format (*.PNG)|*.PNG|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "PPM Format (*.PPM)|*.PPM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "Adobe Photoshop (*.PSD)|*.PSD|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "SGI Format (*.RGB)|*.RGB|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "TGA UnCompressed Format (*.TGA)|*.TGA|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "TIFF UnCompressed Format (*.TIF)|*.TIF|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "WAP WBMP (*.WBMP)|*.WBMP|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "XBM Format (*.XBM)|*.XBM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "XPM Format (*.XMP)|*.XPM|"),
+    QT_TRANSLATE_NOOP("SaveFormats", "XWD Format (*.XWD)|*.XWD|"),
 };
 
 constexpr int bitmap24 = 1;
@@ -179,7 +181,7 @@ QString saveDialogFilter()
 {
     QString filter;
     for (const char *entry : filters)
-        filter += QLatin1String(entry);
+        filter += QCoreApplication::translate("SaveFormats", entry);
     return filter;
 }
 

@@ -26,6 +26,9 @@ void seed(const QString &from, const QString &to, int depth)
             qCWarning(logData, "%s", qPrintable(copied.reason));
     }
     for (const QString &name : listing->folders) {
+        // Other languages are read where they were installed.
+        if (depth == 0 && name == QLatin1String("translations"))
+            continue;
         if (depth == deepest || (!folderExists(to + name) && !makeFolder(to + name)))
             continue;
         seed(from + name + QLatin1Char('/'), to + name + QLatin1Char('/'), depth + 1);

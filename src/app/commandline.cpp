@@ -7,10 +7,10 @@
 
 namespace {
 
-QString tr(const char *text)
+struct Texts
 {
-    return QCoreApplication::translate("CommandLine", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(CommandLine)
+};
 
 bool isFileUri(const QString &text)
 {
@@ -122,14 +122,14 @@ private:
             // restore.
             ++m_next;
         } else {
-            m_result.error = tr("lumora: unknown option '%1', see lumora --help").arg(displayPath(argument));
+            m_result.error = Texts::tr("lumora: unknown option '%1', see lumora --help").arg(displayPath(argument));
         }
     }
 
     void takeScreenshot(const QString &file)
     {
         if (file.isEmpty())
-            m_result.error = tr("lumora: option '--screenshot' needs the name of a file, see lumora --help");
+            m_result.error = Texts::tr("lumora: option '--screenshot' needs the name of a file, see lumora --help");
         else
             m_result.screenshot = pathOfArgument(file, m_currentFolder);
     }
@@ -194,20 +194,20 @@ QStringList argumentsOfCommand(const QString &command)
 
 QString helpText()
 {
-    return tr("Usage: lumora [OPTION]... [FILE|FOLDER|LIST]...\n"
-              "\n"
-              "Shows, orders and works on pictures and media files. Files and folders open in the\n"
-              "running program when there is one; several files of one start make one list.\n"
-              "\n"
-              "  FILE                 picture, sound or film, as a path or a file:// URI\n"
-              "  FOLDER               its media files come into the selection list\n"
-              "  LIST                 list file (.Lsl, .Lst), see lumora-list(5)\n"
-              "  /editor, --editor    start in the editor\n"
-              "  /folder, --folder    start in the Browse Folder Viewer\n"
-              "  --screenshot FILE    write the window as a PNG file once its picture stands, and end\n"
-              "  -h, --help           show this text and end\n"
-              "  -v, --version        show the version and end\n"
-              "  --                   whatever follows is a file or folder\n")
+    return Texts::tr("Usage: lumora [OPTION]... [FILE|FOLDER|LIST]...\n"
+                     "\n"
+                     "Shows, orders and works on pictures and media files. Files and folders open in the\n"
+                     "running program when there is one; several files of one start make one list.\n"
+                     "\n"
+                     "  FILE                 picture, sound or film, as a path or a file:// URI\n"
+                     "  FOLDER               its media files come into the selection list\n"
+                     "  LIST                 list file (.Lsl, .Lst), see lumora-list(5)\n"
+                     "  /editor, --editor    start in the editor\n"
+                     "  /folder, --folder    start in the Browse Folder Viewer\n"
+                     "  --screenshot FILE    write the window as a PNG file once its picture stands, and end\n"
+                     "  -h, --help           show this text and end\n"
+                     "  -v, --version        show the version and end\n"
+                     "  --                   whatever follows is a file or folder\n")
         + convertHelpText();
 }
 

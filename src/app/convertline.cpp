@@ -10,10 +10,10 @@
 
 namespace {
 
-QString tr(const char *text)
+struct Texts
 {
-    return QCoreApplication::translate("CommandLine", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(CommandLine)
+};
 
 constexpr QLatin1String convertOption("--convert");
 
@@ -92,7 +92,7 @@ private:
             m_optionsEnded = true;
         else if (!takeFlag(argument) && !takeOption(argument))
             m_line.error =
-                tr("lumora: unknown option '%1' for a conversion, see lumora --help").arg(displayPath(argument));
+                Texts::tr("lumora: unknown option '%1' for a conversion, see lumora --help").arg(displayPath(argument));
     }
 
     bool takeFlag(const QString &argument)
@@ -144,8 +144,8 @@ private:
         if (!m_refused)
             (this->*option->take)(value);
         if (m_refused)
-            m_line.error = tr("lumora: option '%1' needs %2, see lumora --help")
-                               .arg(QLatin1String(option->name), tr(option->needs));
+            m_line.error = Texts::tr("lumora: option '%1' needs %2, see lumora --help")
+                               .arg(QLatin1String(option->name), Texts::tr(option->needs));
         return true;
     }
 
@@ -156,7 +156,7 @@ private:
                 m_options.types.set(size_t(*type));
             else
                 m_line.error =
-                    tr("lumora: unknown format '%1', the formats are %2").arg(displayPath(word), knownTypes());
+                    Texts::tr("lumora: unknown format '%1', the formats are %2").arg(displayPath(word), knownTypes());
         }
     }
 
@@ -169,7 +169,7 @@ private:
             if (row != std::end(operationWords))
                 m_options.*row->box = true;
             else
-                m_line.error = tr("lumora: unknown operation '%1', the operations are %2")
+                m_line.error = Texts::tr("lumora: unknown operation '%1', the operations are %2")
                                    .arg(displayPath(word), knownOperations());
         }
     }
@@ -195,13 +195,14 @@ private:
     QString whatIsMissing() const
     {
         if (m_line.command.sources.isEmpty())
-            return tr("lumora: there is no file, folder or list to convert, see lumora --help");
+            return Texts::tr("lumora: there is no file, folder or list to convert, see lumora --help");
         // Without folders of their own the second of them would always find the file of the first.
         for (int i = 0; i < conversionTypeCount && !m_options.folderForEachType; ++i) {
             for (int j = 0; j < i; ++j) {
                 if (m_options.types.test(size_t(i)) && m_options.types.test(size_t(j))
                     && qstrcmp(saveFormats()[size_t(i)].extension, saveFormats()[size_t(j)].extension) == 0)
-                    return tr("lumora: files of the formats '%1' and '%2' have the same names, add --folder-per-type")
+                    return Texts::tr(
+                        "lumora: files of the formats '%1' and '%2' have the same names, add --folder-per-type")
                         .arg(conversionTypeWord(j), conversionTypeWord(i));
             }
         }
@@ -255,26 +256,26 @@ std::optional<int> conversionTypeOfWord(const QString &word)
 
 QString convertHelpText()
 {
-    return tr("\n"
-              "Converting without a window, see lumora(1):\n"
-              "\n"
-              "  lumora --convert FORMAT[,FORMAT]... [OPTION]... FILE|FOLDER|LIST...\n"
-              "\n"
-              "  --convert FORMATS      write every picture in each of these formats\n"
-              "  --to FOLDER            write there, not beside each picture; made when it is missing\n"
-              "  --operations LIST      change the pictures before, in this order: autocontrast,\n"
-              "                         autolevel, grayscale, colors256, emboss\n"
-              "  --diffuse              spread the error where colours are reduced\n"
-              "  --jpeg-quality N       1 to 100, 100 when it is not given\n"
-              "  --jpeg2000-quality N   1 to 100, 100 (nothing is lost) when it is not given\n"
-              "  --photo-cd-size N      size of a Photo CD from 0 (192x128) to 4 (3072x2048), else 2\n"
-              "  --overwrite            replace files that are there already\n"
-              "  --convert-folder       write into a folder 'convert' below\n"
-              "  --folder-per-type      write into a folder for each format below\n"
-              "  --recursive            take folders with all that is below them\n"
-              "  --progress             tell the progress also where standard error is no terminal\n"
-              "\n"
-              "  Formats: bmp, dcx, iff, jp2, jpg, mbm_comp, mbm, pbm, pcx, pgm, png, png_inter, ppm,\n"
-              "  psd, rgb, tga, tga_comp, tif, tif_jpeg, wbmp, xbm, xpm, xwd.\n"
-              "  Exit status: 0 all was written, 1 something was not, 2 wrong command line.\n");
+    return Texts::tr("\n"
+                     "Converting without a window, see lumora(1):\n"
+                     "\n"
+                     "  lumora --convert FORMAT[,FORMAT]... [OPTION]... FILE|FOLDER|LIST...\n"
+                     "\n"
+                     "  --convert FORMATS      write every picture in each of these formats\n"
+                     "  --to FOLDER            write there, not beside each picture; made when it is missing\n"
+                     "  --operations LIST      change the pictures before, in this order: autocontrast,\n"
+                     "                         autolevel, grayscale, colors256, emboss\n"
+                     "  --diffuse              spread the error where colours are reduced\n"
+                     "  --jpeg-quality N       1 to 100, 100 when it is not given\n"
+                     "  --jpeg2000-quality N   1 to 100, 100 (nothing is lost) when it is not given\n"
+                     "  --photo-cd-size N      size of a Photo CD from 0 (192x128) to 4 (3072x2048), else 2\n"
+                     "  --overwrite            replace files that are there already\n"
+                     "  --convert-folder       write into a folder 'convert' below\n"
+                     "  --folder-per-type      write into a folder for each format below\n"
+                     "  --recursive            take folders with all that is below them\n"
+                     "  --progress             tell the progress also where standard error is no terminal\n"
+                     "\n"
+                     "  Formats: bmp, dcx, iff, jp2, jpg, mbm_comp, mbm, pbm, pcx, pgm, png, png_inter, ppm,\n"
+                     "  psd, rgb, tga, tga_comp, tif, tif_jpeg, wbmp, xbm, xpm, xwd.\n"
+                     "  Exit status: 0 all was written, 1 something was not, 2 wrong command line.\n");
 }

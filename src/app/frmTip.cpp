@@ -1,6 +1,7 @@
 #include "app/frmTip.h"
 
 #include "app/settings.h"
+#include "app/translations.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "ui/icons.h"
@@ -28,7 +29,7 @@ QStringList readTips()
     if (const auto bytes = readFile(AppFolder() + QStringLiteral("TIPOFDAY.TXT"), longestFile))
         tips = tipsOf(*bytes);
     registerTips();
-    QFile own(QStringLiteral(":/lumora/TIPOFDAY.TXT"));
+    QFile own(inTextLanguage(QStringLiteral(":/lumora/TIPOFDAY.TXT")));
     if (tips.isEmpty() && own.open(QIODevice::ReadOnly))
         tips = tipsOf(own.readAll());
     return tips;

@@ -9,23 +9,27 @@ const std::array<const char *, 29> fileTypeCaptions{
     ".MSP", ".PBM", ".PCX", ".PGM", ".PIC", ".PNG", ".PNM", ".PPM", ".RAS", ".RLE", ".TGA", ".TIF", ".WMF", ".WPG",
 };
 const std::array<const char *, 10> avFileTypeCaptions{
-    "(.ASF) - Active Streaming Format",
-    "(.ASX) - Active Streaming Format",
-    "(.WMA) - Windows Media Audio",
-    "(.WMV) - Windows Media Video",
-    "(.AVI) - Windows Audio Visual Format",
-    "(.WAV) - Windows Wave Audio Format",
-    "(.MPG) - MPEG Movie Format",
-    "(.MP2) - MPEG Audio Layer 2",
-    "(.MP3) - MPEG Audio Layer 3",
-    "(.MID) - MIDI Music Format",
+    QT_TRANSLATE_NOOP("MediaTypes", "(.ASF) - Active Streaming Format"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.ASX) - Active Streaming Format"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.WMA) - Windows Media Audio"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.WMV) - Windows Media Video"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.AVI) - Windows Audio Visual Format"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.WAV) - Windows Wave Audio Format"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.MPG) - MPEG Movie Format"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.MP2) - MPEG Audio Layer 2"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.MP3) - MPEG Audio Layer 3"),
+    QT_TRANSLATE_NOOP("MediaTypes", "(.MID) - MIDI Music Format"),
 };
 const std::array<const char *, 21> polyFileTypeCaptions{
     ".PCD", ".PSP", ".SFW", ".RGB", ".PSD", ".XBM", ".XPM", ".XWD", ".DCX", ".WBMP", ".MBM",
     ".CRW", ".DCR", ".FPX", ".JP2", ".MRW", ".NEF", ".ORF", ".PMP", ".RAF", ".THM",
 };
 const std::array<const char *, 5> photoCDSizeCaptions{
-    "192 W  x  128 H", "384 W  x  256 H", "768 W  x  512 H", "1536 W  x  1024 H", "3072 W  x  2048 H",
+    QT_TRANSLATE_NOOP("MediaTypes", "192 W  x  128 H"),
+    QT_TRANSLATE_NOOP("MediaTypes", "384 W  x  256 H"),
+    QT_TRANSLATE_NOOP("MediaTypes", "768 W  x  512 H"),
+    QT_TRANSLATE_NOOP("MediaTypes", "1536 W  x  1024 H"),
+    QT_TRANSLATE_NOOP("MediaTypes", "3072 W  x  2048 H"),
 };
 
 namespace {

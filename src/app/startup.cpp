@@ -14,6 +14,7 @@
 #include "app/mediatypes.h"
 #include "app/screenshot.h"
 #include "app/settings.h"
+#include "app/translations.h"
 #include "editor/frmZoomView.h"
 #include "engine/isolation.h"
 #include "engine/picturecache.h"
@@ -29,6 +30,7 @@
 #include "viewer/frmMainViewer.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QProcess>
 #include <QSessionManager>
@@ -191,6 +193,7 @@ void setUpApplication(QApplication &application)
     QApplication::setOrganizationName(QStringLiteral("Tessaly"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.lumora.Lumora"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    installTranslations();
     installIconThemes();
     // QApplication takes the user's locale; the player reads and writes numbers with a dot.
     std::setlocale(LC_NUMERIC, "C");
@@ -291,24 +294,44 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
     return status;
 }
 
-/// --help, --version and a wrong command line: the exit status; else none.
-std::optional<int> answered(const auto &line)
+/// Speaks to the terminal in the user's language while there is no application yet.
+template <class Say> auto onTerminal(Say say)
 {
-    if (line.help || line.version) {
-        print(stdout, line.help ? helpText() : versionText());
-        return 0;
-    }
-    if (line.error.isEmpty())
+    char name[] = "lumora";
+    char *arguments[] = {name, nullptr};
+    int count = 1;
+    const QCoreApplication application(count, arguments);
+    installTranslations();
+    return say();
+}
+
+void complain(QString (*text)())
+{
+    onTerminal([text] { print(stderr, text() + QLatin1Char('\n')); });
+}
+
+/// --help, --version and a wrong command line: the exit status; else none.
+std::optional<int> answered(const auto &read)
+{
+    if (const auto line = read(); !line.help && !line.version && line.error.isEmpty())
         return std::nullopt;
-    print(stderr, line.error + QLatin1Char('\n'));
-    return 2;
+    return onTerminal([&read] {
+        const auto line = read();
+        if (line.help || line.version)
+            print(stdout, line.help ? helpText() : versionText());
+        else
+            print(stderr, line.error + QLatin1Char('\n'));
+        return line.help || line.version ? 0 : 2;
+    });
 }
 
 /// A conversion needs neither a display nor the running program.
-int convert(const ConvertLine &line)
+int convert(const QStringList &words)
 {
-    if (const auto status = answered(line))
+    const auto read = [&words] { return parseConvertLine(words, workingFolder()); };
+    if (const auto status = answered(read))
         return *status;
+    const ConvertLine line = read();
     char name[] = "lumora";
     char *arguments[] = {name, nullptr};
     int count = 1;
@@ -318,6 +341,7 @@ int convert(const ConvertLine &line)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const std::unique_ptr<QCoreApplication> application(
         draws ? new QGuiApplication(count, arguments) : new QCoreApplication(count, arguments));
+    installTranslations();
     std::setlocale(LC_NUMERIC, "C");
     return runConvertCommand(line.command);
 }
@@ -327,13 +351,14 @@ int convert(const ConvertLine &line)
 int Main(const QStringList &arguments)
 {
     if (asksForConversion(arguments))
-        return convert(parseConvertLine(arguments, workingFolder()));
-    const CommandLine line = parseCommandLine(arguments, workingFolder());
-    if (const auto status = answered(line))
+        return convert(arguments);
+    const auto read = [&arguments] { return parseCommandLine(arguments, workingFolder()); };
+    if (const auto status = answered(read))
         return *status;
+    const CommandLine line = read();
     // Without this the platform layer would abort the process.
     if (!anyDisplay()) {
-        print(stderr, QStringLiteral("lumora: there is no display to show windows on\n"));
+        complain([] { return QCoreApplication::translate("Main", "lumora: there is no display to show windows on"); });
         return 1;
     }
     const bool playerPresent = playerIsPresent();
@@ -341,7 +366,7 @@ int Main(const QStringList &arguments)
     if (playerPresent && line.screenshot.isEmpty()) {
         const Election election = elect(instance, line.commands);
         if (election == Election::NobodyAnswers)
-            print(stderr, QStringLiteral("lumora: the running program does not answer\n"));
+            complain([] { return QCoreApplication::translate("Main", "lumora: the running program does not answer"); });
         if (election != Election::First)
             return election == Election::HandedOver ? 0 : 1;
     }

@@ -8,6 +8,8 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <exception>
 #include <vector>
@@ -115,7 +117,7 @@ template <class T, class Call> Result<T> firstSuccess(const EncodedFile &file, C
     }
     QString reasons = attempts.reasons;
     if (attempts.tried.empty())
-        reasons = QStringLiteral("no decoder for this file");
+        reasons = QCoreApplication::translate("Engine", "no decoder for this file");
     if (const QString missing = codecModuleFailure(); !missing.isEmpty())
         reasons += (reasons.isEmpty() ? QString() : QStringLiteral("; ")) + missing;
     return Failure{reasons};
@@ -156,7 +158,8 @@ Result<QByteArray> readHead(int descriptor, qsizetype count)
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            return Failure{QStringLiteral("cannot be read: ") + QString::fromLocal8Bit(strerror(errno))};
+            return Failure{
+                QCoreApplication::translate("Engine", "cannot be read: ") + QString::fromLocal8Bit(strerror(errno))};
         if (got == 0)
             break;
         filled += got;
@@ -229,7 +232,7 @@ Result<Picture> decodeHere(const EncodedFile &file, const DecodeHint &hint, Code
     return firstSuccess<Picture>(file, codecs, [&](const Codec &codec) -> Result<Picture> {
         Result<Picture> picture = codec.decode(file, hint);
         if (picture && picture->isNull())
-            return Failure{QStringLiteral("the decoder gave no pixels")};
+            return Failure{QCoreApplication::translate("Engine", "the decoder gave no pixels")};
         if (picture)
             completeMetadata(*picture, file, codec, hint);
         return picture;

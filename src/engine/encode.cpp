@@ -3,22 +3,24 @@
 #include "engine/codec.h"
 #include "platform/files.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <exception>
 
 Result<QByteArray> encode(const Picture &picture, TypeCode typeCode, const EncodeOptions &options)
 {
     if (picture.isNull())
-        return Failure{QStringLiteral("there is no picture to write")};
+        return Failure{QCoreApplication::translate("Engine", "there is no picture to write")};
     if (picture.isReduced())
-        return Failure{QStringLiteral("only a reduced picture is at hand")};
+        return Failure{QCoreApplication::translate("Engine", "only a reduced picture is at hand")};
     const CodecModule *const module = codecModule();
     if (!module)
         return Failure{codecModuleFailure()};
     const auto known = std::find_if(module->encoders.begin(), module->encoders.end(),
         [&](const Encoder &encoder) { return encoder.typeCode == typeCode; });
     if (known == module->encoders.end())
-        return Failure{QStringLiteral("no writer for the format %1").arg(int(typeCode))};
+        return Failure{QCoreApplication::translate("Engine", "no writer for the format %1").arg(int(typeCode))};
     // Nothing that a library throws may leave the engine.
     try {
         Result<QByteArray> bytes = known->encode(picture, options);

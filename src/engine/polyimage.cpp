@@ -5,15 +5,17 @@
 #include "engine/ops/emboss.h"
 #include "engine/picturecache.h"
 
+#include <QCoreApplication>
+
 namespace {
 
 Result<Picture> allPixelsOf(const LoadedPicture *held)
 {
     if (!held)
-        return Failure{QStringLiteral("There is no image.")};
+        return Failure{QCoreApplication::translate("Engine", "There is no image.")};
     Picture picture = held->full();
     if (picture.isReduced())
-        return Failure{QStringLiteral("The image could not be read completely.")};
+        return Failure{QCoreApplication::translate("Engine", "The image could not be read completely.")};
     return picture;
 }
 
@@ -54,8 +56,9 @@ bool PolyImage::change(const std::function<Result<Picture>(const Picture &)> &op
     const Result<Picture> after = before ? operation(*before) : before;
     if (after)
         m_held = LoadedPicture::fromPicture(*after);
-    m_lastError =
-        before && !after ? QStringLiteral("The image could not be changed: %1.").arg(after.reason()) : before.reason();
+    m_lastError = before && !after
+        ? QCoreApplication::translate("Engine", "The image could not be changed: %1.").arg(after.reason())
+        : before.reason();
     return m_lastError.isEmpty();
 }
 
@@ -113,7 +116,7 @@ bool PolyImage::PolySave(const QString &path, TypeCode typeCode, bool diffuse)
     EncodeOptions options = m_options;
     options.diffuse = diffuse;
     if (const Result<void> saved = encodeFile(*picture, path, typeCode, options); !saved)
-        m_lastError = QStringLiteral("The image could not be saved: %1.").arg(saved.reason());
+        m_lastError = QCoreApplication::translate("Engine", "The image could not be saved: %1.").arg(saved.reason());
     return m_lastError.isEmpty();
 }
 
@@ -128,8 +131,9 @@ QByteArray PolyImage::ImageBlobSave(TypeCode formatCode)
 
 bool PolyImage::ImageBlobLoad(const QByteArray &blob)
 {
-    const Result<Picture> picture =
-        blob.isEmpty() ? Result<Picture>(Failure{QStringLiteral("There is no image.")}) : decode({blob, QString()});
+    const Result<Picture> picture = blob.isEmpty()
+        ? Result<Picture>(Failure{QCoreApplication::translate("Engine", "There is no image.")})
+        : decode({blob, QString()});
     m_lastError = picture.reason();
     if (picture)
         m_held = LoadedPicture::fromPicture(*picture);

@@ -27,6 +27,8 @@ QString AppFolder();
 /// What the program was installed with, or built with, and AppFolder is given; empty when it is not there. Tests set
 /// LUMORA_DATA.
 QString dataFolder();
+/// Where the files of other languages are, of a build or installed; empty when it is not there.
+QString translationsFolder();
 /// The user's data folder of all programs, $XDG_DATA_HOME, made at first use with mode 0700.
 QString dataHomeFolder();
 /// XDG folders of the program, made at first use with mode 0700: config, cache, state, runtime.

@@ -2,6 +2,7 @@
 
 #include "app/mediatypes.h"
 
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -28,7 +29,7 @@ void placeTypes(const Array &boxes, const std::array<const char *, Count> &capti
 {
     int place = 0;
     for (QCheckBox *box : boxes) {
-        box->setText(QLatin1String(captions[std::size_t(place)]));
+        box->setText(QCoreApplication::translate("MediaTypes", captions[std::size_t(place)]));
         grid->addWidget(box, place / columns, place % columns);
         ++place;
     }
@@ -177,7 +178,7 @@ QWidget *frmPreferences::makeQualityPage()
     QVBoxLayout *sizes = nullptr;
     QGroupBox *sizesBox = group(tr("Photo CD Size"), page, sizes);
     for (int i = 0; i <= 4; ++i) {
-        optPhotoCDSize[i]->setText(QLatin1String(photoCDSizeCaptions[std::size_t(i)]));
+        optPhotoCDSize[i]->setText(QCoreApplication::translate("MediaTypes", photoCDSizeCaptions[std::size_t(i)]));
         sizes->addWidget(optPhotoCDSize[i]);
     }
     sizes->addStretch();

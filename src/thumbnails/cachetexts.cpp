@@ -1,7 +1,8 @@
 #include "thumbnails/cachetexts.h"
 
+#include "app/translations.h"
+
 #include <QCoreApplication>
-#include <QLocale>
 
 namespace {
 /// Where users of the program write to.
@@ -10,7 +11,7 @@ constexpr char supportAddress[] = "support@tessaly.example";
 
 QString groupedNumber(qint64 number)
 {
-    return number == 0 ? QString() : QLocale(QLocale::English).toString(number);
+    return number == 0 ? QString() : textLocale().toString(number);
 }
 
 MessageBox clearCacheQuestion()

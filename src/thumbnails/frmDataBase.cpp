@@ -39,7 +39,7 @@ QString dateText(QDate date)
 frmDataBase::frmDataBase(QWidget *parent)
     : FormWindow(parent)
 {
-    setWindowTitle(QStringLiteral("DB Demo"));
+    setWindowTitle(tr("DB Demo"));
     ImageBox1.setPolyJpegQuality(thumbnailJpegQuality);
     Opt_Store->setChecked(true);
     for (int index = Cmd_Move.first; index <= Cmd_Move.last; ++index) {

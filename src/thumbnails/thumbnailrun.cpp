@@ -1,10 +1,10 @@
 #include "thumbnails/thumbnailrun.h"
 
+#include "app/translations.h"
 #include "engine/rounding.h"
 #include "thumbnails/cachetexts.h"
 
 #include <QCoreApplication>
-#include <QLocale>
 #include <QTime>
 
 #include <cmath>
@@ -55,7 +55,7 @@ bool isEstimateDue(int remaining, float perMinute)
 std::optional<QString> estimateText(int remaining, const QString &rate)
 {
     bool isNumber = false;
-    const double perMinute = QLocale(QLocale::English).toDouble(rate, &isNumber);
+    const double perMinute = textLocale().toDouble(rate, &isNumber);
     if (!isNumber || perMinute <= 0)
         return {};
     constexpr int minutesOfADay = 1440;

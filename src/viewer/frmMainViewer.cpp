@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "app/settings.h"
 #include "app/startup.h"
+#include "app/translations.h"
 #include "editor/frmZoomView.h"
 #include "engine/polyimage.h"
 #include "platform/filepath.h"
@@ -163,8 +164,7 @@ void frmMainViewer::makeListPane()
     lblTextSize->hide();
 
     // Kept for the columns it once showed; nothing fills it and it stays out of sight.
-    lsvDisplay->setHeaderLabels(
-        {QStringLiteral("Full FileName"), QStringLiteral("Drive"), QStringLiteral("Path"), QStringLiteral("FileName")});
+    lsvDisplay->setHeaderLabels({tr("Full FileName"), tr("Drive"), tr("Path"), tr("FileName")});
     const char *const keys[] = {"FullFileName", "Drive", "Path", "FileName"};
     for (int column = 0; column < 4; ++column)
         lsvDisplay->headerItem()->setData(column, Qt::UserRole, QString::fromLatin1(keys[column]));
@@ -298,7 +298,7 @@ void frmMainViewer::mnuOptionsPreferences_Click()
 void frmMainViewer::mnuHelpHelp_Click()
 {
     // The page travels inside the program; a browser needs it as a file.
-    QFile page(QStringLiteral(":/lumora/help/index.html"));
+    QFile page(inTextLanguage(QStringLiteral(":/lumora/help/index.html")));
     const QString path = cacheFolder() + QStringLiteral("help.html");
     if (!page.open(QIODevice::ReadOnly) || !writeFileAtomically(path, page.readAll()))
         return;

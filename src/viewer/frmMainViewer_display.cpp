@@ -109,7 +109,7 @@ void frmMainViewer::showByKind(const ListBox &list, const std::function<void(con
     if (exists)
         ShowStatusBarText(path, !motion);
     else
-        ShowStatusBarText(path + QLatin1String(notAvailable), false);
+        ShowStatusBarText(path + notAvailable(), false);
     UpdateMenuAndToolbarState();
 }
 
@@ -123,7 +123,7 @@ void frmMainViewer::ShowPictureItem(const QString &path)
         if (m_showNext == Show::Nothing && !globals.ProgramExiting)
             ShowStatusBarText(path, true);
     } else {
-        ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
+        ShowStatusBarText(FileNameOfPath(path) + notAvailable(), false);
     }
     Yield();
 }
@@ -135,7 +135,7 @@ void frmMainViewer::PlayMotionItem(const QString &path, int setPosition)
         CurrentPicture->setText(QString::number(globals.CurrentListIndex));
     if (!FileExists(path)) {
         tmrShowPlayTime.stop();
-        ShowStatusBarText(FileNameOfPath(path) + QLatin1String(notAvailable), false);
+        ShowStatusBarText(FileNameOfPath(path) + notAvailable(), false);
         updatePlayTimePanel();
         Yield();
         return;

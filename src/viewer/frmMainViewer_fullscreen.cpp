@@ -55,7 +55,7 @@ void frmMainViewer::ShowInFullScreen()
         picture = form<frmBackground>().Picture;
         name.clear();
     } else if (!FileExists(path)) {
-        name += QLatin1String(notAvailable);
+        name += notAvailable();
     }
     Yield();
     if (m_fullScreenTicket != ticket || globals.ProgramExiting || !isLoaded<frmSlideShowFullScreen>())

@@ -11,6 +11,7 @@
 #include "viewer/frmMessage.h"
 #include "viewer/listfile.h"
 
+#include <QCoreApplication>
 #include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lists, "lumora.lists", QtWarningMsg)
@@ -29,7 +30,7 @@ FileQuestion listQuestion()
 {
     FileQuestion question;
     question.folder = AppFolder();
-    question.filter = QString::fromLatin1(listFileFilter);
+    question.filter = QCoreApplication::translate("ListFile", listFileFilter);
     question.defaultExtension = QStringLiteral(".Lsl");
     return question;
 }

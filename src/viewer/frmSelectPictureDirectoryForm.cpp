@@ -13,6 +13,8 @@
 #include "viewer/foldersearch.h"
 #include "viewer/frmMainViewer.h"
 
+#include <QCoreApplication>
+
 namespace {
 
 int chosenPhotoCDSize()
@@ -30,11 +32,10 @@ QString motionTypeText(const QString &name)
 {
     const QString extension = name.mid(name.lastIndexOf(QLatin1Char('.'))).toUpper();
     for (const char *caption : avFileTypeCaptions) {
-        const QString text = QString::fromLatin1(caption);
-        if (text.mid(1, 4) == extension)
-            return text;
+        if (QLatin1String(caption).mid(1, 4) == extension)
+            return QCoreApplication::translate("MediaTypes", caption);
     }
-    return QLatin1String(kindMotion);
+    return QCoreApplication::translate("MediaTypes", "Motion");
 }
 
 } // namespace

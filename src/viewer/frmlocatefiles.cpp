@@ -88,7 +88,7 @@ void SearchAnimation::paintEvent(QPaintEvent *)
 frmlocatefiles::frmlocatefiles(QWidget *parent)
     : FormDialog(parent)
 {
-    setWindowTitle(QStringLiteral("Lumora V3"));
+    setWindowTitle(tr("Lumora V3"));
     setModal(false);
     lblInfo->setText(tr("Lumora is scanning the selected Drive and Folder(s) for graphic image files."));
     lblInfo->setWordWrap(true);

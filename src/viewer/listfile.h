@@ -16,8 +16,8 @@
 ///     "1 =| /srv/me/b.mp3"
 ///     *** End of List ***
 
-inline constexpr char listFileFilter[] =
-    "Lumora-Viewer Show List (*.Lsl)|*.Lsl|Lumora-Viewer (1.0) File List (*.Lst)|*.Lst|";
+inline constexpr const char *listFileFilter =
+    QT_TRANSLATE_NOOP("ListFile", "Lumora-Viewer Show List (*.Lsl)|*.Lsl|Lumora-Viewer (1.0) File List (*.Lst)|*.Lst|");
 inline constexpr char standardListName[] = "Lumora-Viewer.Lsl";
 
 /// Whether a name tells a list file: ".lsl" or ".lst" at its end, in any case.

@@ -2,6 +2,8 @@
 
 #include "platform/filepath.h"
 
+#include <QCoreApplication>
+
 QString ProperCase(const QString &text)
 {
     QString result = text.toLower();
@@ -29,4 +31,9 @@ StatusText statusText(const QString &text, bool withDimensions)
     if (dot >= 0)
         result.extension = proper.mid(dot);
     return result;
+}
+
+QString notAvailable()
+{
+    return QCoreApplication::translate("StatusText", " - not available");
 }

@@ -16,4 +16,5 @@ struct StatusText
 };
 StatusText statusText(const QString &text, bool withDimensions);
 
-inline constexpr char notAvailable[] = " - not available";
+/// " - not available", behind a name.
+QString notAvailable();

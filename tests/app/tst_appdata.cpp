@@ -26,6 +26,7 @@ void tst_appdata::whatIsMissingIsBroughtAndWhatIsThereStays()
     home.write(QStringLiteral("installed/images.dat"), "template");
     home.write(QStringLiteral("installed/Masks/round.bmp"), "round");
     home.write(QStringLiteral("installed/Masks/deep/star.bmp"), "star");
+    home.write(QStringLiteral("installed/translations/lumora_de.qm"), "German");
     qputenv("LUMORA_DATA", (home.path() + QStringLiteral("installed/")).toUtf8());
     QVERIFY(writeFileAtomically(AppFolder() + QStringLiteral("film.avi"), "the user's own"));
     for (int start = 0; start < 2; ++start) {
@@ -35,6 +36,8 @@ void tst_appdata::whatIsMissingIsBroughtAndWhatIsThereStays()
         QCOMPARE(contents(QStringLiteral("Masks/round.bmp")), QByteArray("round"));
         QCOMPARE(contents(QStringLiteral("Masks/deep/star.bmp")), QByteArray("star"));
     }
+    // Other languages are read where they were installed.
+    QVERIFY(!folderExists(AppFolder() + QStringLiteral("translations")));
     qunsetenv("LUMORA_DATA");
 }
 

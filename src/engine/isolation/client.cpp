@@ -4,6 +4,8 @@
 #include "engine/isolation/pool.h"
 #include "engine/limits.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -353,11 +355,12 @@ QString faultText(Fault fault, const QString &end, std::chrono::milliseconds pat
 {
     switch (fault) {
     case Fault::TooLong:
-        return QStringLiteral("decoding took longer than %1 seconds").arg(double(patience.count()) / 1000);
+        return QCoreApplication::translate("Engine", "decoding took longer than %1 seconds")
+            .arg(double(patience.count()) / 1000);
     case Fault::Nonsense:
-        return QStringLiteral("the decoder process gave an answer that makes no sense");
+        return QCoreApplication::translate("Engine", "the decoder process gave an answer that makes no sense");
     case Fault::NoMemory:
-        return QStringLiteral("no memory for the decoder process");
+        return QCoreApplication::translate("Engine", "no memory for the decoder process");
     default:
         return end;
     }
@@ -373,9 +376,9 @@ Outcome request(Pool &pool, Family family, const Question &question, Codecs code
     if (lease.lack == Pool::Lack::NoProcesses)
         return {};
     if (lease.lack == Pool::Lack::NoWorker)
-        return {refusal(QStringLiteral("no decoder process could be started")), true};
+        return {refusal(QCoreApplication::translate("Engine", "no decoder process could be started")), true};
     if (lease.lack == Pool::Lack::Stopped)
-        return {refusal(QStringLiteral("decoding was stopped")), true};
+        return {refusal(QCoreApplication::translate("Engine", "decoding was stopped")), true};
     const std::chrono::milliseconds patience = pool.patienceFor(file.bytes.size());
     std::optional<Answer> answer;
     Fault fault;
@@ -399,7 +402,8 @@ std::optional<Answer> ask(const Question &question, const EncodedFile &file)
     bool stopped = false;
     const std::shared_ptr<Pool> pool = currentPool(&stopped);
     if (!pool)
-        return stopped ? std::optional(refusal(QStringLiteral("decoding was stopped"))) : std::nullopt;
+        return stopped ? std::optional(refusal(QCoreApplication::translate("Engine", "decoding was stopped")))
+                       : std::nullopt;
     Codecs codecs = question.codecs;
     QString reasons;
     if (question.work != Work::ReadTexts && builtInCodecKnows(file)) {
@@ -411,7 +415,7 @@ std::optional<Answer> ask(const Question &question, const EncodedFile &file)
         codecs = Codecs::AfterBuiltIn;
     }
     if (codecs == Codecs::BuiltIn)
-        return refusal(QStringLiteral("no decoder for this file"));
+        return refusal(QCoreApplication::translate("Engine", "no decoder for this file"));
     Outcome outcome = request(*pool, Family::Full, question, codecs, file);
     if (outcome.answer && !outcome.answer->succeeded && !reasons.isEmpty())
         outcome.answer->reason =

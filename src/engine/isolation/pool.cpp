@@ -3,6 +3,7 @@
 #include "engine/codec.h"
 #include "engine/limits.h"
 
+#include <QCoreApplication>
 #include <QLoggingCategory>
 
 #include <algorithm>
@@ -174,12 +175,13 @@ QString Pool::discard(std::unique_ptr<Worker> worker, std::chrono::milliseconds 
     m_changed.notify_all();
     m_work.notify_one();
     if (m_stopping || !ended)
-        return QStringLiteral("the decoder process was ended");
+        return QCoreApplication::translate("Engine", "the decoder process was ended");
     if (ended->signal != 0)
-        return QStringLiteral("the decoder process crashed (signal %1, %2)")
+        return QCoreApplication::translate("Engine", "the decoder process crashed (signal %1, %2)")
             .arg(ended->signal)
             .arg(QString::fromLocal8Bit(strsignal(ended->signal)));
-    return QStringLiteral("the decoder process ended by itself (status %1)").arg(ended->exitCode);
+    return QCoreApplication::translate("Engine", "the decoder process ended by itself (status %1)")
+        .arg(ended->exitCode);
 }
 
 bool Pool::grant(qint64 bytes)

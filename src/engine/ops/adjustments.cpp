@@ -2,6 +2,7 @@
 
 #include "engine/ops/rowbands.h"
 
+#include <QCoreApplication>
 #include <QRgba64>
 
 #include <array>
@@ -11,8 +12,15 @@
 
 namespace {
 
-const Failure noPicture{QStringLiteral("there is no picture to change")};
-const Failure noMemory{QStringLiteral("the picture is too large for this")};
+Failure noPicture()
+{
+    return Failure{QCoreApplication::translate("Engine", "there is no picture to change")};
+}
+
+Failure noMemory()
+{
+    return Failure{QCoreApplication::translate("Engine", "the picture is too large for this")};
+}
 
 constexpr size_t levels8 = 256;
 constexpr size_t levels16 = 65536;
@@ -280,12 +288,13 @@ template <size_t channels> QImage stretched(const QImage &image, double clipFrac
 template <size_t channels> Result<Picture> stretched(const Picture &picture, double clipFraction)
 {
     if (picture.isNull())
-        return noPicture;
+        return noPicture();
     if (!(clipFraction >= 0 && clipFraction < 0.5))
-        return Failure{QStringLiteral("no more than half of a picture can be clipped at either end")};
+        return Failure{
+            QCoreApplication::translate("Engine", "no more than half of a picture can be clipped at either end")};
     QImage pixels = stretched<channels>(picture.pixels, clipFraction);
     if (pixels.isNull())
-        return noMemory;
+        return noMemory();
     return remade(picture, std::move(pixels), picture.info.bitsPerPixel);
 }
 
@@ -334,7 +343,7 @@ Result<Picture> inGreyScale(const Picture &picture)
 {
     const QImage &image = picture.pixels;
     if (picture.isNull())
-        return noPicture;
+        return noPicture();
     if (image.format() == QImage::Format_Grayscale8)
         return picture;
     const bool transparent = hasTransparency(picture);
@@ -344,6 +353,6 @@ Result<Picture> inGreyScale(const Picture &picture)
         return remade(picture, withTable(image, mapped(image.colorTable(), &greyOf)), bits);
     QImage grey = transparent ? greyChannels(image) : greyBytes(image);
     if (grey.isNull())
-        return noMemory;
+        return noMemory();
     return remade(picture, std::move(grey), transparent ? bits : 8);
 }

@@ -6,11 +6,16 @@
 #include "engine/ops/quantise.h"
 #include "engine/ops/rowbands.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 namespace {
 
-const Failure noMemory{QStringLiteral("the picture is too large for this")};
+Failure noMemory()
+{
+    return Failure{QCoreApplication::translate("Engine", "the picture is too large for this")};
+}
 
 bool isPaletted(const QImage &image)
 {
@@ -72,7 +77,7 @@ Result<Picture> withPalette(const Picture &picture, QImage indexed, int bits)
 {
     QImage pixels = bits == 1 ? asMono(indexed) : std::move(indexed);
     if (pixels.isNull())
-        return noMemory;
+        return noMemory();
     return remade(picture, std::move(pixels), bits);
 }
 
@@ -87,14 +92,15 @@ enum class TwoColors { BlackAndWhite, Best };
 Result<Picture> reduced(const Picture &picture, int colors, int bits, bool diffuse, TwoColors two)
 {
     if (picture.isNull())
-        return Failure{QStringLiteral("there is no picture to reduce")};
+        return Failure{QCoreApplication::translate("Engine", "there is no picture to reduce")};
     if (colors < 2 || colors > 256 || (bits != 1 && bits != 4 && bits != 8))
-        return Failure{QStringLiteral("there is no palette of %1 colors at %2 bits").arg(colors).arg(bits)};
+        return Failure{
+            QCoreApplication::translate("Engine", "there is no palette of %1 colors at %2 bits").arg(colors).arg(bits)};
     const int most = std::min(colors, 1 << bits);
     if (fits(picture.pixels, most, bits))
         return remade(picture, picture.pixels, bits);
     if (!limits::allows(picture.pixels.size(), 12))
-        return noMemory;
+        return noMemory();
 
     QImage image = picture.pixels.format() == QImage::Format_RGBA64
         ? trueColor(picture.pixels, hasTransparency(picture))
@@ -104,7 +110,7 @@ Result<Picture> reduced(const Picture &picture, int colors, int bits, bool diffu
     if (bits == 1 && two == TwoColors::BlackAndWhite) {
         QImage mono = blackAndWhite(picture, diffuse);
         if (mono.isNull())
-            return noMemory;
+            return noMemory();
         return remade(picture, std::move(mono), bits);
     }
 
@@ -127,7 +133,7 @@ Result<Picture> reduced(const Picture &picture, int colors, int bits, bool diffu
 Result<Picture> withBitsPerPixel(const Picture &picture, int bits)
 {
     if (picture.isNull())
-        return Failure{QStringLiteral("there is no picture to change")};
+        return Failure{QCoreApplication::translate("Engine", "there is no picture to change")};
     const QImage &pixels = picture.pixels;
     switch (bits) {
     case 1:
@@ -141,14 +147,14 @@ Result<Picture> withBitsPerPixel(const Picture &picture, int bits)
     case 24:
     case 32: {
         if (!limits::allows(pixels.size(), 8))
-            return noMemory;
+            return noMemory();
         QImage image = bits == 24 ? opaqueRgb(picture) : pixels.convertToFormat(QImage::Format_ARGB32);
         if (image.isNull())
-            return noMemory;
+            return noMemory();
         return remade(picture, std::move(image), bits);
     }
     default:
-        return Failure{QStringLiteral("there are no pictures of %1 bits").arg(bits)};
+        return Failure{QCoreApplication::translate("Engine", "there are no pictures of %1 bits").arg(bits)};
     }
 }
 
@@ -160,7 +166,7 @@ Result<Picture> withReducedColors(const Picture &picture, int colors, int bits, 
 Result<Picture> withReducedBits(const Picture &picture, int bits, bool diffuse)
 {
     if (bits != 1 && bits != 4 && bits != 8)
-        return Failure{QStringLiteral("there is no palette of %1 bits").arg(bits)};
+        return Failure{QCoreApplication::translate("Engine", "there is no palette of %1 bits").arg(bits)};
     return reduced(picture, 1 << bits, bits, diffuse, TwoColors::Best);
 }
 

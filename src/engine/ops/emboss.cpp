@@ -3,6 +3,7 @@
 #include "engine/limits.h"
 #include "engine/ops/rowbands.h"
 
+#include <QCoreApplication>
 #include <QRgba64>
 
 #include <cstring>
@@ -12,8 +13,15 @@
 
 namespace {
 
-const Failure noPicture{QStringLiteral("there is no picture to change")};
-const Failure noMemory{QStringLiteral("the picture is too large for this")};
+Failure noPicture()
+{
+    return Failure{QCoreApplication::translate("Engine", "there is no picture to change")};
+}
+
+Failure noMemory()
+{
+    return Failure{QCoreApplication::translate("Engine", "the picture is too large for this")};
+}
 
 /// What a pixel of a format is made of: `channels` numbers, of which the one at `alphaAt` (if there is one) tells the
 /// opacity.
@@ -131,16 +139,16 @@ QImage withoutPalette(const Picture &picture)
 Result<Picture> embossed(const Picture &picture, int ground)
 {
     if (picture.isNull())
-        return noPicture;
+        return noPicture();
     if (!limits::allows(picture.pixels.size(), 12))
-        return noMemory;
+        return noMemory();
     const int level = std::clamp(ground, 0, 255);
     const bool isGrey = picture.pixels.format() == QImage::Format_Grayscale8;
     const QImage image = picture.pixels.depth() <= 8 && !isGrey ? withoutPalette(picture) : picture.pixels;
     if (image.isNull())
-        return noMemory;
+        return noMemory();
     const auto answer = [&](QImage pixels, int bits) {
-        return pixels.isNull() ? Result<Picture>(noMemory) : remade(picture, std::move(pixels), bits);
+        return pixels.isNull() ? Result<Picture>(noMemory()) : remade(picture, std::move(pixels), bits);
     };
     switch (image.format()) {
     case QImage::Format_Grayscale8:

@@ -4,6 +4,8 @@
 #include "engine/ops/nearestcolor.h"
 #include "engine/picture.h"
 
+#include <QCoreApplication>
+
 #include <libimagequant.h>
 
 #include <algorithm>
@@ -142,8 +144,9 @@ void putTransparentEntry(const QImage &source, QImage &indexed, uchar entry)
 
 Failure refused(liq_error error)
 {
-    return Failure{error == LIQ_OUT_OF_MEMORY ? QStringLiteral("there is not enough memory for the palette")
-                                              : QStringLiteral("no palette could be made (%1)").arg(int(error))};
+    return Failure{error == LIQ_OUT_OF_MEMORY
+            ? QCoreApplication::translate("Engine", "there is not enough memory for the palette")
+            : QCoreApplication::translate("Engine", "no palette could be made (%1)").arg(int(error))};
 }
 
 /// The library's sums depend on how many threads share them, in the last bits: with one the palette of a picture is the

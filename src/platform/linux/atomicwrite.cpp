@@ -3,6 +3,7 @@
 #include "platform/filepath.h"
 #include "platform/linux/temporaryfile.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 
 #include <array>
@@ -24,14 +25,14 @@ Result<QString> linkTarget(QString path)
         const QString target = pathFromBytes(QByteArray(buffer.data(), length));
         path = target.startsWith(QLatin1Char('/')) ? target : SplitFilePath(path).folder + target;
     }
-    return systemFailure(QStringLiteral("cannot write"), path, ELOOP);
+    return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot write"), path, ELOOP);
 }
 
 } // namespace
 
 struct FileReplacement::Private
 {
-    Failure failed(const char *what, int error) const { return systemFailure(QLatin1String(what), m_target, error); }
+    Failure failed(const char *what, int error) const { return systemFailure(what, m_target, error); }
     Result<void> lookAtTarget();
     Result<void> openTemporary();
     Result<void> writeAll(const QByteArray &bytes);
@@ -48,7 +49,7 @@ struct FileReplacement::Private
 Result<void> FileReplacement::Private::lookAtTarget()
 {
     if (nativePath(m_target).isEmpty())
-        return failed("cannot write", ENOENT);
+        return failed(QT_TRANSLATE_NOOP("Files", "cannot write"), ENOENT);
     const Result<QString> resolved = linkTarget(m_target);
     if (!resolved)
         return resolved.failure();
@@ -56,19 +57,19 @@ Result<void> FileReplacement::Private::lookAtTarget()
     const PathParts parts = SplitFilePath(m_target);
     m_fileName = pathToBytes(parts.file);
     if (m_fileName.isEmpty())
-        return failed("cannot write", EISDIR);
+        return failed(QT_TRANSLATE_NOOP("Files", "cannot write"), EISDIR);
     const QByteArray folder = parts.folder.isEmpty() ? QByteArray(".") : pathToBytes(parts.folder);
     m_folder = Descriptor(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!m_folder)
-        return failed("cannot open the folder of", errno);
+        return failed(QT_TRANSLATE_NOOP("Files", "cannot open the folder of"), errno);
     m_existed = ::fstatat(m_folder.number(), m_fileName.constData(), &m_before, AT_SYMLINK_NOFOLLOW) == 0;
     if (!m_existed)
-        return errno == ENOENT ? Result<void>() : failed("cannot look at", errno);
+        return errno == ENOENT ? Result<void>() : failed(QT_TRANSLATE_NOOP("Files", "cannot look at"), errno);
     if (!S_ISREG(m_before.st_mode))
-        return Failure{QStringLiteral("%1 is not a regular file").arg(displayPath(m_target))};
+        return Failure{QCoreApplication::translate("Files", "%1 is not a regular file").arg(displayPath(m_target))};
     // A rename would not ask, but a write-protected file is meant to stay.
     if (::faccessat(m_folder.number(), m_fileName.constData(), W_OK, AT_EACCESS) != 0)
-        return failed("cannot write", errno);
+        return failed(QT_TRANSLATE_NOOP("Files", "cannot write"), errno);
     return {};
 }
 
@@ -76,7 +77,7 @@ Result<void> FileReplacement::Private::openTemporary()
 {
     // Nobody else shall read the new bytes before the mode of the old file is set.
     const int error = m_file.open(m_folder.number(), m_existed ? 0600 : 0666);
-    return error == 0 ? Result<void>() : failed("cannot make a temporary file for", error);
+    return error == 0 ? Result<void>() : failed(QT_TRANSLATE_NOOP("Files", "cannot make a temporary file for"), error);
 }
 
 Result<void> FileReplacement::Private::writeAll(const QByteArray &bytes)
@@ -88,7 +89,7 @@ Result<void> FileReplacement::Private::writeAll(const QByteArray &bytes)
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
-            return failed("cannot write", count == 0 ? ENOSPC : errno);
+            return failed(QT_TRANSLATE_NOOP("Files", "cannot write"), count == 0 ? ENOSPC : errno);
         written += count;
     }
     return {};
@@ -100,7 +101,7 @@ Result<void> FileReplacement::Private::keepState()
         mode_t mode = m_before.st_mode & 07777;
         struct stat now = {};
         if (::fstat(m_file.number(), &now) != 0)
-            return failed("cannot look at the temporary file of", errno);
+            return failed(QT_TRANSLATE_NOOP("Files", "cannot look at the temporary file of"), errno);
         const bool sameUser =
             now.st_uid == m_before.st_uid || ::fchown(m_file.number(), m_before.st_uid, static_cast<gid_t>(-1)) == 0;
         const bool sameGroup =
@@ -111,10 +112,10 @@ Result<void> FileReplacement::Private::keepState()
             mode = (mode & ~static_cast<mode_t>(S_ISGID | 070)) | (mode & 07) << 3;
         copyAttributes(nativePath(m_target), m_file.number());
         if (::fchmod(m_file.number(), mode) != 0)
-            return failed("cannot keep the mode of", errno);
+            return failed(QT_TRANSLATE_NOOP("Files", "cannot keep the mode of"), errno);
     }
     if (::fsync(m_file.number()) != 0)
-        return failed("cannot write to disk", errno);
+        return failed(QT_TRANSLATE_NOOP("Files", "cannot write to disk"), errno);
     return {};
 }
 
@@ -141,13 +142,14 @@ Result<void> FileReplacement::prepare(const QByteArray &bytes)
 Result<void> FileReplacement::putInPlace()
 {
     const int error = d->m_file.replace(d->m_fileName);
-    return error == 0 ? Result<void>() : d->failed("cannot replace", error);
+    return error == 0 ? Result<void>() : d->failed(QT_TRANSLATE_NOOP("Files", "cannot replace"), error);
 }
 
 Result<void> FileReplacement::makeLast()
 {
     const int error = syncFolder(d->m_folder.number());
-    return error == 0 ? Result<void>() : d->failed("cannot write the folder to disk of", error);
+    return error == 0 ? Result<void>()
+                      : d->failed(QT_TRANSLATE_NOOP("Files", "cannot write the folder to disk of"), error);
 }
 
 std::optional<FilePlace> filePlace(const QString &path)

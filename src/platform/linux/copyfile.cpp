@@ -122,13 +122,14 @@ FileOutcome fillCopy(
     const SizeSignalBlocked blocked;
     int error = copy.open(target.folder.number(), 0600);
     if (error != 0)
-        return failedStep("cannot make a temporary file for", path, error);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot make a temporary file for"), path, error);
     error = copyData(source.file.number(), copy.number(), source.state, wanted);
     if (error == 0)
         error = copyState(source, copy.number());
     if (error != 0)
-        return failedStep("cannot write", path, error);
-    return source.hasChanged() ? refusedStep(source.path, "has changed while it was copied") : FileOutcome();
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot write"), path, error);
+    return source.hasChanged() ? refusedStep(source.path, QT_TRANSLATE_NOOP("Files", "has changed while it was copied"))
+                               : FileOutcome();
 }
 
 FileOutcome copyFile(const QString &source, const QString &target, bool replace, const StillWanted &wanted)
@@ -144,20 +145,20 @@ FileOutcome copyFile(const QString &source, const QString &target, bool replace,
         const std::unique_ptr<char, decltype(&std::free)> resolved(
             ::realpath(nativePath(target).constData(), nullptr), &std::free);
         if (!resolved)
-            return refusedStep(target, "is a link that leads nowhere");
+            return refusedStep(target, QT_TRANSLATE_NOOP("Files", "is a link that leads nowhere"));
         if (FileOutcome step = to.open(pathFromBytes(resolved.get())); !step)
             return step;
     }
     if (FileOutcome step = lookAtTarget(to, target, {&from.state}); !step)
         return step;
     if (to.exists && !replace)
-        return failedStep("cannot write", target, EEXIST);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot write"), target, EEXIST);
     TemporaryFile copy;
     if (FileOutcome step = fillCopy(copy, to, target, from, wanted); !step)
         return step;
     // What is replaced must not be gone before the new bytes are on the disk.
     if (to.exists && ::fsync(copy.number()) != 0)
-        return failedStep("cannot write to disk", target, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot write to disk"), target, errno);
     const int error = to.exists ? copy.replace(to.name) : copy.placeNew(to.name);
-    return error == 0 ? FileOutcome() : failedStep("cannot put in place", target, error);
+    return error == 0 ? FileOutcome() : failedStep(QT_TRANSLATE_NOOP("Files", "cannot put in place"), target, error);
 }

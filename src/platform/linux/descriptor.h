@@ -44,4 +44,4 @@ private:
 /// The path as the system takes it; empty, which no call accepts, when it holds a null byte.
 QByteArray nativePath(const QString &path);
 /// "cannot open /a/b: Permission denied"
-Failure systemFailure(const QString &what, const QString &path, int error);
+Failure systemFailure(const char *what, const QString &path, int error);

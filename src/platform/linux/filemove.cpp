@@ -24,9 +24,9 @@ bool copyMayDo(int error)
 FileOutcome lookAtSource(const Place &source, const QString &path)
 {
     if (!source.exists)
-        return failedStep("cannot find", path, ENOENT);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot find"), path, ENOENT);
     if (!S_ISREG(source.state.st_mode) && !S_ISLNK(source.state.st_mode))
-        return refusedStep(path, "is neither a regular file nor a link");
+        return refusedStep(path, QT_TRANSLATE_NOOP("Files", "is neither a regular file nor a link"));
     return {};
 }
 
@@ -78,7 +78,8 @@ Result<QByteArray> linkText(const Place &link, const QString &path)
     std::array<char, PATH_MAX> buffer = {};
     const ssize_t length = ::readlinkat(link.folder.number(), link.name.constData(), buffer.data(), buffer.size());
     if (length < 0 || length == std::ssize(buffer))
-        return systemFailure(QStringLiteral("cannot read the link"), path, length < 0 ? errno : ENAMETOOLONG);
+        return systemFailure(
+            QT_TRANSLATE_NOOP("Files", "cannot read the link"), path, length < 0 ? errno : ENAMETOOLONG);
     const QByteArray text(buffer.data(), length);
     return text.startsWith('/') ? text : nativePath(SplitFilePath(path).folder) + text;
 }
@@ -123,7 +124,8 @@ FileOutcome FileMove::begin(const StillWanted &wanted)
         const int error = renameTo(m_from, m_to);
         m_done = error == 0;
         if (m_done || !copyMayDo(error))
-            return m_done ? FileOutcome() : failedStep("cannot move to", m_files.target, error);
+            return m_done ? FileOutcome()
+                          : failedStep(QT_TRANSLATE_NOOP("Files", "cannot move to"), m_files.target, error);
         m_willFail = error != EXDEV;
     }
     if (isLink)
@@ -139,12 +141,12 @@ FileOutcome FileMove::makeLink()
     made.folder = Descriptor(::openat(m_to.folder.number(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     made.name = temporaryName();
     if (!made.folder || ::symlinkat(m_linkText.constData(), made.folder.number(), made.name.constData()) != 0)
-        return failedStep("cannot make the link", m_files.target, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot make the link"), m_files.target, errno);
     const int error = renameTo(made, m_to);
     if (error == 0)
         return {};
     ignore(removeAt(made));
-    return failedStep("cannot put in place", m_files.target, error);
+    return failedStep(QT_TRANSLATE_NOOP("Files", "cannot put in place"), m_files.target, error);
 }
 
 FileOutcome FileMove::place()
@@ -165,7 +167,8 @@ FileOutcome FileMove::place()
             return step;
         error = m_copy.replace(m_to.name);
     }
-    return error == 0 ? FileOutcome() : failedStep("cannot put in place", m_files.target, error);
+    return error == 0 ? FileOutcome()
+                      : failedStep(QT_TRANSLATE_NOOP("Files", "cannot put in place"), m_files.target, error);
 }
 
 FileOutcome FileMove::placeAgain(const StillWanted &wanted)
@@ -173,7 +176,7 @@ FileOutcome FileMove::placeAgain(const StillWanted &wanted)
     if (FileOutcome step = begin(wanted); !step || m_done)
         return step;
     if (descriptor() >= 0 && ::fsync(descriptor()) != 0)
-        return failedStep("cannot write to disk", m_files.target, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot write to disk"), m_files.target, errno);
     return place();
 }
 
@@ -183,7 +186,7 @@ FileOutcome FileMove::removeSource()
     if (FileOutcome step = openSource(now, m_files.source); !step)
         return step;
     if (!isUnchanged(m_from.state, now.state))
-        return refusedStep(m_files.source, "has changed since it was copied");
+        return refusedStep(m_files.source, QT_TRANSLATE_NOOP("Files", "has changed since it was copied"));
     FileOutcome removed = removeFile(m_files.source);
     m_done = bool(removed);
     return removed;
@@ -195,9 +198,9 @@ FileOutcome removeFile(const QString &path)
     if (FileOutcome step = openSource(file, path); !step)
         return step;
     if (const int error = file.writeProtection(); error != 0)
-        return failedStep("cannot remove", path, error);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot remove"), path, error);
     const int error = removeAt(file);
-    return error == 0 ? FileOutcome() : failedStep("cannot remove", path, error);
+    return error == 0 ? FileOutcome() : failedStep(QT_TRANSLATE_NOOP("Files", "cannot remove"), path, error);
 }
 
 FileOutcome renameFile(const QString &path, const QString &newPath)
@@ -212,5 +215,5 @@ FileOutcome renameFile(const QString &path, const QString &newPath)
     const bool isOwnName = to.exists && to.state.st_dev == from.state.st_dev && to.state.st_ino == from.state.st_ino
         && from.state.st_nlink == 1;
     const int error = to.exists && !isOwnName ? EEXIST : renameTo(from, to);
-    return error == 0 ? FileOutcome() : failedStep("cannot rename to", newPath, error);
+    return error == 0 ? FileOutcome() : failedStep(QT_TRANSLATE_NOOP("Files", "cannot rename to"), newPath, error);
 }

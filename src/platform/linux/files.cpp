@@ -3,6 +3,8 @@
 #include "platform/filepath.h"
 #include "platform/linux/descriptor.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <new>
 
@@ -159,15 +161,16 @@ QByteArray nativePath(const QString &path)
     return bytes.contains('\0') ? QByteArray() : bytes;
 }
 
-Failure systemFailure(const QString &what, const QString &path, int error)
+Failure systemFailure(const char *what, const QString &path, int error)
 {
-    return Failure{QStringLiteral("%1 %2: %3").arg(what, displayPath(path), qt_error_string(error))};
+    const QString said = QCoreApplication::translate("Files", what);
+    return Failure{QStringLiteral("%1 %2: %3").arg(said, displayPath(path), qt_error_string(error))};
 }
 
 Result<void> makeFolder(const QString &path)
 {
     if (::mkdir(nativePath(path).constData(), 0777) != 0)
-        return systemFailure(QStringLiteral("cannot make"), path, errno);
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot make"), path, errno);
     return {};
 }
 
@@ -215,19 +218,19 @@ Result<int> openRegularFile(const QString &path)
     // Asked first by name: merely opening a FIFO or a device can wake its other end.
     struct stat state = {};
     if (!statPath(path, state))
-        return systemFailure(QStringLiteral("cannot find"), path, errno);
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot find"), path, errno);
     if (!S_ISREG(state.st_mode))
-        return Failure{QStringLiteral("%1 is not a regular file").arg(displayPath(path))};
+        return Failure{QCoreApplication::translate("Files", "%1 is not a regular file").arg(displayPath(path))};
     int descriptor = -1;
     do {
         descriptor = ::open(nativePath(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     } while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0)
-        return systemFailure(QStringLiteral("cannot open"), path, errno);
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot open"), path, errno);
     // And once more of what was really opened: the name may stand for something else by now.
     if (::fstat(descriptor, &state) != 0 || !S_ISREG(state.st_mode)) {
         ::close(descriptor);
-        return Failure{QStringLiteral("%1 is not a regular file").arg(displayPath(path))};
+        return Failure{QCoreApplication::translate("Files", "%1 is not a regular file").arg(displayPath(path))};
     }
     return descriptor;
 }
@@ -240,8 +243,9 @@ Result<QByteArray> readFile(const QString &path, qint64 maximumBytes)
     const Descriptor file(*opened);
     struct stat state = {};
     if (::fstat(file.number(), &state) != 0)
-        return systemFailure(QStringLiteral("cannot look at"), path, errno);
-    const Failure tooLarge{QStringLiteral("%1 is larger than %2 bytes").arg(displayPath(path)).arg(maximumBytes)};
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot look at"), path, errno);
+    const Failure tooLarge{
+        QCoreApplication::translate("Files", "%1 is larger than %2 bytes").arg(displayPath(path)).arg(maximumBytes)};
     if (state.st_size > maximumBytes)
         return tooLarge;
     try {
@@ -254,7 +258,7 @@ Result<QByteArray> readFile(const QString &path, qint64 maximumBytes)
             if (count < 0 && errno == EINTR)
                 continue;
             if (count < 0)
-                return systemFailure(QStringLiteral("cannot read"), path, errno);
+                return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot read"), path, errno);
             if (count == 0)
                 break;
             filled += count;
@@ -266,7 +270,7 @@ Result<QByteArray> readFile(const QString &path, qint64 maximumBytes)
         bytes.truncate(filled);
         return bytes;
     } catch (const std::bad_alloc &) {
-        return Failure{QStringLiteral("not enough memory to read %1").arg(displayPath(path))};
+        return Failure{QCoreApplication::translate("Files", "not enough memory to read %1").arg(displayPath(path))};
     }
 }
 
@@ -275,7 +279,7 @@ Result<void> forEachEntry(
 {
     const FolderStream stream(openFolder(folder));
     if (!stream.folder)
-        return systemFailure(QStringLiteral("cannot list"), folder, errno);
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot list"), folder, errno);
     while (true) {
         errno = 0;
         const dirent *entry = ::readdir(stream.folder);
@@ -286,7 +290,7 @@ Result<void> forEachEntry(
             tell(entry->d_name, kindOf(stream.folder, entry));
     }
     if (errno != 0)
-        return systemFailure(QStringLiteral("cannot list"), folder, errno);
+        return systemFailure(QT_TRANSLATE_NOOP("Files", "cannot list"), folder, errno);
     return {};
 }
 

@@ -2,6 +2,8 @@
 
 #include "platform/filepath.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <array>
 
@@ -23,12 +25,13 @@ FileOutcome failedStep(const char *what, const QString &path, int error)
 {
     const bool access = std::find(accessErrors.begin(), accessErrors.end(), error) != accessErrors.end();
     return {access ? FileOutcome::Kind::AccessError : FileOutcome::Kind::Failed, error,
-        systemFailure(QLatin1String(what), path, error).reason};
+        systemFailure(what, path, error).reason};
 }
 
 FileOutcome refusedStep(const QString &path, const char *why)
 {
-    return {FileOutcome::Kind::Failed, 0, displayPath(path) + QLatin1Char(' ') + QLatin1String(why)};
+    return {
+        FileOutcome::Kind::Failed, 0, displayPath(path) + QLatin1Char(' ') + QCoreApplication::translate("Files", why)};
 }
 
 qint64 modifiedAt(const State &state)
@@ -47,13 +50,15 @@ FileOutcome Place::open(const QString &path)
     const qsizetype slash = native.lastIndexOf('/');
     name = native.mid(slash + 1);
     if (name.isEmpty() || name == "." || name == "..")
-        return failedStep("cannot take as a file's name", path, native.isEmpty() ? ENOENT : EISDIR);
+        return failedStep(
+            QT_TRANSLATE_NOOP("Files", "cannot take as a file's name"), path, native.isEmpty() ? ENOENT : EISDIR);
     const QByteArray folderName = slash < 0 ? QByteArray(".") : native.left(slash + 1);
     folder = Descriptor(::open(folderName.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder)
-        return failedStep("cannot find the folder of", path, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot find the folder of"), path, errno);
     exists = ::fstatat(folder.number(), name.constData(), &state, AT_SYMLINK_NOFOLLOW) == 0;
-    return exists || errno == ENOENT ? FileOutcome() : failedStep("cannot look at", path, errno);
+    return exists || errno == ENOENT ? FileOutcome()
+                                     : failedStep(QT_TRANSLATE_NOOP("Files", "cannot look at"), path, errno);
 }
 
 int Place::writeProtection() const
@@ -82,14 +87,14 @@ FileOutcome lookAtTarget(const Place &target, const QString &path, std::initiali
     const bool leads = target.leadsTo(followed);
     for (const State *source : own) {
         if (isSameFile(*source, target.state) || (leads && isSameFile(*source, followed)))
-            return refusedStep(path, "is the file itself");
+            return refusedStep(path, QT_TRANSLATE_NOOP("Files", "is the file itself"));
     }
     if (S_ISDIR(target.state.st_mode))
-        return failedStep("cannot replace", path, EISDIR);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot replace"), path, EISDIR);
     if (!S_ISREG(target.state.st_mode) && !S_ISLNK(target.state.st_mode))
-        return refusedStep(path, "is not a regular file");
+        return refusedStep(path, QT_TRANSLATE_NOOP("Files", "is not a regular file"));
     const int protection = target.writeProtection();
-    return protection == 0 ? FileOutcome() : failedStep("cannot replace", path, protection);
+    return protection == 0 ? FileOutcome() : failedStep(QT_TRANSLATE_NOOP("Files", "cannot replace"), path, protection);
 }
 
 FileOutcome Source::open(const QString &name)
@@ -98,15 +103,16 @@ FileOutcome Source::open(const QString &name)
     const QByteArray native = nativePath(name);
     // Asked first by name: merely opening a FIFO or a device can wake its other end.
     if (::stat(native.constData(), &state) != 0)
-        return failedStep("cannot find", path, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot find"), path, errno);
     if (!S_ISREG(state.st_mode))
-        return refusedStep(path, "is not a regular file");
+        return refusedStep(path, QT_TRANSLATE_NOOP("Files", "is not a regular file"));
     file = Descriptor(::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file)
-        return failedStep("cannot open", path, errno);
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot open"), path, errno);
     if (::fstat(file.number(), &state) != 0)
-        return failedStep("cannot look at", path, errno);
-    return S_ISREG(state.st_mode) ? FileOutcome() : refusedStep(path, "is not a regular file");
+        return failedStep(QT_TRANSLATE_NOOP("Files", "cannot look at"), path, errno);
+    return S_ISREG(state.st_mode) ? FileOutcome()
+                                  : refusedStep(path, QT_TRANSLATE_NOOP("Files", "is not a regular file"));
 }
 
 bool Source::hasChanged() const

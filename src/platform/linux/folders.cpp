@@ -173,6 +173,18 @@ QString programFolder()
     return length > 0 ? SplitFilePath(pathFromBytes(QByteArray(buffer.data(), length))).folder : QString();
 }
 
+/// The folder of a build or a portable copy, else the installed one; empty where there is neither.
+QString besideProgram(const char *built, const char *installed)
+{
+    const QString program = programFolder();
+    for (const char *place : {built, installed}) {
+        const QString folder = withSeparator(absolutePath(program + QLatin1String(place), QStringLiteral("/")));
+        if (!program.isEmpty() && folderExists(folder))
+            return folder;
+    }
+    return {};
+}
+
 } // namespace
 
 QString WindowsSystemFolders::desktop() const
@@ -251,15 +263,12 @@ QString AppFolder()
 QString dataFolder()
 {
     const QString chosen = folderFromEnvironment("LUMORA_DATA");
-    if (!chosen.isEmpty())
-        return chosen;
-    const QString program = programFolder();
-    for (const char *place : {"lumora-data/", "../share/lumora/"}) {
-        const QString folder = absolutePath(program + QLatin1String(place), QStringLiteral("/")) + QLatin1Char('/');
-        if (!program.isEmpty() && folderExists(folder))
-            return folder;
-    }
-    return {};
+    return chosen.isEmpty() ? besideProgram("lumora-data/", "../share/lumora/") : chosen;
+}
+
+QString translationsFolder()
+{
+    return besideProgram("lumora-translations/", "../share/lumora/translations/");
 }
 
 QString dataHomeFolder()

@@ -116,7 +116,8 @@ FileOutcome MoveRun::syncCopies() const
             continue;
         everything = ::fstatfs(copy, &system) == 0 && system.f_type != FUSE_SUPER_MAGIC && ::syncfs(copy) == 0;
         if (!everything && ::fsync(copy) != 0)
-            return failedStep("cannot write to disk", m_orders[waiting.order].target, errno);
+            return failedStep(
+                QT_TRANSLATE_NOOP("Files", "cannot write to disk"), m_orders[waiting.order].target, errno);
     }
     return {};
 }
@@ -150,7 +151,8 @@ bool MoveRun::removeSources(std::size_t first, std::size_t end)
     const bool named = insist(m_waiting[first].order, [&] {
         const int error = m_waiting[first].move->target().sync();
         return error == 0 ? FileOutcome()
-                          : failedStep("cannot write to disk the name", m_orders[m_waiting[first].order].target, error);
+                          : failedStep(QT_TRANSLATE_NOOP("Files", "cannot write to disk the name"),
+                              m_orders[m_waiting[first].order].target, error);
     });
     for (std::size_t i = first; i < end; ++i) {
         const auto &[order, move] = m_waiting[i];
