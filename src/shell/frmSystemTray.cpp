@@ -7,6 +7,8 @@
 
 #include <QApplication>
 
+#include <utility>
+
 namespace {
 
 using T = frmSystemTray;
@@ -26,7 +28,7 @@ const TrayRow rows[] = {
     {ITEM(mnuPreviousImage), QT_TRANSLATE_NOOP("frmSystemTray", "-&Previous Media File"), &T::mnuPreviousImage_Click, true},
     {ITEM(mnuNextImage), QT_TRANSLATE_NOOP("frmSystemTray", "&Next Media File"), &T::mnuNextImage_Click, true},
     {ITEM(mnuAbout), QT_TRANSLATE_NOOP("frmSystemTray", "-&About"), nullptr, false},
-    {ITEM(mnuExit), QT_TRANSLATE_NOOP("frmSystemTray", "-&Exit"), &T::mnuExit_Click, false},
+    {ITEM(mnuExit), QT_TRANSLATE_NOOP("frmSystemTray", "&Exit"), &T::mnuExit_Click, false},
 };
 // clang-format on
 #undef ITEM
@@ -126,7 +128,10 @@ void frmSystemTray::removeIcon()
         // Not into the foreground: nobody has asked for it. It waits where minimised windows do.
         m_holdsMainViewer = false;
         m_look.stop();
+        // Its state is that of before it was hidden; to the window system it is a new window.
+        viewer.setWindowState(viewer.windowState() & ~Qt::WindowMinimized);
         viewer.showMinimized();
+        showOwned(Qt::WindowMinimized);
     }
 }
 
@@ -171,6 +176,7 @@ void frmSystemTray::bringUp(Qt::WindowState state)
         viewer.Timer1.start();
     viewer.setWindowState(state);
     viewer.show();
+    showOwned(Qt::WindowNoState);
     BringToFront(&viewer);
     // A modal window keeps the keyboard: the one behind it could do nothing with it.
     if (QWidget *modal = QApplication::activeModalWidget())
@@ -202,7 +208,32 @@ void frmSystemTray::takeMainViewer()
         return;
     m_holdsMainViewer = true;
     m_look.start();
+    hideOwned();
     viewer.hide();
+}
+
+/// Some window systems take the windows of a minimised one along and some do not; none brings them back.
+void frmSystemTray::hideOwned()
+{
+    m_owned.clear();
+    const auto windows = form<frmMainViewer>().findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    for (QWidget *window : windows) {
+        if (!window->isWindow() || !window->isVisible())
+            continue;
+        m_owned.append(window);
+        window->hide();
+    }
+}
+
+void frmSystemTray::showOwned(Qt::WindowStates state)
+{
+    for (const QPointer<QWidget> &window : std::exchange(m_owned, {})) {
+        const auto *itsForm = dynamic_cast<const Form *>(window.data());
+        if (!window || (itsForm && itsForm->isUnloaded()))
+            continue;
+        window->setWindowState((window->windowState() & ~Qt::WindowMinimized) | state);
+        window->show();
+    }
 }
 
 void frmSystemTray::returnMainViewer()

@@ -4,7 +4,9 @@
 #include "ui/form.h"
 
 #include <QAction>
+#include <QList>
 #include <QMenu>
+#include <QPointer>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
@@ -71,10 +73,13 @@ private:
     void trayChanged();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     void bringUp(Qt::WindowState state);
+    void hideOwned();
+    void showOwned(Qt::WindowStates state);
     bool commandsAreFree();
 
     TrayPresence m_presence;
     QSystemTrayIcon *m_icon = nullptr;
     QTimer m_look; ///< while the Main Viewer is held: whether there is still an icon to come back by
     bool m_holdsMainViewer = false;
+    QList<QPointer<QWidget>> m_owned; ///< windows of the Main Viewer that left the screen with it
 };

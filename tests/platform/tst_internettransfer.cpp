@@ -213,9 +213,13 @@ void tst_internettransfer::onlyTheWebIsOpened()
     QFETCH(QString, address);
     QFETCH(bool, opened);
     Browser browser;
-    for (const char *scheme : {"http", "https", "file", "mailto", "javascript"})
+    const auto schemes = {"http", "https", "file", "mailto", "javascript"};
+    for (const char *scheme : schemes)
         QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), &browser, "open");
-    QCOMPARE(openWebAddress(QUrl(address)), opened);
+    const bool said = openWebAddress(QUrl(address));
+    for (const char *scheme : schemes)
+        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
+    QCOMPARE(said, opened);
     QCOMPARE(browser.opened.size(), opened ? 1 : 0);
 }
 

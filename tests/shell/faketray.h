@@ -98,11 +98,13 @@ struct MenuEntry
     {
         MenuEntry entry;
         QVariantList children;
+        if (argument.currentType() != QDBusArgument::StructureType)
+            return entry;
         argument.beginStructure();
         argument >> entry.id >> entry.properties >> children;
         argument.endStructure();
         for (const QVariant &child : children)
-            entry.entries.append(from(child.value<QDBusVariant>().variant().value<QDBusArgument>()));
+            entry.entries.append(from(child.value<QDBusArgument>()));
         return entry;
     }
 };

@@ -205,7 +205,7 @@ void tst_frmSystemTray::anEmptyListHasNothingToShow()
     const auto offItems = [this] {
         QStringList labels;
         for (const MenuEntry &found : openedMenu().entries) {
-            if (!found.isEnabled())
+            if (found.isVisible() && !found.isEnabled())
                 labels.append(found.label());
         }
         return labels;

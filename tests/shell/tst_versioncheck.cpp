@@ -87,6 +87,8 @@ void tst_versioncheck::cleanup()
         ShutDownProgram();
     finishShutDown();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (const char *scheme : {"http", "https", "file"})
+        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
     setDialogs(nullptr);
     globals = {};
 }
@@ -124,8 +126,8 @@ void tst_versioncheck::versionsAreComparedAsTexts()
 
 void tst_versioncheck::theServersOwnTextCountsBehindItsMark_data()
 {
-    QTest::addColumn<const char *>("published");
-    QTest::addColumn<const char *>("name");
+    QTest::addColumn<QByteArray>("published");
+    QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("text"); ///< null: the program's own
     const struct
@@ -136,7 +138,7 @@ void tst_versioncheck::theServersOwnTextCountsBehindItsMark_data()
     for (const auto &[published, name] : cases) {
         const auto row = [&, published = published, name = name](const char *what, const char *body, const char *text) {
             QTest::addRow("%s: %s", name, what)
-                << published << name << QByteArray(body) << (text ? QString::fromLatin1(text) : QString());
+                << QByteArray(published) << QByteArray(name) << QByteArray(body) << (text ? QString::fromLatin1(text) : QString());
         };
         row("text", "*B*Hello.\r\nBye.", "Hello.\nBye.");
         row("mark alone", "*B*", "");
@@ -149,22 +151,22 @@ void tst_versioncheck::theServersOwnTextCountsBehindItsMark_data()
 
 void tst_versioncheck::theServersOwnTextCountsBehindItsMark()
 {
-    QFETCH(const char *, published);
-    QFETCH(const char *, name);
+    QFETCH(QByteArray, published);
+    QFETCH(QByteArray, name);
     QFETCH(QByteArray, body);
     QFETCH(QString, text);
     serve("latestversion", published);
-    serve(name, body);
-    const bool asks = !text.isNull() && QLatin1String(name) == QLatin1String("newermessage");
+    serve(name.constData(), body);
+    const bool asks = !text.isNull() && name == "newermessage";
     m_dialogs->answer(asks ? Box::Answer::No : Box::Answer::Ok);
     check();
     Box expected{title, text, Box::Icon::Information};
     if (asks)
         expected = {title, text, Box::Icon::Question, Box::Buttons::YesNo, Box::Answer::No};
     else if (text.isNull())
-        expected.text = versionFinding(QLatin1String(published), localVersion()).text;
+        expected.text = versionFinding(QString::fromLatin1(published), localVersion()).text;
     QCOMPARE(m_dialogs->boxes, QVector<Box>({expected}));
-    QCOMPARE(m_server->paths, (QStringList{file("latestversion"), file(name)}));
+    QCOMPARE(m_server->paths, (QStringList{file("latestversion"), file(name.constData())}));
     QCOMPARE(m_opened.size(), 0);
 }
 
