@@ -14,6 +14,7 @@
 #include "platform/wallpaper.h"
 #include "shell/frmGradient.h"
 #include "shell/frmPreferences.h"
+#include "shell/frmSystemTray.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "thumbnails/frmDataBase.h"
 #include "thumbnails/frmThumbNail.h"
@@ -90,7 +91,7 @@ constexpr std::array formRows{
     window<frmSelectBatchDir>("frmSelectBatchDir"),
     window<frmSlideShowFullScreen>("frmSlideShowFullScreen"),
     notInThisBuild("frmstats"),
-    notInThisBuild("frmSystemTray"),
+    hiddenWindow<frmSystemTray>("frmSystemTray"),
     window<frmThumbNail>("frmThumbNail"),
     hiddenWindow<frmDataBase>("frmDataBase"),
     window<frmTip>("frmTip"),

@@ -24,6 +24,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/instance.h"
+#include "shell/frmSystemTray.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "ui/icons.h"
 #include "ui/yield.h"
@@ -177,6 +178,13 @@ void showStartWindows()
         showInFront(form<frmIntroSelect>(), viewer);
 }
 
+/// A start by a switch has no icon; it comes with the Main Viewer.
+void installTrayIcon()
+{
+    if (!startedBySwitch() && !globals.ProgramExiting)
+        form<frmSystemTray>().Form_Activate();
+}
+
 void whenMainViewerStands(const std::function<void()> &act)
 {
     auto &viewer = form<frmMainViewer>();
@@ -273,6 +281,7 @@ int run(const CommandLine &line, Instance &instance, EndSignals &signals, bool p
         });
     } else if (!globals.ProgramExiting) {
         whenMainViewerStands(&showStartWindows);
+        whenMainViewerStands(&installTrayIcon);
         // What a power cut left of a replaced file is taken away when nobody waits for anything.
         QTimer::singleShot(5000, &application, [] {
             for (const QString &folder : {configFolder(), AppFolder()})
@@ -397,6 +406,8 @@ void commandArrived(const QString &command, const QString &activationToken)
         return;
     form<frmPreviousInstance>().takeIn(command);
     showMainViewerForCommands();
+    if (isLoaded<frmSystemTray>())
+        form<frmSystemTray>().returnMainViewer();
     if (globals.ProgramExiting)
         return;
     // A modal window keeps the keyboard: the one behind it could do nothing with it.

@@ -105,6 +105,7 @@ public:
     void mnuThumbnailsCacheThumbnails_Click();
     void mnuOptionsPreferences_Click(int index);
     void mnuHelpHelp_Click();
+    void mnuHelpNewVersion_Click();
     void mnupopup_Click(int index);
 
     // --- the cache: frmThumbNail_cache.cpp

@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "engine/loadedpicture.h"
 #include "platform/files.h"
+#include "shell/checkfornewversion.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmDataBase.h"
 #include "thumbnails/thumbnailsize.h"
@@ -218,6 +219,11 @@ void frmThumbNail::mnuOptionsPreferences_Click(int index)
     preferences.exec();
     if (here && !isUnloaded())
         readBackColor();
+}
+
+void frmThumbNail::mnuHelpNewVersion_Click()
+{
+    CheckForNewVersion(this);
 }
 
 void frmThumbNail::mnuHelpHelp_Click()

@@ -54,7 +54,7 @@ const ThumbnailMenuRow rows[] = {
 
     {ITEM(mnuHelp), "", "&Help", "", "", nullptr, submenu},
     {ITEM(mnuHelpHelp), "mnuHelp", "&Help", "F1", "help-contents", &T::mnuHelpHelp_Click},
-    {ITEM(mnuHelpNewVersion), "mnuHelp", "Check for &New Version", "", ""},
+    {ITEM(mnuHelpNewVersion), "mnuHelp", "Check for &New Version", "", "", &T::mnuHelpNewVersion_Click},
     {ITEM(mnuHelpAbout), "mnuHelp", "&About", "", ""},
 };
 

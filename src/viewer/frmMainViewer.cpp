@@ -9,6 +9,7 @@
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "shell/checkfornewversion.h"
 #include "shell/frmPreferences.h"
 #include "thumbnails/frmBrowseFolder.h"
 #include "thumbnails/frmThumbNail.h"
@@ -293,6 +294,11 @@ void frmMainViewer::mnuOptionsPreferences_Click()
     preferences.exec();
     // An option of the viewer may have changed.
     Form_Resize();
+}
+
+void frmMainViewer::mnuHelpNewVersion_Click()
+{
+    CheckForNewVersion(this);
 }
 
 void frmMainViewer::mnuHelpHelp_Click()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/internettransfer.h"
 #include "platform/screenawake.h"
 #include "ui/controls.h"
 #include "ui/form.h"
@@ -89,6 +90,7 @@ public:
     CONTROL(wmp9, MediaPlayerControl); ///< on the same rectangle as Picture1
     CONTROL(Toolbar1, QToolBar);
     StatusPanels *StatusBar1;
+    CONTROL(Inet1, InternetTransfer); ///< fetches for the check for a new version
     QTimer Timer1;
     QTimer tmrSlideShow;
     QTimer tmrShowPlayTime;
@@ -164,6 +166,7 @@ public:
     void mnuOptionsDisplayOptions_Click();
     void mnuToolsVolumeControls_Click();
     void mnuHelpHelp_Click();
+    void mnuHelpNewVersion_Click();
     /// The toolbar's "Next": one step in the order of the shuffle mode when that is on.
     void toolbarNext_Click();
     /// The toolbar's "slide": stops the show that runs, or starts the one chosen for the button.

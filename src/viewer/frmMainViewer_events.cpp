@@ -11,6 +11,7 @@
 #include "app/startup.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
+#include "shell/frmSystemTray.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 #include "viewer/listfile.h"
@@ -77,6 +78,11 @@ void frmMainViewer::Form_Load()
         Yield();
         return;
     }
+    // The icon itself comes when everything stands: nobody shall wait for what the desktop has to say to that.
+    form<frmSystemTray>();
+    Yield();
+    if (globals.ProgramExiting)
+        return;
     restoreToolbar();
     qCDebug(logViewer, "loaded in %lld ms", loading.elapsed());
     show();
@@ -196,8 +202,14 @@ void frmMainViewer::resizeEvent(QResizeEvent *event)
 void frmMainViewer::changeEvent(QEvent *event)
 {
     FormMainWindow::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange && !globals.ProgramExiting)
-        Form_Resize();
+    if (event->type() != QEvent::WindowStateChange || globals.ProgramExiting)
+        return;
+    Form_Resize();
+    // Later, because a window cannot well be hidden while it changes its state.
+    if (isMinimized() && isLoaded<frmSystemTray>())
+        QMetaObject::invokeMethod(
+            this, [] { isLoaded<frmSystemTray>() ? form<frmSystemTray>().takeMainViewer() : void(); },
+            Qt::QueuedConnection);
 }
 
 void frmMainViewer::ProcessIfFromCommandLine(const QString &caller)

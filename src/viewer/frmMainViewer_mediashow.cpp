@@ -69,6 +69,8 @@ void frmMainViewer::makeSlideShowItems()
         saveOption("MediaShowLoop", truthText(mnuSlideShowLoopAround->isChecked()));
         prefetchForShow();
     });
+    // On once there is an icon to come back by.
+    mnuOptionsMinimizeSystemTray->setEnabled(false);
     connect(mnuOptionsMinimizeSystemTray, &QAction::triggered, this,
         [this] { saveOption("SystemTrayIcon", truthText(mnuOptionsMinimizeSystemTray->isChecked())); });
     // The two handlers turn the mark themselves, from wherever they are called: a click's own turn is taken back first.

@@ -102,7 +102,7 @@ const MenuRow rows[] = {
 
     {ITEM(mnuOptions), "", "&Options", "", "", nullptr, submenu},
     {ITEM(mnuOptionsPreferences), "mnuOptions", "&Preferences", "Ctrl+,", "configure", &V::mnuOptionsPreferences_Click},
-    {ITEM(mnuOptionsMinimizeSystemTray), "mnuOptions", "&Minimize to System Tray", "", "", nullptr, check},
+    {ITEM(mnuOptionsMinimizeSystemTray), "mnuOptions", "&Minimize to System Tray", "", "", nullptr, check | always},
     {ITEM(mnuOptionsDisplayOptions), "mnuOptions", "&Display Options", "", "", &V::mnuOptionsDisplayOptions_Click},
 
     {ITEM(mnuTools), "", "&Tools", "", "", nullptr, submenu},
@@ -110,7 +110,7 @@ const MenuRow rows[] = {
 
     {ITEM(mnuHelp), "", "&Help", "", "", nullptr, submenu},
     {ITEM(mnuHelpHelp), "mnuHelp", "&Help", "F1", "help-contents", &V::mnuHelpHelp_Click},
-    {ITEM(mnuHelpNewVersion), "mnuHelp", "Check for &New Version", "", ""},
+    {ITEM(mnuHelpNewVersion), "mnuHelp", "Check for &New Version", "", "", &V::mnuHelpNewVersion_Click},
     {ITEM(mnuHelpAbout), "mnuHelp", "&About", "", ""},
 };
 

@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "app/mediatypes.h"
 #include "platform/wallpaper.h"
+#include "shell/frmSystemTray.h"
 
 // What is usable: by the entries of the two lists, and by the kind of the current item.
 
@@ -61,6 +62,10 @@ void frmMainViewer::UpdateMenuAndToolbarState()
     for (QAction *V::*item : selectionItems)
         (this->*item)->setEnabled(selection);
     lstSelect->setBackColor(selection ? listWithEntries : listEmpty);
+
+    // Not every desktop asks before it opens the icon's menu.
+    if (isLoaded<frmSystemTray>())
+        form<frmSystemTray>().updateItems();
 
     if (!display && !selection)
         showNothing();

@@ -1,11 +1,11 @@
 #include "viewer/listfile.h"
 
 #include "platform/filepath.h"
+#include "platform/textdecoding.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 
@@ -19,25 +19,6 @@ constexpr QLatin1String firstLine("[File List]");
 constexpr QLatin1String countName("No. Of Pictures");
 constexpr QLatin1String indexName("Current Index");
 constexpr QLatin1String endMarker("*** End of List ***");
-
-/// Bytes 0x80 to 0x9f of Windows-1252; its five gaps stand for themselves. From the code chart of the Unicode
-/// Consortium.
-constexpr std::array<char16_t, 32> windows1252{0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6,
-    0x2030, 0x0160, 0x2039, 0x0152, 0x008d, 0x017d, 0x008f, 0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013,
-    0x2014, 0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
-
-/// Lists of older versions were written in the code page of their time.
-QString decoded(QByteArrayView field)
-{
-    if (field.isValidUtf8())
-        return QString::fromUtf8(field);
-    QString text = QString::fromLatin1(field);
-    for (QChar &character : text) {
-        if (character.unicode() >= 0x80 && character.unicode() <= 0x9f)
-            character = QChar(windows1252[character.unicode() - 0x80U]);
-    }
-    return text;
-}
 
 /// The number a text begins with, cut to a whole one: "12.9 and more" is 12, "1e3" is 1000, "none" is 0.
 int leadingNumber(QStringView text)
@@ -164,7 +145,7 @@ std::optional<QString> ListFieldReader::next()
     const auto ends = [quoted](char byte) { return byte == '\n' || byte == '\r' || byte == (quoted ? '"' : ','); };
     const auto end = std::find_if(m_bytes.cbegin() + m_position, m_bytes.cend(), ends);
     const qsizetype length = end - (m_bytes.cbegin() + m_position);
-    const QString field = decoded(QByteArrayView(m_bytes).sliced(m_position, length));
+    const QString field = textFromBytes(QByteArrayView(m_bytes).sliced(m_position, length));
     m_position += length;
     if (quoted && !atEnd() && m_bytes[m_position] == '"')
         ++m_position;

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QMutex>
+#include <QThread>
+
+/// A desktop's register of status icons on a bus, on a thread of its own: whoever registers there waits for the answer.
+class FakeTray : public QDBusVirtualObject
+{
+public:
+    FakeTray(const QString &address, bool hasHost)
+        : m_name(QStringLiteral("fake tray"))
+        , m_hasHost(hasHost)
+    {
+        moveToThread(&m_thread);
+        m_thread.start();
+        QDBusConnection bus = QDBusConnection::connectToBus(address, m_name);
+        bus.registerVirtualObject(path(), this);
+        bus.registerService(interface());
+    }
+    ~FakeTray() override
+    {
+        QDBusConnection::disconnectFromBus(m_name);
+        m_thread.quit();
+        m_thread.wait();
+    }
+
+    /// The desktop begins to draw icons, or ends to.
+    void setHost(bool hasHost)
+    {
+        m_hasHost = hasHost;
+        QDBusConnection(m_name).send(QDBusMessage::createSignal(path(), interface(),
+            hasHost ? QStringLiteral("StatusNotifierHostRegistered")
+                    : QStringLiteral("StatusNotifierHostUnregistered")));
+    }
+    QStringList items() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_items;
+    }
+
+    QString introspect(const QString &) const override
+    {
+        return QStringLiteral("<interface name=\"org.kde.StatusNotifierWatcher\">"
+                              "<property name=\"IsStatusNotifierHostRegistered\" type=\"b\" access=\"read\"/>"
+                              "<property name=\"RegisteredStatusNotifierItems\" type=\"as\" access=\"read\"/>"
+                              "<property name=\"ProtocolVersion\" type=\"i\" access=\"read\"/>"
+                              "<method name=\"RegisterStatusNotifierItem\"><arg type=\"s\" direction=\"in\"/></method>"
+                              "<signal name=\"StatusNotifierHostRegistered\"/></interface>");
+    }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        if (message.member() == QLatin1String("Get"))
+            return connection.send(message.createReply(
+                QVariant::fromValue(QDBusVariant(property(message.arguments().at(1).toString())))));
+        if (message.member() != QLatin1String("RegisterStatusNotifierItem"))
+            return false;
+        const QMutexLocker lock(&m_mutex);
+        m_items.append(message.arguments().constFirst().toString());
+        return connection.send(message.createReply());
+    }
+
+private:
+    static QString path() { return QStringLiteral("/StatusNotifierWatcher"); }
+    static QString interface() { return QStringLiteral("org.kde.StatusNotifierWatcher"); }
+    QVariant property(const QString &name) const
+    {
+        if (name == QLatin1String("IsStatusNotifierHostRegistered"))
+            return m_hasHost.load();
+        return name == QLatin1String("ProtocolVersion") ? QVariant(0) : QVariant(items());
+    }
+    QThread m_thread;
+    QString m_name;
+    mutable QMutex m_mutex;
+    QStringList m_items;
+    std::atomic<bool> m_hasHost;
+};
+
+/// An entry of a menu as it stands on the bus (com.canonical.dbusmenu).
+struct MenuEntry
+{
+    int id = 0;
+    QVariantMap properties;
+    QList<MenuEntry> entries;
+
+    QString label() const { return properties.value(QStringLiteral("label")).toString(); }
+    bool isEnabled() const { return properties.value(QStringLiteral("enabled"), true).toBool(); }
+    bool isVisible() const { return properties.value(QStringLiteral("visible"), true).toBool(); }
+    bool isSeparator() const
+    {
+        return properties.value(QStringLiteral("type")).toString() == QLatin1String("separator");
+    }
+    static MenuEntry from(const QDBusArgument &argument)
+    {
+        MenuEntry entry;
+        QVariantList children;
+        if (argument.currentType() != QDBusArgument::StructureType)
+            return entry;
+        argument.beginStructure();
+        argument >> entry.id >> entry.properties >> children;
+        argument.endStructure();
+        for (const QVariant &child : children)
+            entry.entries.append(from(child.value<QDBusArgument>()));
+        return entry;
+    }
+};
