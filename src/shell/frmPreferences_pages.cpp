@@ -67,12 +67,9 @@ void frmPreferences::makeTabs()
     SSTab1->addTab(makeThumbnailPage(), tr("Thumbnail Options"));
     SSTab1->addTab(makeQualityPage(), tr("Quality / Size Options"));
     SSTab1->addTab(makeFileTypesPage(), tr("Select File Types"));
-    SSTab1->addTab(new QWidget, tr("Associate File Types"));
+    SSTab1->addTab(makeAssociationsPage(), tr("Associate File Types"));
     SSTab1->addTab(makeSummaryPage(), tr("Information Summary"));
     SSTab1->addTab(makeFolderPage(), tr("Default Folder Options"));
-    // Until there is something on it. Ctrl+Tab stops at a hidden tab that is enabled.
-    SSTab1->setTabVisible(AssociateFileTypes, false);
-    SSTab1->setTabEnabled(AssociateFileTypes, false);
     SSTab1->setAccessibleName(tr("Groups of options"));
     rows->addWidget(SSTab1);
 

@@ -32,3 +32,4 @@ set_target_properties(wallpaper_standin PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${C
 add_dependencies(tst_wallpapercommands wallpaper_standin)
 lumora_test(platform/tst_desktoptools.cpp rules)
 lumora_test(platform/tst_screenawake.cpp windows)
+lumora_test(platform/tst_fileassociations.cpp rules)
