@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <iterator>
 #include <string_view>
 
@@ -62,26 +63,24 @@ constexpr int firstAudioBox = fileTypeCount + 1;
 constexpr int firstExtraBox = firstAudioBox + avFileTypeCount;
 static_assert(firstExtraBox + int(std::size(extraCaptions)) == associationBoxCount + 1);
 
-/// A type's MIME type on this system, of the desktop entry's. IMG, GEM and PIC have none here: those extensions belong
-/// to disk images, archives and others, whose programs stay what they are.
-constexpr std::pair<std::string_view, const char *> mimeTypes[] = {{"ART", "image/x-art"}, {"BMP", "image/bmp"},
-    {"CUR", "image/x-win-bitmap"}, {"CUT", "image/x-cut"}, {"DIB", "image/bmp"}, {"EMF", "image/emf"},
-    {"GIF", "image/gif"}, {"HRZ", "image/x-hrz"}, {"ICO", "image/vnd.microsoft.icon"}, {"IFF", "image/x-ilbm"},
-    {"JPG", "image/jpeg"}, {"JPE", "image/jpeg"}, {"JPEG", "image/jpeg"}, {"LBM", "image/x-ilbm"},
-    {"MAC", "image/x-macpaint"}, {"MSP", "image/x-msp"}, {"PBM", "image/x-portable-bitmap"},
-    {"PCX", "image/vnd.zbrush.pcx"}, {"PGM", "image/x-portable-graymap"}, {"PNG", "image/png"},
-    {"PNM", "image/x-portable-anymap"}, {"PPM", "image/x-portable-pixmap"}, {"RAS", "image/x-cmu-raster"},
-    {"RLE", "image/rle"}, {"TGA", "image/x-tga"}, {"TIF", "image/tiff"}, {"TIFF", "image/tiff"}, {"WMF", "image/wmf"},
-    {"WPG", "application/x-wpg"}, {"ASF", "application/vnd.ms-asf"}, {"ASX", "audio/x-ms-asx"},
-    {"WMA", "audio/x-ms-wma"}, {"WMV", "video/x-ms-wmv"}, {"AVI", "video/x-msvideo"}, {"WAV", "audio/x-wav"},
-    {"MPG", "video/mpeg"}, {"MPEG", "video/mpeg"}, {"MP2", "audio/mp2"}, {"MP3", "audio/mpeg"}, {"MID", "audio/midi"},
-    {"DCX", "image/vnd.zbrush.dcx"}, {"MBM", "image/x-epoc-mbm"}, {"PCD", "image/x-photo-cd"},
-    {"PSD", "image/vnd.adobe.photoshop"}, {"PSP", "image/x-psp"}, {"SFW", "image/x-sfw"}, {"RGB", "image/x-rgb"},
-    {"XBM", "image/x-xbitmap"}, {"XPM", "image/x-xpixmap"}, {"XWD", "image/x-xwindowdump"},
-    {"LSL", "application/x-lumora-list"}, {"CRW", "image/x-canon-crw"}, {"DCR", "image/x-kodak-dcr"},
-    {"FPX", "image/vnd.fpx"}, {"JP2", "image/jp2"}, {"MRW", "image/x-minolta-mrw"}, {"NEF", "image/x-nikon-nef"},
-    {"ORF", "image/x-olympus-orf"}, {"RAF", "image/x-fuji-raf"}, {"PMP", "image/x-pmp"}, {"THM", "image/x-thm"},
-    {"WBMP", "image/vnd.wap.wbmp"}};
+// clang-format off
+/// The desktop entry's MIME types, by the boxes' captions from box 1. IMG, GEM and PIC have none: on most systems those
+/// extensions belong to disk images, archives and others, whose programs stay what they are.
+constexpr const char *mimeTypes[] = {
+    "image/x-art", "image/bmp", "image/x-win-bitmap", "image/x-cut", "image/bmp", "image/emf", "", "image/gif",
+    "image/x-hrz", "image/vnd.microsoft.icon", "image/x-ilbm", "", "image/jpeg", "image/x-ilbm", "image/x-macpaint",
+    "image/x-msp", "image/x-portable-bitmap", "image/vnd.zbrush.pcx", "image/x-portable-graymap", "", "image/png",
+    "image/x-portable-anymap", "image/x-portable-pixmap", "image/x-cmu-raster", "image/rle", "image/x-tga", "image/tiff",
+    "image/wmf", "application/x-wpg",
+    "application/vnd.ms-asf", "audio/x-ms-asx", "audio/x-ms-wma", "video/x-ms-wmv", "video/x-msvideo", "audio/x-wav",
+    "video/mpeg", "audio/mp2", "audio/mpeg", "audio/midi",
+    "image/x-xwindowdump", "image/vnd.zbrush.dcx", "image/x-epoc-mbm", "image/x-photo-cd", "image/vnd.adobe.photoshop",
+    "image/x-psp", "image/x-sfw", "image/x-rgb", "image/x-xbitmap", "image/x-xpixmap", "", "image/vnd.wap.wbmp",
+    "image/x-canon-crw", "image/x-kodak-dcr", "image/vnd.fpx", "image/jp2", "image/x-minolta-mrw", "image/x-nikon-nef",
+    "image/x-olympus-orf", "image/x-fuji-raf", "image/x-pmp", "image/x-thm",
+};
+// clang-format on
+static_assert(std::size(mimeTypes) == associationBoxCount);
 
 QString extensionKey(const QString &code)
 {
@@ -190,16 +189,6 @@ QString associationCaption(int box)
     return QLatin1String(extraCaptions[box - firstExtraBox]);
 }
 
-QStringList codesOfBox(int box)
-{
-    QStringList codes;
-    forEachApplied([&](const QString &code, int decidedBy) {
-        if (decidedBy == box)
-            codes.append(code);
-    });
-    return codes;
-}
-
 AssociationWrites classWrites(const QString &programFolder, const QString &programName)
 {
     AssociationWrites writes;
@@ -263,18 +252,19 @@ AssociationBoxes associatedBoxes(const DefaultReader &readDefault)
 QVector<DesktopType> desktopTypes(const AssociationBoxes &boxes)
 {
     QVector<DesktopType> types;
-    forEachApplied([&](const QString &code, int box) {
-        const auto *row = std::find_if(std::begin(mimeTypes), std::end(mimeTypes),
-            [&](const auto &pair) { return code == QLatin1String(pair.first.data(), qsizetype(pair.first.size())); });
-        if (row == std::end(mimeTypes) || box == 0)
-            return;
-        const auto known = std::find_if(
-            types.begin(), types.end(), [row](const DesktopType &type) { return type.name == row->second; });
+    const auto add = [&](const char *name, bool wanted) {
+        const auto known =
+            std::find_if(types.begin(), types.end(), [name](const DesktopType &type) { return type.name == name; });
         if (known == types.end())
-            types.append({row->second, boxes[std::size_t(box)]});
+            types.append({name, wanted});
         else
-            known->wanted = known->wanted || boxes[std::size_t(box)];
-    });
+            known->wanted = known->wanted || wanted;
+    };
+    for (std::size_t box = 1; box <= associationBoxCount; ++box) {
+        if (*mimeTypes[box - 1])
+            add(mimeTypes[box - 1], boxes[box]);
+    }
+    add("application/x-lumora-list", boxes[listFileBox]);
     return types;
 }
 

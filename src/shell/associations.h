@@ -17,15 +17,12 @@
 
 inline constexpr int associationBoxCount = 61; ///< chkAssocFileType(1..61)
 inline constexpr int missingAssociationBox = 50;
+inline constexpr int listFileBox = 51; ///< ".WBMP" decides list files too
 /// The state of the boxes, by their index; 0 and the missing one stay off.
 using AssociationBoxes = std::bitset<associationBoxCount + 1>;
 
 /// Caption of a box; empty for the missing one.
 QString associationCaption(int box);
-/// The type codes ("JPE") that follow a box when the choice is applied. For many boxes that is another type than the
-/// caption's: the box is that of the code's place in the list.
-QStringList codesOfBox(int box);
-
 struct AssociationWrite
 {
     enum class Action { CreateClassesKey, CreateUserKey, SetClassesValue, SetUserValue, DeleteClassesKey, Beep };
@@ -52,8 +49,9 @@ AssociationWrites choiceWrites(const AssociationBoxes &boxes, const DefaultReade
 /// Which boxes show as checked.
 AssociationBoxes associatedBoxes(const DefaultReader &readDefault);
 
-/// What the desktop is told of a choice: each MIME type once, wanted when one of its extensions is. Left out are types
-/// that belong to others on this system, and what no box decides.
+/// What the desktop is told of a choice: each MIME type once, wanted when the box of one of its extensions is checked.
+/// Here a box stands for the type of its caption, without the places of the store, as nobody would know what opens his
+/// files otherwise. Left out are extensions that belong to other types on this system.
 QVector<DesktopType> desktopTypes(const AssociationBoxes &boxes);
 
 /// Writes in order; nothing is checked, as a key that cannot be opened keeps its value. `beep` sounds for each Beep.

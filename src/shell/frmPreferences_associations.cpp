@@ -80,18 +80,6 @@ void tellDesktop(const AssociationBoxes &boxes)
         qCWarning(logAssociations, "the desktop was not told: %s", qPrintable(told.reason()));
 }
 
-/// What a box decides, where its caption names another type.
-QString boxTip(int box)
-{
-    const QStringList codes = codesOfBox(box);
-    if (codes.size() == 1 && associationCaption(box).contains(QLatin1Char('.') + codes.first()))
-        return {};
-    QStringList types;
-    for (const QString &code : codes)
-        types.append(QLatin1Char('.') + code);
-    return frmPreferences::tr("Set Associations applies this box to %1").arg(types.join(QStringLiteral(", ")));
-}
-
 QGridLayout *boxGroup(const QString &title, QVBoxLayout *rows, QWidget *page)
 {
     auto *group = new QGroupBox(title, page);
@@ -122,14 +110,15 @@ QWidget *frmPreferences::makeAssociationsPage()
             if (box == missingAssociationBox)
                 continue;
             chkAssocFileType[box]->setText(associationCaption(box));
-            chkAssocFileType[box]->setToolTip(boxTip(box));
-            chkAssocFileType[box]->setAccessibleDescription(boxTip(box));
             grid->addWidget(chkAssocFileType[box], place / group.columns, place % group.columns);
             ++place;
         }
         for (int column = 0; column < group.columns; ++column)
             grid->setColumnStretch(column, 1);
     }
+
+    chkAssocFileType[listFileBox]->setToolTip(tr("With the list files of Lumora (.Lsl)"));
+    chkAssocFileType[listFileBox]->setAccessibleDescription(chkAssocFileType[listFileBox]->toolTip());
 
     auto *note = new QLabel(tr("Files of the checked types will open with Lumora V3 on your desktop, those of the "
                                "others with the program they had before. Types of one kind, as .JPG and .JPEG, go "

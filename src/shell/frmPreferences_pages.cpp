@@ -6,6 +6,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QStyle>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace {
@@ -81,7 +82,8 @@ void frmPreferences::makeTabs()
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
-    resize(sizeHint().expandedTo({760, 540}));
+    const int allTabs = SSTab1->tabBar()->sizeHint().width() + 40;
+    resize(sizeHint().expandedTo({qBound(760, allTabs, 884), 540}));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
