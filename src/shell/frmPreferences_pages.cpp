@@ -5,6 +5,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QScreen>
 #include <QStyle>
 #include <QTabBar>
 #include <QVBoxLayout>
@@ -83,7 +84,7 @@ void frmPreferences::makeTabs()
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
     const int allTabs = SSTab1->tabBar()->sizeHint().width() + 40;
-    resize(sizeHint().expandedTo({qBound(760, allTabs, 884), 540}));
+    resize(sizeHint().expandedTo({qMax(760, qMin(allTabs, screen()->availableSize().width() - 16)), 540}));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
