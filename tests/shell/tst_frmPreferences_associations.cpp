@@ -43,12 +43,9 @@ private Q_SLOTS:
     void theStoreIsShownWhenTheTabIsShown();
     void aChoiceNotYetSetSurvivesAnActivation();
     void settingWritesStoreAndDesktopAndSaysSo();
-    void eachTypeWithoutAnOwnerSounds();
     void aDesktopThatCannotBeToldIsNoObstacle();
-    void leavingTheTabAsks_data();
-    void leavingTheTabAsks();
-    void theOKButtonAsks_data();
-    void theOKButtonAsks();
+    void leavingAsks_data();
+    void leavingAsks();
     void eventsBetweenTheStepsChangeNothing();
 
 private:
@@ -140,6 +137,7 @@ void tst_frmPreferences_associations::settingWritesStoreAndDesktopAndSaysSo()
     QCOMPARE(m_dialogs->boxes[0].text, QStringLiteral("File Association Changes have been made successfully"));
     QCOMPARE(m_dialogs->boxes[0].icon, MessageBox::Icon::Information);
     QVERIFY(!window().AssociationsChanged);
+    QCOMPARE(m_beeps, 63); // of 65 types, without JPG and XWD
     QCOMPARE(owner(".jpg"), QStringLiteral("Lumora.jpg.3"));
     QVERIFY(owner("Lumora.jpg.3\\Shell\\Open\\Command").startsWith(QLatin1Char('"') + m_home->path()));
     QCOMPARE(list(), "[Default Applications]\nimage/jpeg=" + own + ";gimp.desktop\n");
@@ -149,14 +147,6 @@ void tst_frmPreferences_associations::settingWritesStoreAndDesktopAndSaysSo()
     window().cmdMakeAssoc->click();
     QCOMPARE(owner(".jpg"), QString());
     QCOMPARE(list(), before);
-}
-
-void tst_frmPreferences_associations::eachTypeWithoutAnOwnerSounds()
-{
-    window().chkAssocFileType[13]->click();
-    m_dialogs->answer(MessageBox::Answer::Ok);
-    window().cmdMakeAssoc->click();
-    QCOMPARE(m_beeps, 63); // 65 types, without JPG and XWD
 }
 
 void tst_frmPreferences_associations::aDesktopThatCannotBeToldIsNoObstacle()
@@ -169,52 +159,40 @@ void tst_frmPreferences_associations::aDesktopThatCannotBeToldIsNoObstacle()
     QCOMPARE(owner(".jpg"), QStringLiteral("Lumora.jpg.3"));
 }
 
-void tst_frmPreferences_associations::leavingTheTabAsks_data()
+void tst_frmPreferences_associations::leavingAsks_data()
 {
+    QTest::addColumn<bool>("byOK");
     QTest::addColumn<bool>("yes");
-    QTest::newRow("Yes sets") << true;
-    QTest::newRow("No keeps the choice for later") << false;
+    QTest::newRow("Yes on another tab") << false << true;
+    QTest::newRow("No on another tab keeps the choice for later") << false << false;
+    QTest::newRow("Yes on OK") << true << true;
+    QTest::newRow("No on OK drops the choice") << true << false;
 }
 
-void tst_frmPreferences_associations::leavingTheTabAsks()
+void tst_frmPreferences_associations::leavingAsks()
 {
+    QFETCH(bool, byOK);
     QFETCH(bool, yes);
     window().SSTab1->setCurrentIndex(0); // nothing was changed, nothing is asked
     window().SSTab1->setCurrentIndex(frmPreferences::AssociateFileTypes);
+    window().show();
     window().chkAssocFileType[13]->click();
     m_dialogs->answer(yes ? MessageBox::Answer::Yes : MessageBox::Answer::No);
     if (yes)
         m_dialogs->answer(MessageBox::Answer::Ok);
-    window().SSTab1->setCurrentIndex(0);
+    if (byOK)
+        window().cmdOK->click();
+    else
+        window().SSTab1->setCurrentIndex(0);
     const MessageBox &question = m_dialogs->boxes[0];
     QCOMPARE(question.title, QStringLiteral("Apply Associations?"));
     QCOMPARE(question.text, QStringLiteral("Do you want to apply file association changes?"));
     QCOMPARE(question.buttons, MessageBox::Buttons::YesNo);
     QCOMPARE(owner(".jpg"), yes ? QStringLiteral("Lumora.jpg.3") : QString());
-    QCOMPARE(window().AssociationsChanged, !yes);
-    window().SSTab1->setCurrentIndex(1);
-    QCOMPARE(m_dialogs->boxes.size(), yes ? 2 : 1);
-}
-
-void tst_frmPreferences_associations::theOKButtonAsks_data()
-{
-    leavingTheTabAsks_data();
-}
-
-void tst_frmPreferences_associations::theOKButtonAsks()
-{
-    QFETCH(bool, yes);
-    window().show();
-    window().chkAssocFileType[13]->click();
-    m_dialogs->answer(yes ? MessageBox::Answer::Yes : MessageBox::Answer::No);
-    if (yes)
-        m_dialogs->answer(MessageBox::Answer::Ok);
-    window().cmdOK->click();
-    QVERIFY(!window().isVisible() && !window().AssociationsChanged);
-    QCOMPARE(owner(".jpg"), yes ? QStringLiteral("Lumora.jpg.3") : QString());
-    window().show();
+    QCOMPARE(window().AssociationsChanged, !byOK && !yes);
+    QCOMPARE(window().isVisible(), !byOK);
     window().Form_Activate();
-    QCOMPARE(checkedBoxes(), yes ? 2 : 0); // with the one of window dumps
+    QCOMPARE(window().chkAssocFileType[13]->isChecked(), yes || !byOK);
 }
 
 void tst_frmPreferences_associations::eventsBetweenTheStepsChangeNothing()

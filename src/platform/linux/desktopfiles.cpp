@@ -4,7 +4,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 
-#include <QStandardPaths>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cstring>
@@ -38,13 +38,24 @@ QByteArray commandWord(const QByteArray &path)
     return escapedText(word + '"');
 }
 
+/// The data folders of the system, however the user's own one is written among them.
+QStringList systemFolders()
+{
+    const QString own = QFileInfo(dataHomeFolder()).canonicalFilePath();
+    QStringList folders = qEnvironmentVariable("XDG_DATA_DIRS").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    if (folders.isEmpty())
+        folders = {QStringLiteral("/usr/local/share"), QStringLiteral("/usr/share")};
+    folders.removeIf([&](const QString &folder) {
+        return !folder.startsWith(QLatin1Char('/')) || QFileInfo(folder).canonicalFilePath() == own;
+    });
+    return folders;
+}
+
 bool isInstalled(const QString &file)
 {
-    const QString own = dataHomeFolder();
-    const QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
-    return std::any_of(folders.begin(), folders.end(), [&](const QString &folder) {
-        return folder + QLatin1Char('/') != own && FileExists(folder + QLatin1Char('/') + file);
-    });
+    const QStringList folders = systemFolders();
+    return std::any_of(folders.begin(), folders.end(),
+        [&](const QString &folder) { return FileExists(folder + QLatin1Char('/') + file); });
 }
 
 Result<void> makeFoldersOf(const QString &file)

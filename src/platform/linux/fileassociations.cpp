@@ -213,6 +213,14 @@ Result<void> AssociationChange::writeList(const QByteArray &text)
     return written;
 }
 
+/// Files that nobody remembers would be taken for somebody else's.
+void forgetDesktopFiles(QStringList files)
+{
+    const QStringList remembered = AssociationMemory::read(memoryPath()).files;
+    files.removeIf([&](const QString &file) { return remembered.contains(file); });
+    ignore(removeDesktopFiles(files));
+}
+
 bool isWanted(const DesktopType &type)
 {
     return type.wanted;
@@ -238,8 +246,10 @@ Result<QList<ToolCommand>> setDesktopTypes(const QVector<DesktopType> &types, co
         change.memory.files.clear();
     }
     change.decide(types, bool(made.result));
-    if (Result<void> written = change.write(); !written)
+    if (Result<void> written = change.write(); !written) {
+        forgetDesktopFiles(made.files);
         return written.failure();
+    }
     if (!made.result)
         return made.result.failure();
     return made.commands;
