@@ -105,6 +105,7 @@ void frmPreferences::Form_Activate()
     }
     showStoredFolder();
     sldThumbNailSize_Change();
+    readAssociations();
     if (GetMediaKind(globals.CurrentMediaFile) != kindMotion) {
         form<checkjpg>().Picture1.setPicture(form<checkjpg>().Gvbox2.picture());
         sldThumbNailSize_Change();
@@ -138,6 +139,8 @@ void frmPreferences::Form_QueryUnload(bool &cancel)
 
 void frmPreferences::cmdOK_Click()
 {
+    if (!offerAssociations())
+        return;
     // Enter leaves the focus in a field.
     bringIntoRange(txtJPGQuality);
     bringIntoRange(txtJPG2000Quality);
@@ -289,6 +292,7 @@ void frmPreferences::connectHandlers()
     connectQuality(txtJPGQuality, udJPGQuality);
     connectQuality(txtJPG2000Quality, udJPG2000Quality);
     connectTypeButtons();
+    connectAssociations();
 }
 
 // The text leads: a number of the range moves the spin control, which in turn writes whole numbers only when it is

@@ -12,6 +12,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 
+#include <functional>
 #include <initializer_list>
 
 /// The window of options. It stays loaded for the life of the program: a control's state is the live value of its
@@ -64,6 +65,13 @@ public:
     CONTROL(cmdClearAllAudioTypesCommand3, QPushButton);
     CONTROL(cmdInvertSelectionsAudio, QPushButton);
 
+    // Associate File Types
+    CONTROL_ARRAY(chkAssocFileType, QCheckBox, 1, 61); ///< without the one in the middle, missingAssociationBox
+    CONTROL(cmdAssocSelectAll, QPushButton);
+    CONTROL(cmdAssocClearAll, QPushButton);
+    CONTROL(cmdAssocInvertAll, QPushButton);
+    CONTROL(cmdMakeAssoc, QPushButton);
+
     // Information Summary
     CONTROL(chkCountFileTypes, QCheckBox);
     CONTROL(chkCountFileSize, QCheckBox);
@@ -77,7 +85,10 @@ public:
 
     CONTROL(cmdOK, QPushButton);
 
+    /// A box of the associations was changed since they were set; until then the boxes keep what was chosen.
     bool AssociationsChanged = false;
+    /// Sounds for each type that has no owner any more; tests count.
+    std::function<void()> beep;
     /// Up while the settings are moved into the controls: handlers show what changed and write nothing.
     bool LoadingSettings = false;
 
@@ -95,6 +106,8 @@ public:
     /// Shows the size and builds the sample from the picture that `Picture1` of the support window holds.
     void sldThumbNailSize_Change();
     void cmdClearAllTypes_Click();
+    /// Writes the associations, tells the desktop, and says so.
+    void cmdMakeAssoc_Click();
     void optDefaultOpenFolder_Click();
     /// Puts a quality field that was left with no number of its range back into it.
     void txtJPGQuality_LostFocus();
@@ -111,17 +124,23 @@ private:
     QWidget *makeThumbnailPage();
     QWidget *makeQualityPage();
     QWidget *makeFileTypesPage();
+    QWidget *makeAssociationsPage();
     QWidget *makeSummaryPage();
     QWidget *makeFolderPage();
     QWidget *makeTypeButtons();
     void connectHandlers();
     void connectTypeButtons();
+    void connectAssociations();
+    void readAssociations();
+    /// False when the window has gone meanwhile.
+    bool offerAssociations();
     void connectQuality(QLineEdit *text, QSpinBox *spin);
     void writeBox(QCheckBox *box, const char *key);
     void writeOption(const char *key, const QString &value);
     void setTypes(std::initializer_list<int> fileTypes, std::initializer_list<int> polyFileTypes);
     void showStoredFolder();
     QColor m_thumbnailBackColor = Qt::black;
+    int m_page = 0; ///< of SSTab1, that was shown last
 };
 
 /// The number at the beginning of a text, as a field is read: 0 when there is none.

@@ -6,7 +6,9 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QScreen>
 #include <QStyle>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace {
@@ -68,12 +70,9 @@ void frmPreferences::makeTabs()
     SSTab1->addTab(makeThumbnailPage(), tr("Thumbnail Options"));
     SSTab1->addTab(makeQualityPage(), tr("Quality / Size Options"));
     SSTab1->addTab(makeFileTypesPage(), tr("Select File Types"));
-    SSTab1->addTab(new QWidget, tr("Associate File Types"));
+    SSTab1->addTab(makeAssociationsPage(), tr("Associate File Types"));
     SSTab1->addTab(makeSummaryPage(), tr("Information Summary"));
     SSTab1->addTab(makeFolderPage(), tr("Default Folder Options"));
-    // Until there is something on it. Ctrl+Tab stops at a hidden tab that is enabled.
-    SSTab1->setTabVisible(AssociateFileTypes, false);
-    SSTab1->setTabEnabled(AssociateFileTypes, false);
     SSTab1->setAccessibleName(tr("Groups of options"));
     rows->addWidget(SSTab1);
 
@@ -85,7 +84,8 @@ void frmPreferences::makeTabs()
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
-    resize(sizeHint().expandedTo({760, 540}));
+    const int allTabs = SSTab1->tabBar()->sizeHint().width() + 40;
+    resize(sizeHint().expandedTo({qMax(760, qMin(allTabs, screen()->availableSize().width() - 16)), 540}));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()

@@ -2,3 +2,5 @@
 lumora_test(shell/tst_frmPreferences.cpp windows)
 lumora_test(shell/tst_versioncheck.cpp windows)
 lumora_test(shell/tst_frmSystemTray.cpp windows)
+lumora_test(shell/tst_associations.cpp rules)
+lumora_test(shell/tst_frmPreferences_associations.cpp windows)

@@ -81,13 +81,14 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<TemporaryHome> m_home;
+    ScriptedDialogs *m_dialogs = nullptr;
 };
 
 void tst_frmPreferences::init()
 {
     m_home = std::make_unique<TemporaryHome>();
     globals = {};
-    ScriptedDialogs::install();
+    m_dialogs = &ScriptedDialogs::install();
     form<frmPreferences>();
 }
 
@@ -371,6 +372,8 @@ void tst_frmPreferences::closingHidesUnlessTheProgramEnds()
     window.AssociationsChanged = true;
     globals.ProgramExiting = exiting;
     QPointer<frmPreferences> guard(&window);
+    if (!exiting)
+        m_dialogs->answer(MessageBox::Answer::No); // what is not set yet need not be
     window.close();
     QVERIFY(!window.isVisible());
     QCOMPARE(window.AssociationsChanged, exiting);
@@ -396,7 +399,6 @@ void tst_frmPreferences::mnemonicsOfAPageDiffer()
             letters.append(letter.toString());
         }
     }
-    QVERIFY(!tabs->isTabVisible(frmPreferences::AssociateFileTypes));
 }
 
 void tst_frmPreferences::everyControlHasANameToBeRead()
