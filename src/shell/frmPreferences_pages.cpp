@@ -1,14 +1,33 @@
 #include "shell/frmPreferences.h"
 
 #include "app/mediatypes.h"
+#include "shell/menubackgroundbox.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QScreen>
+#include <QScrollArea>
 #include <QStyle>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace {
+/// A page that scrolls where the window is too small for it.
+QWidget *scrolled(QWidget *page)
+{
+    auto *area = new QScrollArea(page->parentWidget());
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    // The ground of the tab, not that of a list; Tab goes to what stands on it.
+    area->viewport()->setAutoFillBackground(false);
+    page->setAutoFillBackground(false);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(page);
+    page->setAutoFillBackground(false);
+    return area;
+}
+
 QLabel *helpText(const QString &text, QWidget *owner)
 {
     auto *label = new QLabel(text, owner);
@@ -84,7 +103,12 @@ void frmPreferences::makeTabs()
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
-    resize(sizeHint().expandedTo({760, 540}));
+    // As large as the largest page, where the screen has that room.
+    QSize pages(640, 400);
+    for (const QScrollArea *area : SSTab1->findChildren<QScrollArea *>())
+        pages = pages.expandedTo(area->widget()->sizeHint());
+    const QSize frame(40, 2 * cmdOK->sizeHint().height() + SSTab1->tabBar()->sizeHint().height());
+    resize((pages + frame).boundedTo(screen()->availableSize() * 9 / 10));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
@@ -142,15 +166,18 @@ QWidget *frmPreferences::makeThumbnailPage()
     QGroupBox *screenBox = group(tr("Screen Options"), page, screen);
     chkStretch->setText(tr("Stretc&h Viewer Image"));
     screen->addWidget(chkStretch);
+    screen->addStretch();
+    auto *menuBox = new MenuBackgroundBox(page);
 
     grid->addWidget(lookBox, 0, 0);
     grid->addWidget(sampleBox, 0, 1);
     grid->addWidget(compressionBox, 1, 0);
     grid->addWidget(cacheBox, 1, 1);
-    grid->addWidget(screenBox, 2, 0, 1, 2);
+    grid->addWidget(menuBox, 2, 0);
+    grid->addWidget(screenBox, 2, 1);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(3, 1);
-    return page;
+    return scrolled(page);
 }
 
 QWidget *frmPreferences::makeQualityPage()
@@ -204,7 +231,7 @@ QWidget *frmPreferences::makeQualityPage()
     grid->addWidget(diffuseBox, 1, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(2, 1);
-    return page;
+    return scrolled(page);
 }
 
 QWidget *frmPreferences::makeTypeButtons()
@@ -263,7 +290,7 @@ QWidget *frmPreferences::makeFileTypesPage()
     rows->addWidget(picturesBox);
     rows->addWidget(audioBox);
     rows->addStretch();
-    return page;
+    return scrolled(page);
 }
 
 QWidget *frmPreferences::makeSummaryPage()
@@ -285,7 +312,7 @@ QWidget *frmPreferences::makeSummaryPage()
     rows->addWidget(countingBox);
     rows->addWidget(cmdFileSummary, 0, Qt::AlignLeft);
     rows->addStretch();
-    return page;
+    return scrolled(page);
 }
 
 QWidget *frmPreferences::makeFolderPage()
@@ -302,7 +329,9 @@ QWidget *frmPreferences::makeFolderPage()
     folder->addWidget(optDefaultOpenFolder[2], 1, 0, 1, 2);
     folder->addWidget(txtImageFolder, 2, 0);
     folder->addWidget(cmdBrowse, 2, 1);
+    lblFolderNote->setWordWrap(true);
+    folder->addWidget(lblFolderNote, 3, 0, 1, 2);
     rows->addWidget(folderBox);
     rows->addStretch();
-    return page;
+    return scrolled(page);
 }

@@ -7,11 +7,13 @@
 #include "app/frmTip.h"
 #include "app/globals.h"
 #include "app/mediatypes.h"
+#include "app/menubackground.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "ui/guards.h"
+#include "ui/menubarbackground.h"
 #include "ui/yield.h"
 #include "viewer/listfile.h"
 #include "viewer/searchfolder.h"
@@ -19,6 +21,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLoggingCategory>
+#include <QMenuBar>
 
 namespace {
 Q_LOGGING_CATEGORY(logViewer, "lumora.viewer", QtWarningMsg)
@@ -70,6 +73,7 @@ void frmMainViewer::Form_Load()
     if (truth(option("Show Tips at Startup", "1"), true))
         form<frmTip>();
     LoadAllSettings();
+    setMenuBarBackground(menuBar(), menuBackground());
     if (globals.MediaPlayerVersion == 9.0f)
         wmp9->setUrl(QString());
     ProcessIfFromCommandLine(QStringLiteral("FormLoad"));
