@@ -9,23 +9,31 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
-#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace {
-/// A page that scrolls where the window is too small for it.
-QWidget *scrolled(QWidget *page)
+/// A page that scrolls where the window is too small for it, and wants to be seen as a whole.
+class PageArea : public QScrollArea
 {
-    auto *area = new QScrollArea(page->parentWidget());
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    // The ground of the tab, not that of a list; Tab goes to what stands on it.
-    area->viewport()->setAutoFillBackground(false);
-    page->setAutoFillBackground(false);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(page);
-    page->setAutoFillBackground(false);
-    return area;
+public:
+    explicit PageArea(QWidget *page)
+        : QScrollArea(page->parentWidget())
+    {
+        setWidgetResizable(true);
+        setFrameShape(QFrame::NoFrame);
+        setFocusPolicy(Qt::NoFocus);
+        setWidget(page);
+        // The ground of the tab, not one of its own.
+        viewport()->setAutoFillBackground(false);
+        page->setAutoFillBackground(false);
+    }
+    QSize sizeHint() const override { return widget()->sizeHint(); }
+};
+
+void chainTabs(const QVector<QWidget *> &controls)
+{
+    for (qsizetype i = 1; i < controls.size(); ++i)
+        QWidget::setTabOrder(controls[i - 1], controls[i]);
 }
 
 QLabel *helpText(const QString &text, QWidget *owner)
@@ -103,18 +111,18 @@ void frmPreferences::makeTabs()
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
-    // As large as the largest page, where the screen has that room.
-    QSize pages(640, 400);
-    for (const QScrollArea *area : SSTab1->findChildren<QScrollArea *>())
-        pages = pages.expandedTo(area->widget()->sizeHint());
-    const QSize frame(40, 2 * cmdOK->sizeHint().height() + SSTab1->tabBar()->sizeHint().height());
-    resize((pages + frame).boundedTo(screen()->availableSize() * 9 / 10));
+    resize(sizeHint().expandedTo({760, 500}).boundedTo(screen()->availableSize() - QSize(16, 48)));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
 {
     auto *page = new QWidget(this);
-    auto *grid = new QGridLayout(page);
+    auto *rows = new QVBoxLayout(page);
+    auto *columns = new QHBoxLayout;
+    auto *left = new QVBoxLayout;
+    auto *right = new QVBoxLayout;
+    rows->addLayout(columns);
+    rows->addStretch();
 
     QGridLayout *look = nullptr;
     QGroupBox *lookBox = group(tr("Thumbnail Size"), page, look);
@@ -169,15 +177,17 @@ QWidget *frmPreferences::makeThumbnailPage()
     screen->addStretch();
     auto *menuBox = new MenuBackgroundBox(page);
 
-    grid->addWidget(lookBox, 0, 0);
-    grid->addWidget(sampleBox, 0, 1);
-    grid->addWidget(compressionBox, 1, 0);
-    grid->addWidget(cacheBox, 1, 1);
-    grid->addWidget(menuBox, 2, 0);
-    grid->addWidget(screenBox, 2, 1);
-    grid->setColumnStretch(0, 1);
-    grid->setRowStretch(3, 1);
-    return scrolled(page);
+    left->addWidget(lookBox, 1);
+    left->addWidget(compressionBox);
+    left->addWidget(menuBox);
+    right->addWidget(sampleBox);
+    right->addWidget(cacheBox);
+    right->addWidget(screenBox, 1);
+    columns->addLayout(left, 1);
+    columns->addLayout(right);
+    chainTabs({optThumbnailCompression[2], menuBox->cmdMenuPicture, menuBox->cmdNoMenuPicture,
+        menuBox->cmdPreviousPattern, menuBox->cmdNextPattern, chkCacheThumbnails, chkOverWriteThumbnails, chkStretch});
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeQualityPage()
@@ -231,7 +241,7 @@ QWidget *frmPreferences::makeQualityPage()
     grid->addWidget(diffuseBox, 1, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(2, 1);
-    return scrolled(page);
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeTypeButtons()
@@ -263,7 +273,7 @@ QWidget *frmPreferences::makeFileTypesPage()
     QVBoxLayout *pictures = nullptr;
     QGroupBox *picturesBox = group(tr("Picture Types"), page, pictures);
     auto *fileTypes = new QGridLayout;
-    placeTypes(chkFileType, fileTypeCaptions, fileTypes, 10);
+    placeTypes(chkFileType, fileTypeCaptions, fileTypes, 11);
     auto *polyTypes = new QGridLayout;
     placeTypes(chkPolyFileType, polyFileTypeCaptions, polyTypes, 11);
     pictures->addLayout(fileTypes);
@@ -272,6 +282,7 @@ QWidget *frmPreferences::makeFileTypesPage()
     line->setFrameShadow(QFrame::Sunken);
     pictures->addWidget(line);
     pictures->addLayout(polyTypes);
+    pictures->addSpacing(6);
     pictures->addWidget(makeTypeButtons());
 
     QVBoxLayout *audio = nullptr;
@@ -285,12 +296,24 @@ QWidget *frmPreferences::makeFileTypesPage()
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {cmdSelectAllAudioTypes, cmdClearAllAudioTypesCommand3, cmdInvertSelectionsAudio})
         buttons->addWidget(button);
+    audio->addSpacing(6);
     audio->addLayout(buttons);
+
+    QVector<QWidget *> order;
+    for (QCheckBox *box : chkFileType)
+        order.append(box);
+    for (QCheckBox *box : chkPolyFileType)
+        order.append(box);
+    order.append({cmdMicrosoftFormats, cmdWebFormats, cmdPortableFormats, cmdDigitalCameraFormats, cmdSelectAllTypes,
+        cmdClearAllTypes, cmdInvertSelections});
+    for (QCheckBox *box : chkAVFileType)
+        order.append(box);
+    chainTabs(order);
 
     rows->addWidget(picturesBox);
     rows->addWidget(audioBox);
     rows->addStretch();
-    return scrolled(page);
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeSummaryPage()
@@ -312,7 +335,7 @@ QWidget *frmPreferences::makeSummaryPage()
     rows->addWidget(countingBox);
     rows->addWidget(cmdFileSummary, 0, Qt::AlignLeft);
     rows->addStretch();
-    return scrolled(page);
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeFolderPage()
@@ -333,5 +356,5 @@ QWidget *frmPreferences::makeFolderPage()
     folder->addWidget(lblFolderNote, 3, 0, 1, 2);
     rows->addWidget(folderBox);
     rows->addStretch();
-    return scrolled(page);
+    return new PageArea(page);
 }

@@ -1,2 +1,6 @@
 # Tests of this folder: lumora_test(<folder>/tst_name.cpp rules|windows)
 lumora_test(shell/tst_frmPreferences.cpp windows)
+lumora_test(shell/tst_preferences_store.cpp windows)
+lumora_test(shell/tst_preferences_pages.cpp windows)
+lumora_test(shell/tst_menubackground.cpp windows)
+add_dependencies(tst_menubackground lumora-backgrounds)
