@@ -102,8 +102,10 @@ template <auto Member> constexpr Setting quality(const char *key, const char *fa
 {
     return {key, fallback,
         [](int, const QString &text) {
-            if (const std::optional<int> value = number(text))
-                (form<frmPreferences>().*Member)->setText(QString::number(std::clamp(*value, 1, 100)));
+            // As typed, maybe with a fraction; the whole part counts.
+            const double value = leadingNumber(text);
+            if (value != 0 || number(text))
+                (form<frmPreferences>().*Member)->setText(QString::number(int(std::clamp(value, 1.0, 100.0))));
         },
         [](int) { return (form<frmPreferences>().*Member)->text(); }};
 }

@@ -9,6 +9,7 @@ struct SchemeColors
 {
     int startRed = 0, startGreen = 0, startBlue = 0;
     int endRed = 0, endGreen = 0, endBlue = 0;
+    bool operator==(const SchemeColors &) const = default;
 };
 
 /// Flag of a scheme's name, without regard to case: a power of two in the order of the fifteen names; 0 when unknown.

@@ -1,11 +1,15 @@
 #include "shell/frmPreferences.h"
 
+#include "actions/frmSelectBatchDir.h"
 #include "app/checkjpg.h"
 #include "app/globals.h"
 #include "app/mediatypes.h"
 #include "app/settings.h"
+#include "engine/ops/areaaverage.h"
 #include "platform/dialogs.h"
+#include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/registrystore.h"
 #include "ui/background.h"
 #include "ui/guards.h"
 
@@ -127,6 +131,7 @@ void frmPreferences::showStoredFolder()
         txtImageFolder->setText(last);
     }
     saveOption("UserChoiceOpenFolder", txtImageFolder->text());
+    showFolderNote();
 }
 
 void frmPreferences::Form_QueryUnload(bool &cancel)
@@ -150,11 +155,29 @@ void frmPreferences::cmdOK_Click()
 
 void frmPreferences::cmdBrowse_Click()
 {
-    const auto folder = dialogs().chooseFolder(this, tr("Default Open Folder:"), txtImageFolder->text());
-    if (!folder)
+    const QPointer<frmPreferences> self(this);
+    auto &picker = form<frmSelectBatchDir>();
+    const QString usualTitle = picker.windowTitle();
+    picker.setParent(this, picker.windowFlags());
+    picker.setWindowTitle(tr("Default Open Folder:"));
+    picker.exec();
+    if (!self || globals.ProgramExiting || !isLoaded<frmSelectBatchDir>())
         return;
-    txtImageFolder->setText(folder->endsWith(u'/') ? *folder : *folder + u'/');
-    writeOption("UserChoiceOpenFolder", txtImageFolder->text());
+    picker.setWindowTitle(usualTitle);
+    const QString folder = picker.lblDirectoryName->text();
+    if (folder.isEmpty()) // cancelled
+        return;
+    txtImageFolder->setText(folder);
+    writeOption("UserChoiceOpenFolder", folder);
+    showFolderNote();
+}
+
+// Whoever opens a folder that is not there stays where it is: no reason to refuse a drive that is away today.
+void frmPreferences::showFolderNote()
+{
+    const bool missing = optDefaultOpenFolder[2]->isChecked() && !folderExists(txtImageFolder->text());
+    lblFolderNote->setText(
+        missing ? tr("This folder is not there now. Until it is, dialogs begin in another one.") : QString());
 }
 
 void frmPreferences::optDefaultOpenFolder_Click()
@@ -162,6 +185,7 @@ void frmPreferences::optDefaultOpenFolder_Click()
     const bool own = optDefaultOpenFolder[2]->isChecked();
     txtImageFolder->setEnabled(own);
     cmdBrowse->setEnabled(own);
+    showFolderNote();
 }
 
 QColor frmPreferences::thumbnailBackColor() const
@@ -190,6 +214,25 @@ void frmPreferences::lblThumbnailBackgroundColor_Click()
     writeOption("ThumbnailBackGroundColor", QString::number(colorNumber(*color)));
 }
 
+// A picture of many megapixels is reduced once; the slider then moves over what is left.
+std::shared_ptr<const LoadedPicture> frmPreferences::sampleSource(int side)
+{
+    const auto picture = form<checkjpg>().Picture1.picture();
+    if (!picture || (picture == m_sampleOf.lock() && side == m_sampleSide))
+        return picture ? m_sample : nullptr;
+    m_sampleOf = picture;
+    m_sampleSide = side;
+    m_sample = picture;
+    Picture reduced = picture->atLeast({side, side});
+    if (reduced.pixels.width() > side || reduced.pixels.height() > side) {
+        const QSize size = reduced.pixels.size().scaled(side, side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+        reduced.pixels = areaAverage(reduced.pixels, size);
+        if (!reduced.isNull())
+            m_sample = LoadedPicture::fromReduced(reduced);
+    }
+    return m_sample;
+}
+
 void frmPreferences::sldThumbNailSize_Change()
 {
     const int size = sldThumbNailSize->value();
@@ -199,7 +242,7 @@ void frmPreferences::sldThumbNailSize_Change()
     auto &mask = form<checkjpg>().ImageMaskControl1;
     mask.setMaskThumbnailStyle(chkThumbNailStyle->isChecked());
     mask.setMaskThumbnailBackColor(m_thumbnailBackColor);
-    mask.setMaskPicture(form<checkjpg>().Picture1.picture());
+    mask.setMaskPicture(sampleSource(int(2 * sldThumbNailSize->maximum() * ratio)));
     mask.MaskMakeThumbnail(pixels, pixels);
     mask.setMaskPicture(nullptr);
     QImage sample = mask.MaskThumbnailPicture().pixels;
@@ -285,14 +328,17 @@ void frmPreferences::connectHandlers()
             if (on)
                 writeOption("DefaultOpenFolder", QString::number(checkedIndex(optDefaultOpenFolder, 1)));
         });
-    connect(txtImageFolder, &QLineEdit::editingFinished, this,
-        [this] { writeOption("UserChoiceOpenFolder", txtImageFolder->text()); });
+    connect(txtImageFolder, &QLineEdit::editingFinished, this, [this] {
+        writeOption("UserChoiceOpenFolder", txtImageFolder->text());
+        showFolderNote();
+    });
     connect(cmdBrowse, &QPushButton::clicked, this, &frmPreferences::cmdBrowse_Click);
     connect(cmdOK, &QPushButton::clicked, this, &frmPreferences::cmdOK_Click);
     connectQuality(txtJPGQuality, udJPGQuality);
     connectQuality(txtJPG2000Quality, udJPG2000Quality);
     connectTypeButtons();
     connectAssociations();
+    storeChanges();
 }
 
 // The text leads: a number of the range moves the spin control, which in turn writes whole numbers only when it is
@@ -320,7 +366,10 @@ void frmPreferences::setTypes(std::initializer_list<int> fileTypes, std::initial
 
 void frmPreferences::connectTypeButtons()
 {
-    const auto onClick = [this](QPushButton *button, auto work) { connect(button, &QPushButton::clicked, this, work); };
+    // All boxes of a button are one change of the store.
+    const auto onClick = [this](QPushButton *button, auto work) {
+        connect(button, &QPushButton::clicked, this, [work] { ignore(registryStore().transaction(work)); });
+    };
     onClick(cmdMicrosoftFormats, [this] { setTypes({2, 3, 5, 6, 8, 10, 13, 16, 25, 28}, {}); });
     onClick(cmdWebFormats, [this] { setTypes({8, 13, 21}, {}); });
     onClick(cmdPortableFormats, [this] { setTypes({17, 19, 21, 22, 23}, {}); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/loadedpicture.h"
 #include "ui/controls.h"
 #include "ui/form.h"
 
@@ -14,6 +15,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <memory>
 
 /// The window of options. It stays loaded for the life of the program: a control's state is the live value of its
 /// option, and each change is written at once by the control's own handler.
@@ -82,6 +84,7 @@ public:
     CONTROL_ARRAY(optDefaultOpenFolder, QRadioButton, 1, 2);
     CONTROL(txtImageFolder, QLineEdit);
     CONTROL(cmdBrowse, QPushButton);
+    CONTROL(lblFolderNote, QLabel); ///< says that the folder is not there
 
     CONTROL(cmdOK, QPushButton);
 
@@ -139,6 +142,15 @@ private:
     void writeOption(const char *key, const QString &value);
     void setTypes(std::initializer_list<int> fileTypes, std::initializer_list<int> polyFileTypes);
     void showStoredFolder();
+    void showFolderNote();
+    /// What the sample is made of: the picture of `Picture1`, no larger than `side` pixels.
+    std::shared_ptr<const LoadedPicture> sampleSource(int side);
+    /// The controls that nothing else writes when they change.
+    void storeChanges();
+    void storeQuality(QLineEdit *text, const char *key);
+    std::weak_ptr<const LoadedPicture> m_sampleOf;
+    std::shared_ptr<const LoadedPicture> m_sample;
+    int m_sampleSide = 0;
     QColor m_thumbnailBackColor = Qt::black;
     int m_page = 0; ///< of SSTab1, that was shown last
 };

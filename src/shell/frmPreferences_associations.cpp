@@ -5,6 +5,7 @@
 #include "platform/filepath.h"
 #include "platform/folders.h"
 #include "shell/associations.h"
+#include "shell/pagearea.h"
 #include "ui/guards.h"
 #include "ui/yield.h"
 
@@ -140,7 +141,7 @@ QWidget *frmPreferences::makeAssociationsPage()
     buttons->addWidget(cmdMakeAssoc);
     rows->addStretch();
     rows->addLayout(buttons);
-    return page;
+    return new PageArea(page);
 }
 
 void frmPreferences::connectAssociations()

@@ -1,6 +1,8 @@
 #include "shell/frmPreferences.h"
 
 #include "app/mediatypes.h"
+#include "shell/menubackgroundbox.h"
+#include "shell/pagearea.h"
 
 #include <QCoreApplication>
 #include <QGridLayout>
@@ -12,6 +14,12 @@
 #include <QVBoxLayout>
 
 namespace {
+void chainTabs(const QVector<QWidget *> &controls)
+{
+    for (qsizetype i = 1; i < controls.size(); ++i)
+        QWidget::setTabOrder(controls[i - 1], controls[i]);
+}
+
 QLabel *helpText(const QString &text, QWidget *owner)
 {
     auto *label = new QLabel(text, owner);
@@ -85,13 +93,18 @@ void frmPreferences::makeTabs()
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
     const int allTabs = SSTab1->tabBar()->sizeHint().width() + 40;
-    resize(sizeHint().expandedTo({qMax(760, qMin(allTabs, screen()->availableSize().width() - 16)), 540}));
+    resize(sizeHint().expandedTo({qMax(760, allTabs), 500}).boundedTo(screen()->availableSize() - QSize(16, 48)));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
 {
     auto *page = new QWidget(this);
-    auto *grid = new QGridLayout(page);
+    auto *rows = new QVBoxLayout(page);
+    auto *columns = new QHBoxLayout;
+    auto *left = new QVBoxLayout;
+    auto *right = new QVBoxLayout;
+    rows->addLayout(columns);
+    rows->addStretch();
 
     QGridLayout *look = nullptr;
     QGroupBox *lookBox = group(tr("Thumbnail Size"), page, look);
@@ -143,15 +156,20 @@ QWidget *frmPreferences::makeThumbnailPage()
     QGroupBox *screenBox = group(tr("Screen Options"), page, screen);
     chkStretch->setText(tr("Stretc&h Viewer Image"));
     screen->addWidget(chkStretch);
+    screen->addStretch();
+    auto *menuBox = new MenuBackgroundBox(page);
 
-    grid->addWidget(lookBox, 0, 0);
-    grid->addWidget(sampleBox, 0, 1);
-    grid->addWidget(compressionBox, 1, 0);
-    grid->addWidget(cacheBox, 1, 1);
-    grid->addWidget(screenBox, 2, 0, 1, 2);
-    grid->setColumnStretch(0, 1);
-    grid->setRowStretch(3, 1);
-    return page;
+    left->addWidget(lookBox, 1);
+    left->addWidget(compressionBox);
+    left->addWidget(menuBox);
+    right->addWidget(sampleBox);
+    right->addWidget(cacheBox);
+    right->addWidget(screenBox, 1);
+    columns->addLayout(left, 1);
+    columns->addLayout(right);
+    chainTabs({optThumbnailCompression[2], menuBox->cmdMenuPicture, menuBox->cmdNoMenuPicture,
+        menuBox->cmdPreviousPattern, menuBox->cmdNextPattern, chkCacheThumbnails, chkOverWriteThumbnails, chkStretch});
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeQualityPage()
@@ -205,7 +223,7 @@ QWidget *frmPreferences::makeQualityPage()
     grid->addWidget(diffuseBox, 1, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(2, 1);
-    return page;
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeTypeButtons()
@@ -237,7 +255,7 @@ QWidget *frmPreferences::makeFileTypesPage()
     QVBoxLayout *pictures = nullptr;
     QGroupBox *picturesBox = group(tr("Picture Types"), page, pictures);
     auto *fileTypes = new QGridLayout;
-    placeTypes(chkFileType, fileTypeCaptions, fileTypes, 10);
+    placeTypes(chkFileType, fileTypeCaptions, fileTypes, 11);
     auto *polyTypes = new QGridLayout;
     placeTypes(chkPolyFileType, polyFileTypeCaptions, polyTypes, 11);
     pictures->addLayout(fileTypes);
@@ -246,6 +264,7 @@ QWidget *frmPreferences::makeFileTypesPage()
     line->setFrameShadow(QFrame::Sunken);
     pictures->addWidget(line);
     pictures->addLayout(polyTypes);
+    pictures->addSpacing(6);
     pictures->addWidget(makeTypeButtons());
 
     QVBoxLayout *audio = nullptr;
@@ -259,12 +278,24 @@ QWidget *frmPreferences::makeFileTypesPage()
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {cmdSelectAllAudioTypes, cmdClearAllAudioTypesCommand3, cmdInvertSelectionsAudio})
         buttons->addWidget(button);
+    audio->addSpacing(6);
     audio->addLayout(buttons);
+
+    QVector<QWidget *> order;
+    for (QCheckBox *box : chkFileType)
+        order.append(box);
+    for (QCheckBox *box : chkPolyFileType)
+        order.append(box);
+    order.append({cmdMicrosoftFormats, cmdWebFormats, cmdPortableFormats, cmdDigitalCameraFormats, cmdSelectAllTypes,
+        cmdClearAllTypes, cmdInvertSelections});
+    for (QCheckBox *box : chkAVFileType)
+        order.append(box);
+    chainTabs(order);
 
     rows->addWidget(picturesBox);
     rows->addWidget(audioBox);
     rows->addStretch();
-    return page;
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeSummaryPage()
@@ -286,7 +317,7 @@ QWidget *frmPreferences::makeSummaryPage()
     rows->addWidget(countingBox);
     rows->addWidget(cmdFileSummary, 0, Qt::AlignLeft);
     rows->addStretch();
-    return page;
+    return new PageArea(page);
 }
 
 QWidget *frmPreferences::makeFolderPage()
@@ -303,7 +334,9 @@ QWidget *frmPreferences::makeFolderPage()
     folder->addWidget(optDefaultOpenFolder[2], 1, 0, 1, 2);
     folder->addWidget(txtImageFolder, 2, 0);
     folder->addWidget(cmdBrowse, 2, 1);
+    lblFolderNote->setWordWrap(true);
+    folder->addWidget(lblFolderNote, 3, 0, 1, 2);
     rows->addWidget(folderBox);
     rows->addStretch();
-    return page;
+    return new PageArea(page);
 }

@@ -9,10 +9,10 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QRadioButton>
 #include <QStatusBar>
-#include <QStyle>
 #include <QTabWidget>
 #include <QToolBar>
 
@@ -43,6 +43,30 @@ QColor mixed(const QColor &a, const QColor &b)
     return QColor((a.red() + b.red()) / 2, (a.green() + b.green()) / 2, (a.blue() + b.blue()) / 2);
 }
 
+/// Lines of one colour.
+struct Stripe
+{
+    int top;
+    int height;
+    QRgb color;
+};
+
+// Band n is a box from line 2n - 1 to 2n + 2, and the next one covers its lower half. A slow ramp repeats its colours:
+// what is equal is one stripe.
+QVector<Stripe> stripesOf(const QVector<QRgb> &bands)
+{
+    QVector<Stripe> stripes;
+    for (qsizetype band = 0; band < bands.size(); ++band) {
+        const int top = int(band) * 2 - 1;
+        const int height = band + 1 == bands.size() ? 4 : 2;
+        if (!stripes.isEmpty() && stripes.last().color == bands[band])
+            stripes.last().height = top + height - stripes.last().top;
+        else
+            stripes.append({top, height, bands[band]});
+    }
+    return stripes;
+}
+
 /// Paints one window's gradient before the window paints anything itself. Lives as the window's child.
 class GradientPainter : public QObject
 {
@@ -60,10 +84,13 @@ public:
 
     void set(const QString &scheme, const SchemeColors &colors)
     {
+        const bool same = scheme == m_scheme && colors == m_colors;
         m_scheme = scheme;
         m_colors = colors;
-        m_pixmap = QPixmap();
         colorTexts();
+        if (same) // each activation comes here, and most bring nothing new
+            return;
+        m_height = 0;
         m_window->update();
     }
 
@@ -73,8 +100,8 @@ protected:
         if (watched != m_window)
             return false;
         if (event->type() == QEvent::Paint)
-            paint();
-        else if (event->type() == QEvent::PaletteChange)
+            paint(static_cast<QPaintEvent *>(event)->region());
+        else if (event->type() == QEvent::PaletteChange || event->type() == QEvent::Resize)
             colorTexts();
         return false;
     }
@@ -86,42 +113,43 @@ private:
     {
     }
 
-    void paint()
+    void paint(const QRegion &region)
     {
-        const double ratio = m_window->devicePixelRatioF();
-        const QSize size = m_window->size() * ratio;
-        if (m_pixmap.size() != size)
-            fill(size, ratio);
-        if (!m_pixmap.isNull())
-            QPainter(m_window).drawPixmap(0, 0, m_pixmap);
-    }
-
-    // Each band reaches over the first line of the next, which then covers it: the order is part of the look.
-    void fill(QSize size, double ratio)
-    {
-        const QVector<QRgb> bands = schemeBands(m_scheme, m_window->height(), m_colors);
-        m_pixmap = QPixmap();
-        if (bands.isEmpty())
-            return;
-        m_pixmap = QPixmap(size);
-        m_pixmap.setDevicePixelRatio(ratio);
-        QPainter painter(&m_pixmap);
-        for (qsizetype band = 0; band < bands.size(); ++band)
-            painter.fillRect(QRect(-1, int(band) * 2 - 1, m_window->width() + 2, 4), QColor(bands[band]));
+        if (m_height != m_window->height()) {
+            m_height = m_window->height();
+            m_stripes = stripesOf(schemeBands(m_scheme, m_height, m_colors));
+        }
+        // The painter cuts to the region, box by box; one box is cheaper than a hundred.
+        const QRect dirty = region.boundingRect();
+        QPainter painter(m_window);
+        for (const Stripe &stripe : std::as_const(m_stripes)) {
+            if (stripe.top <= dirty.bottom() && stripe.top + stripe.height > dirty.top())
+                painter.fillRect(dirty.left(), stripe.top, dirty.width(), stripe.height, QColor(stripe.color));
+        }
     }
 
     void colorTexts()
     {
-        const QVector<QRgb> bands = schemeBands(m_scheme, std::max(2, m_window->height()), m_colors);
-        if (bands.isEmpty())
+        m_bands = schemeBands(m_scheme, std::max(2, m_window->height()), m_colors);
+        if (m_bands.isEmpty())
             return;
-        const QVector<QRgb> grounds{bands.first(), bands[bands.size() / 2], bands.last()};
-        const QColor text = readableOn(grounds, m_window->palette().color(QPalette::WindowText));
-        colorTextsOf(m_window, text, mixed(text, QColor(grounds[1])));
+        const QColor wanted = m_window->palette().color(QPalette::WindowText);
+        const QColor text = readableOn(m_bands, wanted);
+        // One colour for all texts, where one can be read from top to bottom.
+        m_textOfAll = leastContrast(m_bands, text.rgb()) >= readable ? text : QColor();
+        colorTextsOf(m_window, wanted);
+    }
+
+    /// What a control at those lines of the window stands on.
+    QVector<QRgb> groundOf(int top, int height) const
+    {
+        const qsizetype first = std::clamp<qsizetype>(top / 2, 0, m_bands.size() - 1);
+        const qsizetype last = std::clamp<qsizetype>((top + height) / 2, first, m_bands.size() - 1);
+        return m_bands.mid(first, last - first + 1);
     }
 
     // What paints a ground of its own keeps the palette's colours, with all it holds.
-    static void colorTextsOf(QWidget *parent, const QColor &text, const QColor &disabledText)
+    void colorTextsOf(QWidget *parent, const QColor &wanted)
     {
         for (QObject *object : parent->children()) {
             auto *child = qobject_cast<QWidget *>(object);
@@ -129,21 +157,33 @@ private:
                 || qobject_cast<QAbstractScrollArea *>(child) || qobject_cast<QToolBar *>(child)
                 || qobject_cast<QMenuBar *>(child) || qobject_cast<QStatusBar *>(child))
                 continue;
-            if (qobject_cast<QLabel *>(child) || qobject_cast<QCheckBox *>(child) || qobject_cast<QRadioButton *>(child)
-                || qobject_cast<QGroupBox *>(child)) {
-                QPalette palette;
-                palette.setColor(QPalette::WindowText, text);
-                palette.setColor(QPalette::Disabled, QPalette::WindowText, disabledText);
-                child->setPalette(palette);
+            const bool group = qobject_cast<QGroupBox *>(child);
+            if (group || qobject_cast<QLabel *>(child) || qobject_cast<QCheckBox *>(child)
+                || qobject_cast<QRadioButton *>(child)) {
+                // The text of a group is its title.
+                const int height = group ? child->fontMetrics().height() : child->height();
+                const auto ground = groundOf(child->mapTo(m_window, QPoint()).y(), height);
+                colorText(child, m_textOfAll.isValid() ? m_textOfAll : readableOn(ground, wanted), ground);
             }
-            colorTextsOf(child, text, disabledText);
+            colorTextsOf(child, wanted);
         }
+    }
+
+    static void colorText(QWidget *control, const QColor &text, const QVector<QRgb> &ground)
+    {
+        QPalette palette;
+        palette.setColor(QPalette::WindowText, text);
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, mixed(text, QColor(ground[ground.size() / 2])));
+        control->setPalette(palette);
     }
 
     QWidget *m_window;
     QString m_scheme;
     SchemeColors m_colors;
-    QPixmap m_pixmap;
+    int m_height = 0; ///< that the stripes are made for
+    QVector<Stripe> m_stripes;
+    QVector<QRgb> m_bands; ///< for the texts
+    QColor m_textOfAll;
 };
 }
 

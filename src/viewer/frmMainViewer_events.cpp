@@ -7,12 +7,14 @@
 #include "app/frmTip.h"
 #include "app/globals.h"
 #include "app/mediatypes.h"
+#include "app/menubackground.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "platform/filepath.h"
 #include "platform/files.h"
 #include "shell/frmSystemTray.h"
 #include "ui/guards.h"
+#include "ui/menubarbackground.h"
 #include "ui/yield.h"
 #include "viewer/listfile.h"
 #include "viewer/searchfolder.h"
@@ -20,6 +22,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLoggingCategory>
+#include <QMenuBar>
 
 namespace {
 Q_LOGGING_CATEGORY(logViewer, "lumora.viewer", QtWarningMsg)
@@ -71,6 +74,7 @@ void frmMainViewer::Form_Load()
     if (truth(option("Show Tips at Startup", "1"), true))
         form<frmTip>();
     LoadAllSettings();
+    setMenuBarBackground(menuBar(), menuBackground());
     if (globals.MediaPlayerVersion == 9.0f)
         wmp9->setUrl(QString());
     ProcessIfFromCommandLine(QStringLiteral("FormLoad"));

@@ -86,12 +86,12 @@ void tst_allsettings::cleanup()
 
 void tst_allsettings::anEmptyStoreLoadsTheDefaultsAndStaysEmpty()
 {
-    preferences().cmdClearAllTypes->click();
     viewer().mnuSlideShowViewerOnly->setChecked(false);
     viewer().mnuSlideShowToolbarButton[1]->setChecked(true);
     globals.SlideShowInterval = 9;
     {
         const ScopedFlag quiet(preferences().LoadingSettings);
+        preferences().cmdClearAllTypes->click();
         preferences().optThumbnailCompression[2]->setChecked(true);
     }
     LoadAllSettings();

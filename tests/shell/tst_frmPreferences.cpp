@@ -1,29 +1,6 @@
-#include "shell/frmPreferences.h"
-
-#include "app/checkjpg.h"
-#include "app/globals.h"
-#include "app/settings.h"
-#include "support/support.h"
-#include "support/windows.h"
-#include "ui/background.h"
-
-#include <QtTest>
-#include <QtWidgets>
+#include "shell/preferencestest.h"
 
 namespace {
-template <class T> T *control(const char *name)
-{
-    T *found = form<frmPreferences>().findChild<T *>(QString::fromLatin1(name));
-    if (!found)
-        qFatal("no control %s", name);
-    return found;
-}
-
-QString stored(const char *key)
-{
-    return option(key, "none");
-}
-
 QStringList checkedTypes()
 {
     QStringList types;
@@ -41,26 +18,16 @@ void leave(const char *name)
     QFocusEvent out(QEvent::FocusOut);
     QCoreApplication::sendEvent(control<QLineEdit>(name), &out);
 }
-
-void click(const char *name)
-{
-    control<QAbstractButton>(name)->click();
-}
 }
 
-class tst_frmPreferences : public QObject
+class tst_frmPreferences : public PreferencesTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { start(); }
+    void cleanup() { end(); }
     void aFirstStartShowsTheDefaultsAndStoresNothing();
-    void boxesWriteTheirKeysAtOnce_data();
-    void boxesWriteTheirKeysAtOnce();
-    void loadingWritesNothing();
-    void buttonsOfAGroupWriteTheirIndex();
-    void theSizeSliderStandsOnTensAndWritesOnceForADrag();
     void qualityFieldsCorrectThemselvesOnLeaving_data();
     void qualityFieldsCorrectThemselvesOnLeaving();
     void anEmptyQualityBecomesFullAtActivation();
@@ -69,38 +36,14 @@ private Q_SLOTS:
     void presetsClearFirst();
     void bulkButtonsKeepToTheirTypes();
     void activationShowsTheLastFolder();
-    void browsingStoresAFolderAndCancelNone();
-    void theBackColourIsStoredWithRedInTheLowByte();
-    void theSampleShowsThePictureOnItsGround();
     void closingHidesUnlessTheProgramEnds_data();
     void closingHidesUnlessTheProgramEnds();
     void mnemonicsOfAPageDiffer();
     void everyControlHasANameToBeRead();
-    void textsOnTheGradientCanBeRead_data();
-    void textsOnTheGradientCanBeRead();
-
-private:
-    std::unique_ptr<TemporaryHome> m_home;
-    ScriptedDialogs *m_dialogs = nullptr;
+    void tabGoesThroughAPageGroupByGroup();
+    void pagesScrollInSmallWindowsAndCutNothing_data();
+    void pagesScrollInSmallWindowsAndCutNothing();
 };
-
-void tst_frmPreferences::init()
-{
-    m_home = std::make_unique<TemporaryHome>();
-    globals = {};
-    m_dialogs = &ScriptedDialogs::install();
-    form<frmPreferences>();
-}
-
-void tst_frmPreferences::cleanup()
-{
-    setDialogs(nullptr);
-    globals.ProgramExiting = true;
-    unload<frmPreferences>();
-    unload<checkjpg>();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::setPalette(QPalette());
-}
 
 void tst_frmPreferences::aFirstStartShowsTheDefaultsAndStoresNothing()
 {
@@ -113,72 +56,6 @@ void tst_frmPreferences::aFirstStartShowsTheDefaultsAndStoresNothing()
     QCOMPARE(control<QSlider>("sldThumbNailSize")->value(), 100);
     QVERIFY(!control<QLineEdit>("txtImageFolder")->isEnabled() && !control<QPushButton>("cmdBrowse")->isEnabled());
     QVERIFY(regSettings().GetAllUserSettings(QStringLiteral("Options")).isEmpty());
-}
-
-void tst_frmPreferences::boxesWriteTheirKeysAtOnce_data()
-{
-    QTest::addColumn<QString>("key");
-    const auto row = [](const char *box, const char *key) { QTest::newRow(box) << QString::fromLatin1(key); };
-    row("chkThumbNailStyle", "ThumbnailStyle");
-    row("chkCacheThumbnails", "CacheThumbnails");
-    row("chkOverWriteThumbnails", "OverWriteCacheThumbnails");
-    row("chkJPGFastSaves", "JPEGFastSave");
-    row("chkDiffusePBM", "DiffusePBM");
-    row("chkDiffuseXPM", "DiffuseXPM");
-}
-
-void tst_frmPreferences::boxesWriteTheirKeysAtOnce()
-{
-    QFETCH(QString, key);
-    auto *box = control<QCheckBox>(QTest::currentDataTag());
-    const bool before = box->isChecked();
-    box->click();
-    QCOMPARE(stored(qPrintable(key)), QString::number(!before));
-    box->setChecked(before); // as a menu of another window does
-    QCOMPARE(stored(qPrintable(key)), QString::number(before));
-    QCOMPARE(regSettings().GetAllUserSettings(QStringLiteral("Options")).size(), 1);
-}
-
-void tst_frmPreferences::loadingWritesNothing()
-{
-    form<frmPreferences>().LoadingSettings = true;
-    click("chkCacheThumbnails");
-    click("optThumbnailCompression(2)");
-    click("optDefaultOpenFolder(2)");
-    control<QSlider>("sldThumbNailSize")->setValue(140);
-    QVERIFY(regSettings().GetAllUserSettings(QStringLiteral("Options")).isEmpty());
-    QVERIFY(control<QLineEdit>("txtImageFolder")->isEnabled());
-    QCOMPARE(control<QLabel>("lblThumbNailSizeValue")->text(), QStringLiteral("Size = 140"));
-}
-
-void tst_frmPreferences::buttonsOfAGroupWriteTheirIndex()
-{
-    click("optThumbnailCompression(2)");
-    QCOMPARE(stored("ThumbnailCompressionLevel"), QStringLiteral("2"));
-    click("optThumbnailCompression(0)");
-    QCOMPARE(stored("ThumbnailCompressionLevel"), QStringLiteral("0"));
-    click("optDefaultOpenFolder(2)");
-    QCOMPARE(stored("DefaultOpenFolder"), QStringLiteral("2"));
-    click("optDefaultOpenFolder(1)");
-    QCOMPARE(stored("DefaultOpenFolder"), QStringLiteral("1"));
-    click("optPhotoCDSize(4)");
-    QCOMPARE(stored("PCDSize"), QStringLiteral("none"));
-}
-
-void tst_frmPreferences::theSizeSliderStandsOnTensAndWritesOnceForADrag()
-{
-    auto *slider = control<QSlider>("sldThumbNailSize");
-    slider->setValue(127);
-    QCOMPARE(slider->value(), 130);
-    QCOMPARE(stored("ThumbnailSize"), QStringLiteral("130"));
-    slider->setSliderDown(true);
-    slider->setSliderPosition(182);
-    QCOMPARE(control<QLabel>("lblThumbNailSizeValue")->text(), QStringLiteral("Size = 180"));
-    QCOMPARE(stored("ThumbnailSize"), QStringLiteral("130"));
-    slider->setSliderDown(false);
-    QCOMPARE(stored("ThumbnailSize"), QStringLiteral("180"));
-    slider->setValue(5);
-    QCOMPARE(slider->value(), 60);
 }
 
 void tst_frmPreferences::qualityFieldsCorrectThemselvesOnLeaving_data()
@@ -255,7 +132,9 @@ void tst_frmPreferences::presetsClearFirst()
     QCOMPARE(checkedTypes().join(QLatin1Char(' ')), types);
     QVERIFY2(control<QCheckBox>("chkAVFileType(3)")->isChecked(), "audio and video stay as they are");
     QCOMPARE(globals.PictureFilePattern, QStringLiteral("as it was"));
-    QVERIFY(regSettings().GetAllUserSettings(QStringLiteral("Options")).isEmpty());
+    QCOMPARE(stored("IncludeFileType1"), QStringLiteral("0"));
+    QCOMPARE(stored("IncludeFileType8"), QString::number(int(types.contains(QLatin1String("GIF")))));
+    QCOMPARE(stored("IncludeAVFileType3"), QStringLiteral("none"));
 }
 
 void tst_frmPreferences::bulkButtonsKeepToTheirTypes()
@@ -298,63 +177,6 @@ void tst_frmPreferences::activationShowsTheLastFolder()
     form<frmPreferences>().Form_Activate();
     QVERIFY(control<QRadioButton>("optThumbnailCompression(0)")->isChecked());
     QVERIFY(control<QRadioButton>("optDefaultOpenFolder(2)")->isChecked());
-}
-
-void tst_frmPreferences::browsingStoresAFolderAndCancelNone()
-{
-    ScriptedDialogs &dialogs = ScriptedDialogs::install();
-    click("optDefaultOpenFolder(2)");
-    dialogs.answerText(QStringLiteral("/pictures"));
-    click("cmdBrowse");
-    QCOMPARE(control<QLineEdit>("txtImageFolder")->text(), QStringLiteral("/pictures/"));
-    QCOMPARE(stored("UserChoiceOpenFolder"), QStringLiteral("/pictures/"));
-    dialogs.answerText(std::nullopt);
-    click("cmdBrowse");
-    QCOMPARE(stored("UserChoiceOpenFolder"), QStringLiteral("/pictures/"));
-}
-
-void tst_frmPreferences::theBackColourIsStoredWithRedInTheLowByte()
-{
-    ScriptedDialogs &dialogs = ScriptedDialogs::install();
-    dialogs.answerColor(QColor(1, 2, 3));
-    click("lblThumbnailBackgroundColor");
-    QCOMPARE(stored("ThumbnailBackGroundColor"), QString::number(1 + 2 * 256 + 3 * 65536));
-    QCOMPARE(form<frmPreferences>().thumbnailBackColor(), QColor(1, 2, 3));
-    QCOMPARE(colorFromNumber(1 + 2 * 256 + 3 * 65536), QColor(1, 2, 3));
-    dialogs.answerColor(std::nullopt);
-    click("lblThumbnailBackgroundColor");
-    QCOMPARE(form<frmPreferences>().thumbnailBackColor(), QColor(1, 2, 3));
-}
-
-void tst_frmPreferences::theSampleShowsThePictureOnItsGround()
-{
-    QImage red(400, 100, QImage::Format_RGB32);
-    red.fill(Qt::red);
-    control<QCheckBox>("chkThumbNailStyle")->setChecked(false);
-    form<checkjpg>().Gvbox2.setPicture(LoadedPicture::fromPicture(Picture::fromImage(red)));
-    form<frmPreferences>().setThumbnailBackColor(Qt::green);
-    form<frmPreferences>().Form_Activate();
-    const auto sample = [] { return control<QLabel>("Image1")->pixmap(Qt::ReturnByValue).toImage(); };
-    QCOMPARE(sample().size(), QSize(100, 100));
-    QCOMPARE(sample().pixelColor(50, 50), QColor(Qt::red));
-    QCOMPARE(sample().pixelColor(50, 35), QColor(Qt::green));
-    QCOMPARE(sample().pixelColor(0, 0), QColor(Qt::green));
-    control<QSlider>("sldThumbNailSize")->setValue(200);
-    QCOMPARE(sample().size(), QSize(200, 200));
-    control<QCheckBox>("chkThumbNailStyle")->setChecked(true);
-    QVERIFY2(sample().pixelColor(0, 0) != QColor(Qt::green), "a frame stands around it");
-
-    // While a song is shown the picture of before stays.
-    QImage blue(10, 10, QImage::Format_RGB32);
-    blue.fill(Qt::blue);
-    form<checkjpg>().Gvbox2.setPicture(LoadedPicture::fromPicture(Picture::fromImage(blue)));
-    globals.CurrentMediaFile = QStringLiteral("/a.mp3");
-    form<frmPreferences>().Form_Activate();
-    QCOMPARE(sample().pixelColor(100, 100), QColor(Qt::red));
-    globals.CurrentMediaFile = QStringLiteral("/a.jpg");
-    form<frmPreferences>().Form_Activate();
-    QCOMPARE(sample().pixelColor(100, 100), QColor(Qt::blue));
-    QCOMPARE(sample().pixelColor(100, 90), QColor(Qt::green)); // small pictures are not enlarged
 }
 
 void tst_frmPreferences::closingHidesUnlessTheProgramEnds_data()
@@ -412,32 +234,73 @@ void tst_frmPreferences::everyControlHasANameToBeRead()
     }
 }
 
-void tst_frmPreferences::textsOnTheGradientCanBeRead_data()
+/// The groups of a page, in the order in which Tab comes to the first control of each.
+void tst_frmPreferences::tabGoesThroughAPageGroupByGroup()
 {
-    QTest::addColumn<QColor>("ground");
-    QTest::newRow("light palette") << QColor(240, 240, 240);
-    QTest::newRow("dark palette") << QColor(40, 40, 40);
+    const QTabWidget *tabs = control<QTabWidget>("SSTab1");
+    form<frmPreferences>().show();
+    for (int page = 0; page < tabs->count(); ++page) {
+        QVector<QGroupBox *> groups;
+        const QWidget *first = tabs->widget(page);
+        for (QWidget *at = first->nextInFocusChain(); at != first; at = at->nextInFocusChain()) {
+            if (!first->isAncestorOf(at) || !(at->focusPolicy() & Qt::TabFocus))
+                continue;
+            QWidget *owner = at->parentWidget();
+            while (!qobject_cast<QGroupBox *>(owner) && owner != first)
+                owner = owner->parentWidget();
+            auto *group = qobject_cast<QGroupBox *>(owner);
+            if (group && (groups.isEmpty() || groups.last() != group)) {
+                QVERIFY2(!groups.contains(group), qPrintable(tabs->tabText(page) + at->objectName()));
+                groups.append(group);
+            }
+        }
+        QVERIFY(!groups.isEmpty() || !tabs->isTabVisible(page));
+    }
 }
 
-void tst_frmPreferences::textsOnTheGradientCanBeRead()
+void tst_frmPreferences::pagesScrollInSmallWindowsAndCutNothing_data()
 {
-    QFETCH(QColor, ground);
-    QApplication::setPalette(QPalette(ground));
-    QWidget window;
-    auto *label = new QLabel(QStringLiteral("On the gradient"), &window);
-    auto *tabs = new QTabWidget(&window);
-    auto *inside = new QLabel(QStringLiteral("On a page"), tabs);
-    window.resize(300, 200);
-    PaintFormBackground(&window, QStringLiteral("other"));
-    const QImage image = window.grab().toImage();
-    for (const QPoint point : {QPoint(299, 0), QPoint(299, 100), QPoint(299, 199)})
-        QVERIFY(contrast(image.pixel(point), label->palette().color(QPalette::WindowText).rgb()) >= 4.5);
-    QVERIFY2(image.pixel(299, 0) != image.pixel(299, 199), "a gradient, not a plain ground");
-    QCOMPARE(inside->palette().color(QPalette::WindowText), QApplication::palette().color(QPalette::WindowText));
-    // Light to half of the way to the darker blue, whatever the palette.
-    QCOMPARE(image.pixelColor(299, 0), QColor(247, 251, 254));
-    QCOMPARE(image.pixelColor(299, 199), QColor(190, 225, 253));
-    ApplyColorMenu(3);
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("fontPoints");
+    QTest::addColumn<bool>("longer");
+    QTest::newRow("a small window") << QSize(420, 260) << 0 << false;
+    QTest::newRow("a large font") << QSize(760, 500) << 18 << false;
+    QTest::newRow("texts a third longer") << QSize(760, 500) << 0 << true;
+}
+
+void tst_frmPreferences::pagesScrollInSmallWindowsAndCutNothing()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, fontPoints);
+    QFETCH(bool, longer);
+    frmPreferences &window = form<frmPreferences>();
+    QFont font = window.font();
+    if (fontPoints > 0)
+        font.setPointSize(fontPoints);
+    window.setFont(font);
+    auto *tabs = control<QTabWidget>("SSTab1");
+    for (QAbstractButton *button : tabs->findChildren<QAbstractButton *>()) {
+        if (longer && !button->text().isEmpty())
+            button->setText(button->text() + button->text().left(button->text().size() / 3));
+    }
+    window.show();
+    window.resize(size);
+    for (int page = 0; page < tabs->count(); ++page) {
+        if (!tabs->isTabVisible(page))
+            continue;
+        tabs->setCurrentIndex(page);
+        QTRY_VERIFY(tabs->widget(page)->isVisible());
+        QCoreApplication::processEvents();
+        QCOMPARE(window.size(), size);
+        for (QWidget *widget : tabs->widget(page)->findChildren<QWidget *>()) {
+            const auto *button = qobject_cast<QAbstractButton *>(widget);
+            if (button && button->isVisible() && !button->text().isEmpty())
+                QVERIFY2(button->width() + 1 >= button->minimumSizeHint().width(), qPrintable(QStringLiteral("%1: %2 of %3").arg(button->text()).arg(button->width()).arg(button->minimumSizeHint().width())));
+            const auto *label = qobject_cast<QLabel *>(widget);
+            if (label && label->isVisible() && !label->text().isEmpty())
+                QVERIFY2(label->height() >= label->heightForWidth(label->width()), qPrintable(label->text()));
+        }
+    }
 }
 
 QTEST_MAIN(tst_frmPreferences)

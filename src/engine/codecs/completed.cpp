@@ -1,91 +1,184 @@
 #include "engine/codecs/completed.h"
 
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/magickheaders.h"
+#include "engine/limits.h"
 
-#include <QtEndian>
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
-constexpr int greys = 256;
+constexpr qsizetype greys = 256;
+constexpr qsizetype pcxHeaderBytes = 128;
+constexpr qsizetype pcxPaletteBytes = 1 + 3 * greys;
+constexpr char pcxPaletteFollows = 0x0c;
 
-// Of an XWD, as X11's XWDFile.h has them.
-constexpr size_t depthAt = 12;
-constexpr size_t bitsAt = 44;
-constexpr size_t classAt = 52;
-constexpr size_t colormapEntriesAt = 72;
-constexpr size_t colorsAt = 76;
-constexpr quint32 grayScale = 1;
-constexpr quint32 pseudoColor = 3;
-
-/// Whether all pixels of an 8-bit PCX are there, not cut off.
-bool hasAllPixels(const ByteReader &reader, size_t at)
+/// What a cut file gets: only where there is a row to show, and no more than a decode may take.
+bool isWorthFilling(qint64 missing, qint64 present, qint64 rowBytes)
 {
-    const qint64 rows = reader.u16le(10) - reader.u16le(6) + 1;
-    const bool packed = reader.u8(2) == 1;
-    qint64 missing = rows * reader.u16le(66);
-    while (missing > 0 && at < reader.size()) {
+    return missing > 0 && present >= rowBytes && rowBytes > 0 && missing <= limits::decodeBudget();
+}
+
+struct PcxRows
+{
+    qint64 rowBytes = 0; ///< all planes
+    qint64 missing = 0;
+    qint64 present = 0;
+    bool packed = false;
+    bool deep = false; ///< full is white; else 0 is the first colour
+};
+
+/// How much of the PCX at `at` lies in front of `end`.
+PcxRows pcxRows(const ByteReader &reader, size_t at, size_t end)
+{
+    const qint64 height = reader.u16le(at + 10) - reader.u16le(at + 6) + 1;
+    PcxRows rows;
+    rows.packed = reader.u8(at + 2) == 1;
+    rows.rowBytes = qint64(reader.u16le(at + 66)) * reader.u8(at + 65);
+    rows.deep = reader.u8(at + 3) * reader.u8(at + 65) >= 24 || reader.u8(at + 3) * reader.u8(at + 65) == 1;
+    const qint64 needed = height * rows.rowBytes;
+    at += size_t(pcxHeaderBytes);
+    while (rows.present < needed && at < end) {
         const quint8 byte = reader.u8(at);
-        const bool isRun = packed && (byte & 0xc0) == 0xc0;
-        missing -= isRun ? byte & 0x3f : 1;
+        const bool isRun = rows.packed && (byte & 0xc0) == 0xc0;
+        rows.present += isRun ? byte & 0x3f : 1;
         at += isRun ? 2 : 1;
     }
-    return missing <= 0;
+    rows.missing = needed - rows.present;
+    return rows;
 }
 
-}
-
-QByteArray completedPcx(const QByteArray &bytes)
+/// The missing pixels, as the file would hold them.
+QByteArray pcxFill(const PcxRows &rows)
 {
-    const ByteReader reader(bytesOf(bytes));
-    constexpr qsizetype headerBytes = 128;
-    constexpr qsizetype paletteBytes = 1 + 3 * greys;
-    constexpr char paletteFollows = 0x0c;
-    if (reader.u8(3) != 8 || reader.u8(65) != 1)
-        return bytes;
-    if (bytes.size() >= headerBytes + paletteBytes && bytes[bytes.size() - paletteBytes] == paletteFollows)
-        return bytes;
-    if (!hasAllPixels(reader, headerBytes))
-        return bytes;
-    QByteArray whole = bytes;
-    whole.reserve(bytes.size() + paletteBytes);
-    whole.append(paletteFollows);
-    for (int grey = 0; grey < greys; ++grey)
-        whole.append(3, char(grey));
-    return whole;
+    constexpr qint64 longestRun = 63;
+    const char value = rows.deep ? '\xff' : '\0';
+    if (!rows.packed)
+        return QByteArray(qsizetype(rows.missing), value);
+    // One run more than needed: the first of them ends the one that was cut.
+    QByteArray fill;
+    const qint64 runs = rows.missing / longestRun + 2;
+    fill.reserve(qsizetype(2 * runs));
+    for (qint64 i = 0; i < runs; ++i)
+        fill.append('\xff').append(value);
+    return fill;
 }
 
-QByteArray completedXwd(const QByteArray &bytes)
+QByteArray greyPalette()
 {
-    const ByteReader reader(bytesOf(bytes));
-    constexpr quint32 version = 7;
-    const bool bigEndian = reader.u32be(4) == version;
-    const quint32 bits = reader.u32(bitsAt, bigEndian);
-    const quint32 depth = reader.u32(depthAt, bigEndian);
-    const quint32 headerBytes = reader.u32(0, bigEndian);
-    if (reader.u32(classAt, bigEndian) > grayScale || bits < 2 || bits > 8 || depth < 1 || depth > bits
-        || headerBytes < 100 || qsizetype(headerBytes) > bytes.size())
-        return bytes;
-    QByteArray whole = bytes;
-    const auto put = [&](size_t at, quint32 value) {
-        const quint32 stored = bigEndian ? qToBigEndian(value) : qToLittleEndian(value);
-        whole.replace(qsizetype(at), 4, reinterpret_cast<const char *>(&stored), 4);
-    };
-    put(classAt, pseudoColor);
-    if (reader.u32(colorsAt, bigEndian) > 0)
-        return whole;
-    const quint32 colors = 1U << depth;
-    put(colormapEntriesAt, colors);
-    put(colorsAt, colors);
-    // An entry: the pixel, red, green and blue of 16 bits, which of them count (all), and a byte for the length.
-    QByteArray ramp;
-    for (quint32 i = 0; i < colors; ++i) {
-        const quint16 level = quint16(i * 0xffff / (colors - 1));
-        const quint32 pixel = bigEndian ? qToBigEndian(i) : qToLittleEndian(i);
-        const quint16 stored = bigEndian ? qToBigEndian(level) : qToLittleEndian(level);
-        ramp.append(reinterpret_cast<const char *>(&pixel), sizeof pixel);
-        for (int channel = 0; channel < 3; ++channel)
-            ramp.append(reinterpret_cast<const char *>(&stored), sizeof stored);
-        ramp.append(char(7)).append(char(0));
+    QByteArray palette(1, pcxPaletteFollows);
+    for (qsizetype grey = 0; grey < greys; ++grey)
+        palette.append(3, char(grey));
+    return palette;
+}
+
+/// The adapter's sixteen colours, where the header's table is empty and its version says that it does not count.
+void setPaletteOfEga(QByteArray &file)
+{
+    constexpr qsizetype tableAt = 16;
+    constexpr qsizetype tableBytes = 48;
+    constexpr char withoutPalette = 3;
+    const ByteReader reader(file);
+    const int bits = reader.u8(3) * reader.u8(65);
+    if (file.size() < pcxHeaderBytes || file.at(1) != withoutPalette || bits < 2 || bits > 4
+        || file.mid(tableAt, tableBytes).count('\0') < tableBytes)
+        return;
+    QByteArray table;
+    for (int color = 0; color < 16; ++color) {
+        const int light = color & 8 ? 0x55 : 0;
+        const bool isBrown = color == 6;
+        table.append(char((color & 4 ? 0xaa : 0) + light));
+        table.append(char(isBrown ? 0x55 : (color & 2 ? 0xaa : 0) + light));
+        table.append(char((color & 1 ? 0xaa : 0) + light));
     }
-    return whole.insert(qsizetype(headerBytes), ramp);
+    file.replace(tableAt, tableBytes, table);
+}
+
+}
+
+CompletedFile completedPcx(const QByteArray &bytes)
+{
+    CompletedFile file{bytes, false};
+    setPaletteOfEga(file.bytes);
+    const ByteReader reader(bytes);
+    const bool wantsPalette = reader.u8(3) == 8 && reader.u8(65) == 1;
+    const bool hasPalette = wantsPalette && bytes.size() >= pcxHeaderBytes + pcxPaletteBytes
+        && bytes[bytes.size() - pcxPaletteBytes] == pcxPaletteFollows;
+    const qsizetype end = bytes.size() - (hasPalette ? pcxPaletteBytes : 0);
+    const PcxRows rows = pcxRows(reader, 0, size_t(end));
+    file.wasCut = isWorthFilling(rows.missing, rows.present, rows.rowBytes);
+    if (file.wasCut)
+        file.bytes.insert(end, pcxFill(rows));
+    if (wantsPalette && !hasPalette && (file.wasCut || rows.missing <= 0))
+        file.bytes.append(greyPalette());
+    return file;
+}
+
+CompletedFile completedDcx(const QByteArray &bytes)
+{
+    const ByteReader reader(bytes);
+    constexpr size_t mostPictures = 1023;
+    size_t last = 0;
+    for (size_t i = 0; i < mostPictures && reader.u32le(4 + 4 * i) != 0; ++i)
+        last = std::max(last, size_t(reader.u32le(4 + 4 * i)));
+    if (last == 0 || !reader.has(last, size_t(pcxHeaderBytes)))
+        return {bytes, false};
+    const CompletedFile picture = completedPcx(bytes.mid(qsizetype(last)));
+    return {bytes.left(qsizetype(last)) + picture.bytes, picture.wasCut};
+}
+
+CompletedFile completedMac(const QByteArray &bytes)
+{
+    constexpr int rowBytes = 72;
+    constexpr int rows = 720;
+    const ByteReader reader(bytes);
+    size_t at = 512 + (reader.is(65, "PNTG") ? 128 : 0);
+    int present = 0;
+    while (present < rowBytes * rows && at < reader.size()) {
+        const int code = reader.u8(at);
+        present += code < 128 ? code + 1 : code > 128 ? 257 - code : 0;
+        at += code < 128 ? size_t(code) + 2 : code > 128 ? 2 : 1;
+    }
+    const int missing = rowBytes * rows - present;
+    const qsizetype literals = qsizetype(at) - bytes.size(); // of a stretch that was cut
+    if (!isWorthFilling(missing + std::max<qint64>(literals, 0), present, rowBytes))
+        return {bytes, false};
+    QByteArray whole = bytes;
+    if (literals > 0)
+        whole.append(literals, '\0');
+    for (int left = missing; left > 0;) {
+        // Runs end where a row does.
+        const int run = left % rowBytes ? left % rowBytes : rowBytes;
+        if (run == 1)
+            whole.append(2, '\0');
+        else
+            whole.append(char(257 - run)).append('\0');
+        left -= run;
+    }
+    return {whole, true};
+}
+
+CompletedFile completedWbmp(const QByteArray &bytes)
+{
+    const std::optional<MagickHeader> header = wbmpHeader(ByteReader(bytes), -1);
+    qsizetype at = 2;
+    for (int numbers = 0; numbers < 2 && at < bytes.size(); ++at)
+        numbers += uchar(bytes[at]) & 0x80 ? 0 : 1;
+    const qint64 rowBytes = header ? (header->size.width() + 7) / 8 : 0;
+    const qint64 present = bytes.size() - at;
+    const qint64 missing = header ? rowBytes * header->size.height() - present : 0;
+    if (!isWorthFilling(missing, present, rowBytes))
+        return {bytes, false};
+    return {bytes + QByteArray(qsizetype(missing), '\xff'), true};
+}
+
+CompletedFile completedUtah(const QByteArray &bytes)
+{
+    // The code that ends the picture, often enough to be met behind the longest stretch of pixels that can be cut.
+    constexpr char end = 7;
+    constexpr qsizetype longestStretch = 0x10000;
+    if (bytes.endsWith(end) || bytes.endsWith(QByteArray(1, end) + '\0'))
+        return {bytes, false};
+    return {bytes + QByteArray(longestStretch + 4, end), true};
 }

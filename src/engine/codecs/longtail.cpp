@@ -14,7 +14,7 @@ struct Format
     const char *magick; ///< the library's name
     std::optional<MagickHeader> (*header)(const ByteReader &bytes, int sizeIndex);
     bool isPhotoCd = false;
-    QByteArray (*completed)(const QByteArray &bytes) = nullptr; ///< what the library gets in place of the file
+    CompletedFile (*completed)(const QByteArray &bytes) = nullptr; ///< what the library gets in place of the file
 };
 
 constexpr int bytesPerPixel = 16;
@@ -36,16 +36,6 @@ int depthOf(const QImage &image)
     return image.format() == QImage::Format_Indexed8 ? 8 : image.hasAlphaChannel() ? 32 : 24;
 }
 
-/// The library reads a single deep channel as red.
-void spreadRed(QImage &deep)
-{
-    for (int y = 0; y < deep.height(); ++y) {
-        QRgba64 *const row = reinterpret_cast<QRgba64 *>(deep.scanLine(y));
-        for (int x = 0; x < deep.width(); ++x)
-            row[x] = QRgba64::fromRgba64(row[x].red(), row[x].red(), row[x].red(), row[x].alpha());
-    }
-}
-
 Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const DecodeHint &hint)
 {
     const Result<MagickHeader> header = readHeader(format, file.bytes, hint.sizeIndex);
@@ -55,15 +45,14 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
         return Failure{QStringLiteral("the file has no picture %1").arg(hint.page)};
     // The library counts a Photo CD's sizes as pictures, from 1.
     const int page = format.isPhotoCd ? photoCdSize(hint.sizeIndex) + 1 : hint.page;
-    const Result<MagickPicture> read = readByMagick(format.completed ? format.completed(file.bytes) : file.bytes,
-        format.magick, page, header->deep || header->bits >= 48);
+    const CompletedFile whole = format.completed ? format.completed(file.bytes) : CompletedFile{file.bytes, false};
+    const Result<MagickPicture> read =
+        readByMagick(whole.bytes, format.magick, page, header->bits >= 48);
     if (!read)
         return read.failure();
     Picture picture;
     picture.pixels = read->pixels;
-    picture.partial = read->damaged;
-    if (header->deep && header->bits < 48)
-        spreadRed(picture.pixels);
+    picture.partial = read->damaged || whole.wasCut;
     if (!header->dotsPerInch.isEmpty()) {
         picture.pixels.setDotsPerMeterX(qRound(header->dotsPerInch.width() / 0.0254));
         picture.pixels.setDotsPerMeterY(qRound(header->dotsPerInch.height() / 0.0254));
@@ -117,14 +106,13 @@ template <const Format &format> constexpr Codec row(const char *extensions, bool
 }
 
 constexpr Format art{"ART", "ART", artHeader};
-constexpr Format dcx{"DCX", "DCX", dcxHeader};
+constexpr Format dcx{"DCX", "DCX", dcxHeader, false, completedDcx};
 constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
-constexpr Format mac{"MacPaint", "MAC", macHeader};
+constexpr Format mac{"MacPaint", "MAC", macHeader, false, completedMac};
 constexpr Format pcd{"Photo CD", "PCD", pcdHeader, true};
 constexpr Format pcx{"PCX", "PCX", pcxHeader, false, completedPcx};
-constexpr Format sgi{"SGI", "SGI", sgiHeader};
-constexpr Format utah{"Utah RLE", "RLE", utahHeader};
-constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader};
+constexpr Format utah{"Utah RLE", "RLE", utahHeader, false, completedUtah};
+constexpr Format wbmp{"WBMP", "WBMP", wbmpHeader, false, completedWbmp};
 constexpr Format wpg{"WPG", "WPG", wpgHeader};
 constexpr Format xbm{"XBM", "XBM", xbmHeader};
 constexpr Format xpm{"XPM", "XPM", xpmHeader};
@@ -134,7 +122,6 @@ constexpr Format xwd{"XWD", "XWD", xwdHeader, false, completedXwd};
 const Codec rows[] = {
     row<pcx>("pcx", [](Bytes head) { return head.size() > 128 && sniffHeader<pcx>(head); }),
     row<dcx>("dcx", sniffHeader<dcx>),
-    row<sgi>("rgb rgba sgi bw", sniffHeader<sgi>),
     row<pcd>("pcd", sniffHeader<pcd>),
     row<wpg>("wpg", sniffHeader<wpg>),
     row<utah>("rle", sniffHeader<utah>),

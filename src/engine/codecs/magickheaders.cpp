@@ -83,16 +83,6 @@ std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex)
     return MagickHeader{onItsSide ? size.transposed() : size, 24};
 }
 
-std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int)
-{
-    if (bytes.u16be(0) != 0x01da)
-        return {};
-    const int dimensions = bytes.u16be(4);
-    const int height = dimensions >= 2 ? bytes.u16be(8) : 1;
-    const int channels = dimensions >= 3 ? bytes.u16be(10) : 1;
-    return MagickHeader{{bytes.u16be(6), height}, bytes.u8(3) * 8 * channels, 1, bytes.u8(3) == 2};
-}
-
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int)
 {
     if (bytes.u16le(0) != 0xcc52)

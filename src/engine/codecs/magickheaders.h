@@ -12,7 +12,6 @@ struct MagickHeader
     QSize size; ///< empty: only a full read tells
     int bits = 0; ///< nominal; 0: only a full read tells
     int pages = 1;
-    bool deep = false; ///< 16 bits a channel
     QSize dotsPerInch = {}; ///< where the library does not tell what it read
 };
 
@@ -23,7 +22,6 @@ std::optional<MagickHeader> hrzHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> macHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcdHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> pcxHeader(const ByteReader &bytes, int sizeIndex);
-std::optional<MagickHeader> sgiHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> utahHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> wbmpHeader(const ByteReader &bytes, int sizeIndex);
 std::optional<MagickHeader> wpgHeader(const ByteReader &bytes, int sizeIndex);

@@ -17,6 +17,7 @@
 #include "engine/codecs/psd.h"
 #include "engine/codecs/psp.h"
 #include "engine/codecs/raw.h"
+#include "engine/codecs/sgi.h"
 #include "engine/codecs/smallformats.h"
 #include "engine/codecs/sunraster.h"
 #include "engine/codecs/texts.h"
@@ -46,6 +47,7 @@ extern "C" __attribute__((visibility("default"))) const CodecModule *lumoraCodec
             &mbmCodec,
             &tgaCodec,
             &sunRasterCodec,
+            &sgiCodec,
             &gemImageCodec,
             &mspCodec,
             &cutCodec,
