@@ -817,6 +817,49 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
+    <name>MenuBackgroundBox</name>
+    <message>
+        <source>Menu Background</source>
+        <translation>Hintergrund des Menüs</translation>
+    </message>
+    <message>
+        <source>Background picture of the menu</source>
+        <translation>Hintergrundbild des Menüs</translation>
+    </message>
+    <message>
+        <source>Choose &amp;Picture...</source>
+        <translation>Bild aus&amp;wählen...</translation>
+    </message>
+    <message>
+        <source>Shows a picture of yours behind the menu of the main window</source>
+        <translation>Zeigt ein Bild von Ihnen hinter dem Menü der Hauptansicht</translation>
+    </message>
+    <message>
+        <source>Pre&amp;vious Pattern</source>
+        <translation>&amp;Vorheriges Muster</translation>
+    </message>
+    <message>
+        <source>Ne&amp;xt Pattern</source>
+        <translation>&amp;Nächstes Muster</translation>
+    </message>
+    <message>
+        <source>&amp;No Background</source>
+        <translation>&amp;Kein Hintergrund</translation>
+    </message>
+    <message>
+        <source>The background picture of the menu could not be removed.</source>
+        <translation>Das Hintergrundbild des Menüs konnte nicht entfernt werden.</translation>
+    </message>
+    <message>
+        <source>The picture %1 could not be made the background of the menu.</source>
+        <translation>Das Bild %1 konnte nicht zum Hintergrund des Menüs gemacht werden.</translation>
+    </message>
+    <message>
+        <source>(none)</source>
+        <translation>(keines)</translation>
+    </message>
+</context>
+<context>
     <name>PlayerControls</name>
     <message>
         <source>Stop</source>
@@ -2616,6 +2659,10 @@ dies kann einige Sekunden dauern</translation>
     <message>
         <source>Makes Lumora V3 the program for the checked types</source>
         <translation>Macht Lumora V3 zum Programm der angekreuzten Typen</translation>
+    </message>
+    <message>
+        <source>This folder is not there now. Until it is, dialogs begin in another one.</source>
+        <translation>Diesen Ordner gibt es zurzeit nicht. Solange er fehlt, beginnen Dialoge in einem anderen.</translation>
     </message>
 </context>
 <context>
