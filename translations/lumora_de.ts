@@ -858,6 +858,10 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>(none)</source>
         <translation>(keines)</translation>
     </message>
+    <message>
+        <source>All Files (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|</source>
+        <translation>Alle Dateien (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|</translation>
+    </message>
 </context>
 <context>
     <name>PlayerControls</name>
