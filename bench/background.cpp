@@ -2,10 +2,10 @@
 // thumbnail size over a picture of 24 megapixels:
 //     bench_background [ROUNDS]
 
+#include "ui/background.h"
 #include "app/checkjpg.h"
 #include "app/globals.h"
 #include "shell/frmPreferences.h"
-#include "ui/background.h"
 
 #include <QApplication>
 #include <QPainter>
