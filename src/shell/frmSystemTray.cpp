@@ -197,17 +197,18 @@ void frmSystemTray::mnuMaximize_Click()
 
 void frmSystemTray::mnuMinimize_Click()
 {
-    auto &viewer = form<frmMainViewer>();
-    if (viewer.isVisible() && !globals.ProgramExiting)
-        viewer.showMinimized();
+    if (!globals.ProgramExiting && form<frmMainViewer>().isVisible())
+        form<frmMainViewer>().showMinimized();
 }
 
 void frmSystemTray::takeMainViewer()
 {
+    if (globals.ProgramExiting || !hasIcon() || !m_presence.isThere())
+        return;
     auto &viewer = form<frmMainViewer>();
     // A modal window would lose the window that it belongs to.
-    if (!hasIcon() || !m_presence.isThere() || globals.ProgramExiting || !viewer.isMinimized() || !viewer.isVisible()
-        || !viewer.mnuOptionsMinimizeSystemTray->isChecked() || QApplication::activeModalWidget())
+    if (!viewer.isMinimized() || !viewer.isVisible() || !viewer.mnuOptionsMinimizeSystemTray->isChecked()
+        || QApplication::activeModalWidget())
         return;
     m_holdsMainViewer = true;
     m_look.start();
