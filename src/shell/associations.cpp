@@ -189,6 +189,11 @@ QString associationCaption(int box)
     return QLatin1String(extraCaptions[box - firstExtraBox]);
 }
 
+QByteArray desktopTypeOfBox(int box)
+{
+    return mimeTypes[box - 1];
+}
+
 AssociationWrites classWrites(const QString &programFolder, const QString &programName)
 {
     AssociationWrites writes;
@@ -252,17 +257,17 @@ AssociationBoxes associatedBoxes(const DefaultReader &readDefault)
 QVector<DesktopType> desktopTypes(const AssociationBoxes &boxes)
 {
     QVector<DesktopType> types;
-    const auto add = [&](const char *name, bool wanted) {
+    const auto add = [&](const QByteArray &name, bool wanted) {
         const auto known =
-            std::find_if(types.begin(), types.end(), [name](const DesktopType &type) { return type.name == name; });
+            std::find_if(types.begin(), types.end(), [&name](const DesktopType &type) { return type.name == name; });
         if (known == types.end())
             types.append({name, wanted});
         else
             known->wanted = known->wanted || wanted;
     };
-    for (std::size_t box = 1; box <= associationBoxCount; ++box) {
-        if (*mimeTypes[box - 1])
-            add(mimeTypes[box - 1], boxes[box]);
+    for (int box = 1; box <= associationBoxCount; ++box) {
+        if (const QByteArray name = desktopTypeOfBox(box); !name.isEmpty())
+            add(name, boxes[std::size_t(box)]);
     }
     add("application/x-lumora-list", boxes[listFileBox]);
     return types;

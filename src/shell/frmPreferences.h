@@ -132,6 +132,7 @@ private:
     void connectTypeButtons();
     void connectAssociations();
     void readAssociations();
+    void showDesktopTypes();
     /// False when the window has gone meanwhile.
     bool offerAssociations();
     void connectQuality(QLineEdit *text, QSpinBox *spin);

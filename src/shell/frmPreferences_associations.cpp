@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -121,8 +122,9 @@ QWidget *frmPreferences::makeAssociationsPage()
     chkAssocFileType[listFileBox]->setAccessibleDescription(chkAssocFileType[listFileBox]->toolTip());
 
     auto *note = new QLabel(tr("Files of the checked types will open with Lumora V3 on your desktop, those of the "
-                               "others with the program they had before. Types of one kind, as .JPG and .JPEG, go "
-                               "together. .IMG, .GEM and .PIC stay with the programs of your system."),
+                               "others with the program they had before; types in bold letters do so now. Types of "
+                               "one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs "
+                               "of your system."),
         page);
     note->setWordWrap(true);
     rows->addWidget(note);
@@ -166,9 +168,27 @@ void frmPreferences::connectAssociations()
     });
 }
 
+// The boxes show the store; what the desktop does stands beside it in bold letters.
+void frmPreferences::showDesktopTypes()
+{
+    QVector<QByteArray> types;
+    forEachBox(chkAssocFileType, [&types](QCheckBox *, int index) { types.append(desktopTypeOfBox(index)); });
+    const QVector<QByteArray> own = ownDesktopTypes(types);
+    forEachBox(chkAssocFileType, [&own](QCheckBox *box, int index) {
+        const bool opens = own.contains(desktopTypeOfBox(index));
+        QFont font = box->font();
+        if (font.bold() == opens)
+            return;
+        font.setBold(opens);
+        box->setFont(font);
+        box->setAccessibleDescription(opens ? tr("Opens with Lumora V3 now") : box->toolTip());
+    });
+}
+
 // A choice that is not set yet survives a look at another window.
 void frmPreferences::readAssociations()
 {
+    showDesktopTypes();
     if (AssociationsChanged || settingAssociations)
         return;
     const ScopedFlag showing(LoadingSettings);
@@ -210,6 +230,8 @@ void frmPreferences::cmdMakeAssoc_Click()
             AssociationsChanged = false;
         tellDesktop(boxes);
     }
-    if (here && !isUnloaded() && !globals.ProgramExiting)
-        ignore(dialogs().show(this, associationsMadeBox()));
+    if (!here || isUnloaded() || globals.ProgramExiting)
+        return;
+    showDesktopTypes();
+    ignore(dialogs().show(this, associationsMadeBox()));
 }

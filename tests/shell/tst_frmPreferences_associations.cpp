@@ -141,12 +141,14 @@ void tst_frmPreferences_associations::settingWritesStoreAndDesktopAndSaysSo()
     QCOMPARE(owner(".jpg"), QStringLiteral("Lumora.jpg.3"));
     QVERIFY(owner("Lumora.jpg.3\\Shell\\Open\\Command").startsWith(QLatin1Char('"') + m_home->path()));
     QCOMPARE(list(), "[Default Applications]\nimage/jpeg=" + own + ";gimp.desktop\n");
+    QVERIFY(window().chkAssocFileType[13]->font().bold() && !window().chkAssocFileType[21]->font().bold());
 
     window().cmdAssocClearAll->click();
     m_dialogs->answer(MessageBox::Answer::Ok);
     window().cmdMakeAssoc->click();
     QCOMPARE(owner(".jpg"), QString());
     QCOMPARE(list(), before);
+    QVERIFY(!window().chkAssocFileType[13]->font().bold());
 }
 
 void tst_frmPreferences_associations::aDesktopThatCannotBeToldIsNoObstacle()
