@@ -142,7 +142,7 @@ void writeClass(AssociationWrites &writes, const QString &code, const QString &p
     writes += createKey(name);
     writes += setDefault(name, QStringLiteral("Lumora %1 File").arg(code));
     writes += createKey(name + QStringLiteral("\\DefaultIcon"));
-    writes += setDefault(name + QStringLiteral("\\DefaultIcon"), QStringLiteral("%1,%2").arg(program).arg(icon));
+    writes += setDefault(name + QStringLiteral("\\DefaultIcon"), program + QLatin1Char(',') + QString::number(icon));
     writes += createKey(name + QStringLiteral("\\PreviousAssociation"));
     for (const QString &verb : {open, edit, preview})
         writes += createKey(verb + QStringLiteral("\\Command"));

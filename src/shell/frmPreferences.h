@@ -12,6 +12,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 
+#include <bitset>
 #include <functional>
 #include <initializer_list>
 
@@ -142,6 +143,7 @@ private:
     void showStoredFolder();
     QColor m_thumbnailBackColor = Qt::black;
     int m_page = 0; ///< of SSTab1, that was shown last
+    std::bitset<62> m_chosenBoxes; ///< of the associations, by index: those that were changed since they were read
 };
 
 /// The number at the beginning of a text, as a field is read: 0 when there is none.

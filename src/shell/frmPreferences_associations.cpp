@@ -81,6 +81,19 @@ void tellDesktop(const AssociationBoxes &boxes)
         qCWarning(logAssociations, "the desktop was not told: %s", qPrintable(told.reason()));
 }
 
+/// The boxes whose types open with the program now.
+AssociationBoxes desktopBoxes()
+{
+    QVector<QByteArray> types;
+    for (int box = 1; box <= associationBoxCount; ++box)
+        types.append(desktopTypeOfBox(box));
+    const QVector<QByteArray> own = ownDesktopTypes(types);
+    AssociationBoxes boxes;
+    for (int box = 1; box <= associationBoxCount; ++box)
+        boxes[std::size_t(box)] = own.contains(desktopTypeOfBox(box));
+    return boxes;
+}
+
 QGridLayout *boxGroup(const QString &title, QVBoxLayout *rows, QWidget *page)
 {
     auto *group = new QGroupBox(title, page);
@@ -146,15 +159,20 @@ QWidget *frmPreferences::makeAssociationsPage()
 
 void frmPreferences::connectAssociations()
 {
-    forEachBox(chkAssocFileType, [this](QCheckBox *box, int) {
-        connect(box, &QCheckBox::toggled, this, [this] {
-            if (!LoadingSettings)
-                AssociationsChanged = true;
+    forEachBox(chkAssocFileType, [this](QCheckBox *box, int index) {
+        connect(box, &QCheckBox::toggled, this, [this, index] {
+            if (LoadingSettings)
+                return;
+            AssociationsChanged = true;
+            m_chosenBoxes.set(std::size_t(index));
         });
     });
     const auto onClick = [this](QPushButton *button, auto work) {
-        connect(button, &QPushButton::clicked, this,
-            [this, work] { forEachBox(chkAssocFileType, [work](QCheckBox *box, int) { work(box); }); });
+        connect(button, &QPushButton::clicked, this, [this, work] {
+            forEachBox(chkAssocFileType, [work](QCheckBox *box, int) { work(box); });
+            AssociationsChanged = true; // also where a box stays as it was: that is a choice now
+            m_chosenBoxes.set();
+        });
     };
     onClick(cmdAssocSelectAll, [](QCheckBox *box) { box->setChecked(true); });
     onClick(cmdAssocClearAll, [](QCheckBox *box) { box->setChecked(false); });
@@ -171,11 +189,9 @@ void frmPreferences::connectAssociations()
 // The boxes show the store; what the desktop does stands beside it in bold letters.
 void frmPreferences::showDesktopTypes()
 {
-    QVector<QByteArray> types;
-    forEachBox(chkAssocFileType, [&types](QCheckBox *, int index) { types.append(desktopTypeOfBox(index)); });
-    const QVector<QByteArray> own = ownDesktopTypes(types);
+    const AssociationBoxes own = desktopBoxes();
     forEachBox(chkAssocFileType, [&own](QCheckBox *box, int index) {
-        const bool opens = own.contains(desktopTypeOfBox(index));
+        const bool opens = own[std::size_t(index)];
         QFont font = box->font();
         if (font.bold() == opens)
             return;
@@ -192,6 +208,7 @@ void frmPreferences::readAssociations()
     if (AssociationsChanged || settingAssociations)
         return;
     const ScopedFlag showing(LoadingSettings);
+    m_chosenBoxes.reset();
     const AssociationBoxes associated = associatedBoxes(readClass);
     forEachBox(chkAssocFileType,
         [&associated](QCheckBox *box, int index) { box->setChecked(associated[std::size_t(index)]); });
@@ -222,13 +239,15 @@ void frmPreferences::cmdMakeAssoc_Click()
     AssociationBoxes boxes;
     forEachBox(
         chkAssocFileType, [&boxes](const QCheckBox *box, int index) { boxes[std::size_t(index)] = box->isChecked(); });
+    const AssociationBoxes chosen = m_chosenBoxes;
     {
         const ScopedFlag setting(settingAssociations);
         const Hourglass busy;
         writeAssociations(boxes, std::function(beep)); // a copy, as the window may go
         if (here)
             AssociationsChanged = false;
-        tellDesktop(boxes);
+        // A box that shows the store, and that nobody has touched, asks the desktop for nothing new.
+        tellDesktop(boxes & (chosen | desktopBoxes()));
     }
     if (!here || isUnloaded() || globals.ProgramExiting)
         return;
