@@ -17,7 +17,6 @@ if [ ! -x "$lupdate" ]; then
 fi
 scratch=$(mktemp -d "$root/translations/.update-XXXXXX")
 trap 'rm -rf -- "$scratch"' EXIT
-/usr/bin/python3 tools/row-texts.py > "$scratch/rows.cpp"
 
 failed=0
 for file in translations/lumora_*.ts; do
@@ -27,7 +26,7 @@ for file in translations/lumora_*.ts; do
         cp -- "$file" "$target"
     fi
     # Without the lines that texts stand in: a changed source would change every file.
-    "$lupdate" src "$scratch/rows.cpp" -locations none -no-obsolete -silent -ts "$target" > "$scratch/said" 2>&1 || failed=1
+    "$lupdate" src -locations none -no-obsolete -silent -ts "$target" > "$scratch/said" 2>&1 || failed=1
     # What it says of a text without a context would be missing in the file.
     if grep -v '^Scanning directory' "$scratch/said" >&2; then
         failed=1

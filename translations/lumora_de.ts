@@ -2,6 +2,25 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en_US">
 <context>
+    <name>Associations</name>
+    <message>
+        <source>Apply Associations?</source>
+        <translation>Zuordnungen übernehmen?</translation>
+    </message>
+    <message>
+        <source>Do you want to apply file association changes?</source>
+        <translation>Möchten Sie die Änderungen der Dateizuordnungen übernehmen?</translation>
+    </message>
+    <message>
+        <source>File Association Changes</source>
+        <translation>Dateizuordnungen</translation>
+    </message>
+    <message>
+        <source>File Association Changes have been made successfully</source>
+        <translation>Die Dateizuordnungen wurden erfolgreich geändert</translation>
+    </message>
+</context>
+<context>
     <name>CommandLine</name>
     <message>
         <source>lumora: unknown option &apos;%1&apos;, see lumora --help</source>
@@ -647,6 +666,29 @@ Möchten Sie die Datei ersetzen?</translation>
     </message>
 </context>
 <context>
+    <name>InternetTransfer</name>
+    <message>
+        <source>The server did not answer within %1 seconds.</source>
+        <translation>Der Server hat nicht innerhalb von %1 Sekunden geantwortet.</translation>
+    </message>
+    <message>
+        <source>The transfer was given up.</source>
+        <translation>Die Übertragung wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The server&apos;s answer is too long.</source>
+        <translation>Die Antwort des Servers ist zu lang.</translation>
+    </message>
+    <message>
+        <source>The server&apos;s answer is not a text.</source>
+        <translation>Die Antwort des Servers ist kein Text.</translation>
+    </message>
+    <message>
+        <source>The address cannot be fetched.</source>
+        <translation>Die Adresse lässt sich nicht abrufen.</translation>
+    </message>
+</context>
+<context>
     <name>Language</name>
     <message>
         <source>en_US</source>
@@ -772,6 +814,49 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>Motion</source>
         <translation>Video</translation>
+    </message>
+</context>
+<context>
+    <name>MenuBackgroundBox</name>
+    <message>
+        <source>Menu Background</source>
+        <translation>Hintergrund des Menüs</translation>
+    </message>
+    <message>
+        <source>Background picture of the menu</source>
+        <translation>Hintergrundbild des Menüs</translation>
+    </message>
+    <message>
+        <source>Choose &amp;Picture...</source>
+        <translation>Bild aus&amp;wählen...</translation>
+    </message>
+    <message>
+        <source>Shows a picture of yours behind the menu of the main window</source>
+        <translation>Zeigt ein Bild von Ihnen hinter dem Menü der Hauptansicht</translation>
+    </message>
+    <message>
+        <source>Pre&amp;vious Pattern</source>
+        <translation>&amp;Vorheriges Muster</translation>
+    </message>
+    <message>
+        <source>Ne&amp;xt Pattern</source>
+        <translation>&amp;Nächstes Muster</translation>
+    </message>
+    <message>
+        <source>&amp;No Background</source>
+        <translation>&amp;Kein Hintergrund</translation>
+    </message>
+    <message>
+        <source>The background picture of the menu could not be removed.</source>
+        <translation>Das Hintergrundbild des Menüs konnte nicht entfernt werden.</translation>
+    </message>
+    <message>
+        <source>The picture %1 could not be made the background of the menu.</source>
+        <translation>Das Bild %1 konnte nicht zum Hintergrund des Menüs gemacht werden.</translation>
+    </message>
+    <message>
+        <source>(none)</source>
+        <translation>(keines)</translation>
     </message>
 </context>
 <context>
@@ -1069,6 +1154,49 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>There is another file of that name now.</source>
         <translation>Inzwischen gibt es eine andere Datei dieses Namens.</translation>
+    </message>
+</context>
+<context>
+    <name>VersionCheck</name>
+    <message>
+        <source>Update Version Check:</source>
+        <translation>Suche nach neuer Version:</translation>
+    </message>
+    <message>
+        <source>The server has no information on versions (answer %1).</source>
+        <translation>Der Server hat keine Angaben zu Versionen (Antwort %1).</translation>
+    </message>
+    <message>
+        <source>The server answered with something else than a version (%1).</source>
+        <translation>Der Server antwortete mit etwas anderem als einer Version (%1).</translation>
+    </message>
+    <message>
+        <source>You are currently running the latest version of Tessaly Lumora.</source>
+        <translation>Sie verwenden die neueste Version von Tessaly Lumora.</translation>
+    </message>
+    <message>
+        <source>A newer version of Tessaly Lumora is available for download.</source>
+        <translation>Eine neuere Version von Tessaly Lumora steht zum Herunterladen bereit.</translation>
+    </message>
+    <message>
+        <source>You have a newer build than is currently available for download of Tessaly Lumora.</source>
+        <translation>Sie haben eine neuere Version von Tessaly Lumora, als derzeit zum Herunterladen bereitsteht.</translation>
+    </message>
+    <message>
+        <source>This build of Tessaly Lumora V3 has no update server to ask. New versions come the way that this one came, for instance with the package manager of your system.</source>
+        <translation>Diese Ausgabe von Tessaly Lumora V3 hat keinen Server, den sie nach neuen Versionen fragen könnte. Neue Versionen kommen auf dem Weg, auf dem diese kam, zum Beispiel über die Paketverwaltung Ihres Systems.</translation>
+    </message>
+    <message>
+        <source>You are running version %1.</source>
+        <translation>Sie verwenden die Version %1.</translation>
+    </message>
+    <message>
+        <source>It could not be found out whether there is a newer version of Tessaly Lumora.</source>
+        <translation>Es war nicht herauszufinden, ob es eine neuere Version von Tessaly Lumora gibt.</translation>
+    </message>
+    <message>
+        <source>Nothing on this system opens the address of the download:</source>
+        <translation>Nichts auf diesem System öffnet die Adresse zum Herunterladen:</translation>
     </message>
 </context>
 <context>
@@ -2500,6 +2628,42 @@ dies kann einige Sekunden dauern</translation>
         <source>&amp;Browse...</source>
         <translation>&amp;Durchsuchen...</translation>
     </message>
+    <message>
+        <source>Further Picture Types</source>
+        <translation>Weitere Bildtypen</translation>
+    </message>
+    <message>
+        <source>With the list files of Lumora (.Lsl)</source>
+        <translation>Mit den Listendateien von Lumora (.Lsl)</translation>
+    </message>
+    <message>
+        <source>Files of the checked types will open with Lumora V3 on your desktop, those of the others with the program they had before. Types of one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs of your system.</source>
+        <translation>Dateien der angekreuzten Typen öffnen sich auf Ihrem Desktop mit Lumora V3, die der anderen mit dem Programm, das sie vorher hatten. Typen einer Art, wie .JPG und .JPEG, gehen zusammen. .IMG, .GEM und .PIC bleiben bei den Programmen Ihres Systems.</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>&amp;Alle auswählen</translation>
+    </message>
+    <message>
+        <source>&amp;Clear All</source>
+        <translation>Alle a&amp;bwählen</translation>
+    </message>
+    <message>
+        <source>&amp;Invert All</source>
+        <translation>Alle &amp;umkehren</translation>
+    </message>
+    <message>
+        <source>Set Associations</source>
+        <translation>Zuordnungen festlegen</translation>
+    </message>
+    <message>
+        <source>Makes Lumora V3 the program for the checked types</source>
+        <translation>Macht Lumora V3 zum Programm der angekreuzten Typen</translation>
+    </message>
+    <message>
+        <source>This folder is not there now. Until it is, dialogs begin in another one.</source>
+        <translation>Diesen Ordner gibt es zurzeit nicht. Solange er fehlt, beginnen Dialoge in einem anderen.</translation>
+    </message>
 </context>
 <context>
     <name>frmSelectBatchDir</name>
@@ -2708,6 +2872,57 @@ dies kann einige Sekunden dauern</translation>
     <message>
         <source>Close the full screen viewer (Esc)</source>
         <translation>Vollbildansicht schließen (Esc)</translation>
+    </message>
+</context>
+<context>
+    <name>frmSystemTray</name>
+    <message>
+        <source>&amp;Restore</source>
+        <translation>Wieder&amp;herstellen</translation>
+    </message>
+    <message>
+        <source>Ma&amp;ximize</source>
+        <translation>Ma&amp;ximieren</translation>
+    </message>
+    <message>
+        <source>Mi&amp;nimize</source>
+        <translation>Mi&amp;nimieren</translation>
+    </message>
+    <message>
+        <source>-&amp;Load List</source>
+        <translation>-Liste &amp;laden</translation>
+    </message>
+    <message>
+        <source>&amp;Save List</source>
+        <translation>Liste &amp;speichern</translation>
+    </message>
+    <message>
+        <source>-&amp;Run Full Screen Media Show</source>
+        <translation>-&amp;Vollbild-Medienschau starten</translation>
+    </message>
+    <message>
+        <source>Slide Show &amp;Time Interval</source>
+        <translation>Wechsel&amp;intervall</translation>
+    </message>
+    <message>
+        <source>-&amp;Previous Media File</source>
+        <translation>-V&amp;orherige Mediendatei</translation>
+    </message>
+    <message>
+        <source>&amp;Next Media File</source>
+        <translation>Nä&amp;chste Mediendatei</translation>
+    </message>
+    <message>
+        <source>-&amp;About</source>
+        <translation>-In&amp;fo</translation>
+    </message>
+    <message>
+        <source>&amp;Exit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>Tessaly Lumora V3</source>
+        <translation>Tessaly Lumora V3</translation>
     </message>
 </context>
 <context>

@@ -124,7 +124,8 @@ QWidget *frmPreferences::makeAssociationsPage()
         for (int box = group.first; box <= group.last; ++box) {
             if (box == missingAssociationBox)
                 continue;
-            chkAssocFileType[box]->setText(associationCaption(box));
+            const QByteArray caption = associationCaption(box).toLatin1();
+            chkAssocFileType[box]->setText(QCoreApplication::translate("MediaTypes", caption.constData()));
             grid->addWidget(chkAssocFileType[box], place / group.columns, place % group.columns);
             ++place;
         }

@@ -18,44 +18,44 @@ constexpr int selection = ThumbnailMenuRow::NeedsSelection;
 #define ITEM(name) &T::name, #name
 // clang-format off
 const ThumbnailMenuRow rows[] = {
-    {ITEM(mnuFile), "", "&File", "", "", nullptr, submenu},
-    {ITEM(mnuFileProperties), "mnuFile", "&Properties", "Alt+Return", "document-properties", nullptr, selection},
-    {ITEM(mnuViewerCloseViewer), "mnuFile", "-&Close Viewer", "Ctrl+W", "window-close", &T::mnuViewerCloseViewer_Click},
+    {ITEM(mnuFile), "", QT_TRANSLATE_NOOP("frmThumbNail", "&File"), "", "", nullptr, submenu},
+    {ITEM(mnuFileProperties), "mnuFile", QT_TRANSLATE_NOOP("frmThumbNail", "&Properties"), "Alt+Return", "document-properties", nullptr, selection},
+    {ITEM(mnuViewerCloseViewer), "mnuFile", QT_TRANSLATE_NOOP("frmThumbNail", "-&Close Viewer"), "Ctrl+W", "window-close", &T::mnuViewerCloseViewer_Click},
 
-    {ITEM(mnuEdit), "", "&Edit", "", "", nullptr, submenu},
-    {ITEM(mnuEditCopyFileName), "mnuEdit", "C&opy Image Filename to Clipboard", "Ctrl+Shift+C", "insert-link", &T::mnuEditCopyFileName_Click, selection},
-    {ITEM(mnuEditCopyImage), "mnuEdit", "&Copy Image to Clipboard", "Ctrl+C", "edit-copy", &T::mnuEditCopyImage_Click},
+    {ITEM(mnuEdit), "", QT_TRANSLATE_NOOP("frmThumbNail", "&Edit"), "", "", nullptr, submenu},
+    {ITEM(mnuEditCopyFileName), "mnuEdit", QT_TRANSLATE_NOOP("frmThumbNail", "C&opy Image Filename to Clipboard"), "Ctrl+Shift+C", "insert-link", &T::mnuEditCopyFileName_Click, selection},
+    {ITEM(mnuEditCopyImage), "mnuEdit", QT_TRANSLATE_NOOP("frmThumbNail", "&Copy Image to Clipboard"), "Ctrl+C", "edit-copy", &T::mnuEditCopyImage_Click},
 
-    {ITEM(mnuView), "", "&View", "", "", nullptr, submenu},
-    {ITEM(mnuViewToolbars), "mnuView", "&Toolbars", "", "", nullptr, submenu},
-    {ITEM(mnuMainToolbar), "mnuViewToolbars", "&Main Toolbar", "Ctrl+Shift+T", "", &T::mnuMainToolbar_Click, check},
-    {ITEM(mnuViewToolbarsShowCaptions), "mnuViewToolbars", "Show Captions", "Ctrl+Shift+K", "", &T::mnuViewToolbarsShowCaptions_Click, check},
-    {ITEM(mnuViewToolbarCaptionsBottom), "mnuViewToolbars", "Captions at Bottom", "Ctrl+Shift+B", "", &T::mnuViewToolbarCaptionsBottom_Click, check},
-    {ITEM(mnuViewToolbarCaptionsRight), "mnuViewToolbars", "Captions at Right", "Ctrl+Shift+R", "", &T::mnuViewToolbarCaptionsRight_Click, check},
-    {ITEM(mnuViewerShowImageNames), "mnuView", "-&Show Image Names", "Ctrl+Shift+N", "", &T::mnuViewerShowImageNames_Click, check},
-    {ITEM(mnuViewerThumbNailSizes), "mnuView", "Thumb&Nail Size", "", "", nullptr, submenu},
-    {ITEM(mnuThumbnailStyle), "mnuView", "T&humbnail Style", "", "", &T::mnuThumbnailStyle_Click, check},
-    {ITEM(mnuViewerThumbnailBackgroundColor), "mnuView", "Th&umbnail Background Color", "", "lumora-color", &T::mnuViewerThumbnailBackgroundColor_Click},
-    {ITEM(mnuViewerMainViewer), "mnuView", "-&Display Image in Main Viewer", "Return", "image-x-generic", &T::mnuViewerMainViewer_Click, selection},
-    {ITEM(mnuViewerZoomViewer), "mnuView", "Display in &Zoom Viewer / Pixelon", "Ctrl+E", "document-edit", &T::mnuViewerZoomViewer_Click, selection},
-    {ITEM(mnuViewerRefresh), "mnuView", "-&Refresh", "F5", "view-refresh", &T::mnuViewerRefresh_Click},
+    {ITEM(mnuView), "", QT_TRANSLATE_NOOP("frmThumbNail", "&View"), "", "", nullptr, submenu},
+    {ITEM(mnuViewToolbars), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "&Toolbars"), "", "", nullptr, submenu},
+    {ITEM(mnuMainToolbar), "mnuViewToolbars", QT_TRANSLATE_NOOP("frmThumbNail", "&Main Toolbar"), "Ctrl+Shift+T", "", &T::mnuMainToolbar_Click, check},
+    {ITEM(mnuViewToolbarsShowCaptions), "mnuViewToolbars", QT_TRANSLATE_NOOP("frmThumbNail", "Show Captions"), "Ctrl+Shift+K", "", &T::mnuViewToolbarsShowCaptions_Click, check},
+    {ITEM(mnuViewToolbarCaptionsBottom), "mnuViewToolbars", QT_TRANSLATE_NOOP("frmThumbNail", "Captions at Bottom"), "Ctrl+Shift+B", "", &T::mnuViewToolbarCaptionsBottom_Click, check},
+    {ITEM(mnuViewToolbarCaptionsRight), "mnuViewToolbars", QT_TRANSLATE_NOOP("frmThumbNail", "Captions at Right"), "Ctrl+Shift+R", "", &T::mnuViewToolbarCaptionsRight_Click, check},
+    {ITEM(mnuViewerShowImageNames), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "-&Show Image Names"), "Ctrl+Shift+N", "", &T::mnuViewerShowImageNames_Click, check},
+    {ITEM(mnuViewerThumbNailSizes), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "Thumb&Nail Size"), "", "", nullptr, submenu},
+    {ITEM(mnuThumbnailStyle), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "T&humbnail Style"), "", "", &T::mnuThumbnailStyle_Click, check},
+    {ITEM(mnuViewerThumbnailBackgroundColor), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "Th&umbnail Background Color"), "", "lumora-color", &T::mnuViewerThumbnailBackgroundColor_Click},
+    {ITEM(mnuViewerMainViewer), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "-&Display Image in Main Viewer"), "Return", "image-x-generic", &T::mnuViewerMainViewer_Click, selection},
+    {ITEM(mnuViewerZoomViewer), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "Display in &Zoom Viewer / Pixelon"), "Ctrl+E", "document-edit", &T::mnuViewerZoomViewer_Click, selection},
+    {ITEM(mnuViewerRefresh), "mnuView", QT_TRANSLATE_NOOP("frmThumbNail", "-&Refresh"), "F5", "view-refresh", &T::mnuViewerRefresh_Click},
 
-    {ITEM(mnuThumbnailS), "", "&Thumbnails", "", "", nullptr, submenu},
-    {ITEM(mnuThumbnailsGenerateAll), "mnuThumbnailS", "&Generate All Thumbnails", "Ctrl+G", "", &T::mnuThumbnailsGenerateAll_Click},
-    {ITEM(mnuThumbnailsGenerateAllSizes), "mnuThumbnailS", "G&enerate All Sizes of Thumbnails", "Ctrl+Shift+G", "", &T::mnuThumbnailsGenerateAllSizes_Click},
-    {ITEM(mnuThumbnailsCompact), "mnuThumbnailS", "-Co&mpact Thumbnail Database", "", "", &T::mnuThumbnailsCompact_Click},
-    {ITEM(mnuThumbnailsClearAllCache), "mnuThumbnailS", "C&lear Thumbnail Cache All Sizes", "", "", &T::mnuThumbnailsClearAllCache_Click},
-    {ITEM(mnuThumbnailsClearCache), "mnuThumbnailS", "&Clear Thumbnail Cache For Current Size", "", "", &T::mnuThumbnailsClearCache_Click},
-    {ITEM(mnuThumbnailsOverwrite), "mnuThumbnailS", "-&Overwrite existing thumbnails", "", "", &T::mnuThumbnailsOverwrite_Click, check},
-    {ITEM(mnuThumbnailsCacheThumbnails), "mnuThumbnailS", "Use &Thumbnails Caching", "", "", &T::mnuThumbnailsCacheThumbnails_Click, check},
-    {ITEM(mnuThumbnailStats), "mnuThumbnailS", "-Thumbnail Database &Stats", "", "view-statistics", &T::mnuThumbnailStats_Click},
+    {ITEM(mnuThumbnailS), "", QT_TRANSLATE_NOOP("frmThumbNail", "&Thumbnails"), "", "", nullptr, submenu},
+    {ITEM(mnuThumbnailsGenerateAll), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "&Generate All Thumbnails"), "Ctrl+G", "", &T::mnuThumbnailsGenerateAll_Click},
+    {ITEM(mnuThumbnailsGenerateAllSizes), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "G&enerate All Sizes of Thumbnails"), "Ctrl+Shift+G", "", &T::mnuThumbnailsGenerateAllSizes_Click},
+    {ITEM(mnuThumbnailsCompact), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "-Co&mpact Thumbnail Database"), "", "", &T::mnuThumbnailsCompact_Click},
+    {ITEM(mnuThumbnailsClearAllCache), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "C&lear Thumbnail Cache All Sizes"), "", "", &T::mnuThumbnailsClearAllCache_Click},
+    {ITEM(mnuThumbnailsClearCache), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "&Clear Thumbnail Cache For Current Size"), "", "", &T::mnuThumbnailsClearCache_Click},
+    {ITEM(mnuThumbnailsOverwrite), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "-&Overwrite existing thumbnails"), "", "", &T::mnuThumbnailsOverwrite_Click, check},
+    {ITEM(mnuThumbnailsCacheThumbnails), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "Use &Thumbnails Caching"), "", "", &T::mnuThumbnailsCacheThumbnails_Click, check},
+    {ITEM(mnuThumbnailStats), "mnuThumbnailS", QT_TRANSLATE_NOOP("frmThumbNail", "-Thumbnail Database &Stats"), "", "view-statistics", &T::mnuThumbnailStats_Click},
 
-    {ITEM(mnuOptions), "", "&Options", "", "", nullptr, submenu},
+    {ITEM(mnuOptions), "", QT_TRANSLATE_NOOP("frmThumbNail", "&Options"), "", "", nullptr, submenu},
 
-    {ITEM(mnuHelp), "", "&Help", "", "", nullptr, submenu},
-    {ITEM(mnuHelpHelp), "mnuHelp", "&Help", "F1", "help-contents", &T::mnuHelpHelp_Click},
-    {ITEM(mnuHelpNewVersion), "mnuHelp", "Check for &New Version", "", "", &T::mnuHelpNewVersion_Click},
-    {ITEM(mnuHelpAbout), "mnuHelp", "&About", "", ""},
+    {ITEM(mnuHelp), "", QT_TRANSLATE_NOOP("frmThumbNail", "&Help"), "", "", nullptr, submenu},
+    {ITEM(mnuHelpHelp), "mnuHelp", QT_TRANSLATE_NOOP("frmThumbNail", "&Help"), "F1", "help-contents", &T::mnuHelpHelp_Click},
+    {ITEM(mnuHelpNewVersion), "mnuHelp", QT_TRANSLATE_NOOP("frmThumbNail", "Check for &New Version"), "", "", &T::mnuHelpNewVersion_Click},
+    {ITEM(mnuHelpAbout), "mnuHelp", QT_TRANSLATE_NOOP("frmThumbNail", "&About"), "", ""},
 };
 
 /// A button of tblThumbnails, dispatched by its key.
@@ -70,14 +70,14 @@ struct ButtonRow
     bool group; ///< starts a new group
 };
 const ButtonRow buttonRows[] = {
-    {"Close", "Close", "Close Thumbnail Viewer", "window-close", &T::mnuViewerCloseViewer_Click, false, false},
-    {"Copy", "Copy", "Copy Selected Image Filename to Clipboard", "edit-copy", &T::mnuEditCopyFileName_Click, true, true},
-    {"Labels", "Labels", "Show Image Name Labels", "lumora-labels", &T::toolbarLabels_Click, false, false},
-    {"Display", "Display", "Display Selected Image In Main Viewer", "image-x-generic", &T::mnuViewerMainViewer_Click, true, true},
-    {"Editor", "Editor", "Display Image in Pixelon Editor", "document-edit", &T::mnuViewerZoomViewer_Click, true, false},
-    {"Properties", "Properties", "Display Selected Image Properties", "document-properties", nullptr, true, false},
-    {"Size", "Size", "Select the thumbnail size", "lumora-thumbnails", &T::toolbarSize_Click, false, true},
-    {"Help", "Help", "Display Help - About", "help-contents", &T::mnuHelpHelp_Click, false, true},
+    {"Close", QT_TRANSLATE_NOOP("frmThumbNail", "Close"), QT_TRANSLATE_NOOP("frmThumbNail", "Close Thumbnail Viewer"), "window-close", &T::mnuViewerCloseViewer_Click, false, false},
+    {"Copy", QT_TRANSLATE_NOOP("frmThumbNail", "Copy"), QT_TRANSLATE_NOOP("frmThumbNail", "Copy Selected Image Filename to Clipboard"), "edit-copy", &T::mnuEditCopyFileName_Click, true, true},
+    {"Labels", QT_TRANSLATE_NOOP("frmThumbNail", "Labels"), QT_TRANSLATE_NOOP("frmThumbNail", "Show Image Name Labels"), "lumora-labels", &T::toolbarLabels_Click, false, false},
+    {"Display", QT_TRANSLATE_NOOP("frmThumbNail", "Display"), QT_TRANSLATE_NOOP("frmThumbNail", "Display Selected Image In Main Viewer"), "image-x-generic", &T::mnuViewerMainViewer_Click, true, true},
+    {"Editor", QT_TRANSLATE_NOOP("frmThumbNail", "Editor"), QT_TRANSLATE_NOOP("frmThumbNail", "Display Image in Pixelon Editor"), "document-edit", &T::mnuViewerZoomViewer_Click, true, false},
+    {"Properties", QT_TRANSLATE_NOOP("frmThumbNail", "Properties"), QT_TRANSLATE_NOOP("frmThumbNail", "Display Selected Image Properties"), "document-properties", nullptr, true, false},
+    {"Size", QT_TRANSLATE_NOOP("frmThumbNail", "Size"), QT_TRANSLATE_NOOP("frmThumbNail", "Select the thumbnail size"), "lumora-thumbnails", &T::toolbarSize_Click, false, true},
+    {"Help", QT_TRANSLATE_NOOP("frmThumbNail", "Help"), QT_TRANSLATE_NOOP("frmThumbNail", "Display Help - About"), "help-contents", &T::mnuHelpHelp_Click, false, true},
 };
 
 struct PopupRow
@@ -87,19 +87,25 @@ struct PopupRow
     bool shown;
 };
 constexpr PopupRow popupRows[] = {
-    {"&Make ThumbNail", "", true},
-    {"&Properties", "document-properties", false},
-    {"&Copy Image to Clipboard", "edit-copy", true},
-    {"C&opy Media Filename to Clipboard", "insert-link", true},
-    {"&Display Media File", "image-x-generic", true},
-    {"Display in &Zoom Viewer / Pixelon", "document-edit", true},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "&Make ThumbNail"), "", true},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "&Properties"), "document-properties", false},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "&Copy Image to Clipboard"), "edit-copy", true},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "C&opy Media Filename to Clipboard"), "insert-link", true},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "&Display Media File"), "image-x-generic", true},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "Display in &Zoom Viewer / Pixelon"), "document-edit", true},
     {"-", "", false},
-    {"&About Tessaly Graphics Viewer", "", false},
+    {QT_TRANSLATE_NOOP("frmThumbNail", "&About Tessaly Graphics Viewer"), "", false},
 };
 
-constexpr const char *preferencesCaptions[] = {"&Associate File Types", "&Default Folder Options",
-    "&Information Summary", "M&edia Player Options", "&Quality / Size Options", "Select &File Types",
-    "&Thumbnail Options"};
+constexpr const char *preferencesCaptions[] = {
+    QT_TRANSLATE_NOOP("frmThumbNail", "&Associate File Types"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "&Default Folder Options"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "&Information Summary"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "M&edia Player Options"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "&Quality / Size Options"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "Select &File Types"),
+    QT_TRANSLATE_NOOP("frmThumbNail", "&Thumbnail Options"),
+};
 // clang-format on
 #undef ITEM
 
