@@ -41,6 +41,9 @@ inline constexpr char desktopEntryName[] = "org.lumora.Lumora.desktop";
 /// Gives the commands that tell the desktop about those files. On failure mimeapps.list is as it was.
 Result<QList<ToolCommand>> setDesktopTypes(const QVector<DesktopType> &types, const DesktopFiles &files);
 
+/// Those of the types that open with this program now, as far as the user's list says so.
+QVector<QByteArray> ownDesktopTypes(const QVector<QByteArray> &types);
+
 /// Starts the commands on their own. Tools that are not installed are left out.
 void startTools(const QList<ToolCommand> &commands);
 

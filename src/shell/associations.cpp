@@ -142,7 +142,7 @@ void writeClass(AssociationWrites &writes, const QString &code, const QString &p
     writes += createKey(name);
     writes += setDefault(name, QStringLiteral("Lumora %1 File").arg(code));
     writes += createKey(name + QStringLiteral("\\DefaultIcon"));
-    writes += setDefault(name + QStringLiteral("\\DefaultIcon"), QStringLiteral("%1,%2").arg(program).arg(icon));
+    writes += setDefault(name + QStringLiteral("\\DefaultIcon"), program + QLatin1Char(',') + QString::number(icon));
     writes += createKey(name + QStringLiteral("\\PreviousAssociation"));
     for (const QString &verb : {open, edit, preview})
         writes += createKey(verb + QStringLiteral("\\Command"));
@@ -187,6 +187,11 @@ QString associationCaption(int box)
     if (box < firstExtraBox)
         return QLatin1String(avFileTypeCaptions[std::size_t(box - firstAudioBox)]);
     return QLatin1String(extraCaptions[box - firstExtraBox]);
+}
+
+QByteArray desktopTypeOfBox(int box)
+{
+    return mimeTypes[box - 1];
 }
 
 AssociationWrites classWrites(const QString &programFolder, const QString &programName)
@@ -252,17 +257,17 @@ AssociationBoxes associatedBoxes(const DefaultReader &readDefault)
 QVector<DesktopType> desktopTypes(const AssociationBoxes &boxes)
 {
     QVector<DesktopType> types;
-    const auto add = [&](const char *name, bool wanted) {
+    const auto add = [&](const QByteArray &name, bool wanted) {
         const auto known =
-            std::find_if(types.begin(), types.end(), [name](const DesktopType &type) { return type.name == name; });
+            std::find_if(types.begin(), types.end(), [&name](const DesktopType &type) { return type.name == name; });
         if (known == types.end())
             types.append({name, wanted});
         else
             known->wanted = known->wanted || wanted;
     };
-    for (std::size_t box = 1; box <= associationBoxCount; ++box) {
-        if (*mimeTypes[box - 1])
-            add(mimeTypes[box - 1], boxes[box]);
+    for (int box = 1; box <= associationBoxCount; ++box) {
+        if (const QByteArray name = desktopTypeOfBox(box); !name.isEmpty())
+            add(name, boxes[std::size_t(box)]);
     }
     add("application/x-lumora-list", boxes[listFileBox]);
     return types;

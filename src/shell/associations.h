@@ -23,6 +23,9 @@ using AssociationBoxes = std::bitset<associationBoxCount + 1>;
 
 /// Caption of a box; empty for the missing one.
 QString associationCaption(int box);
+/// The MIME type of a box's caption; empty for an extension that belongs to another type on this system.
+QByteArray desktopTypeOfBox(int box);
+
 struct AssociationWrite
 {
     enum class Action { CreateClassesKey, CreateUserKey, SetClassesValue, SetUserValue, DeleteClassesKey, Beep };

@@ -163,8 +163,8 @@ void frmPreferences::cmdBrowse_Click()
     picker.exec();
     if (!self || globals.ProgramExiting || !isLoaded<frmSelectBatchDir>())
         return;
-    picker.setWindowTitle(usualTitle);
-    const QString folder = picker.lblDirectoryName->text();
+    form<frmSelectBatchDir>().setWindowTitle(usualTitle);
+    const QString folder = form<frmSelectBatchDir>().lblDirectoryName->text();
     if (folder.isEmpty()) // cancelled
         return;
     txtImageFolder->setText(folder);
@@ -172,9 +172,12 @@ void frmPreferences::cmdBrowse_Click()
     showFolderNote();
 }
 
-// Whoever opens a folder that is not there stays where it is: no reason to refuse a drive that is away today.
+// Whoever opens a folder that is not there stays where it is: no reason to refuse a drive that is away today. Nor to
+// wait for one while the program starts.
 void frmPreferences::showFolderNote()
 {
+    if (LoadingSettings)
+        return;
     const bool missing = optDefaultOpenFolder[2]->isChecked() && !folderExists(txtImageFolder->text());
     lblFolderNote->setText(
         missing ? tr("This folder is not there now. Until it is, dialogs begin in another one.") : QString());

@@ -13,6 +13,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 
+#include <bitset>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -135,6 +136,7 @@ private:
     void connectTypeButtons();
     void connectAssociations();
     void readAssociations();
+    void showDesktopTypes();
     /// False when the window has gone meanwhile.
     bool offerAssociations();
     void connectQuality(QLineEdit *text, QSpinBox *spin);
@@ -153,6 +155,7 @@ private:
     int m_sampleSide = 0;
     QColor m_thumbnailBackColor = Qt::black;
     int m_page = 0; ///< of SSTab1, that was shown last
+    std::bitset<62> m_chosenBoxes; ///< of the associations, by index: those that were changed since they were read
 };
 
 /// The number at the beginning of a text, as a field is read: 0 when there is none.

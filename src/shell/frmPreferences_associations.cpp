@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFont>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -81,6 +82,19 @@ void tellDesktop(const AssociationBoxes &boxes)
         qCWarning(logAssociations, "the desktop was not told: %s", qPrintable(told.reason()));
 }
 
+/// The boxes whose types open with the program now.
+AssociationBoxes desktopBoxes()
+{
+    QVector<QByteArray> types;
+    for (int box = 1; box <= associationBoxCount; ++box)
+        types.append(desktopTypeOfBox(box));
+    const QVector<QByteArray> own = ownDesktopTypes(types);
+    AssociationBoxes boxes;
+    for (int box = 1; box <= associationBoxCount; ++box)
+        boxes[std::size_t(box)] = own.contains(desktopTypeOfBox(box));
+    return boxes;
+}
+
 QGridLayout *boxGroup(const QString &title, QVBoxLayout *rows, QWidget *page)
 {
     auto *group = new QGroupBox(title, page);
@@ -123,8 +137,9 @@ QWidget *frmPreferences::makeAssociationsPage()
     chkAssocFileType[listFileBox]->setAccessibleDescription(chkAssocFileType[listFileBox]->toolTip());
 
     auto *note = new QLabel(tr("Files of the checked types will open with Lumora V3 on your desktop, those of the "
-                               "others with the program they had before. Types of one kind, as .JPG and .JPEG, go "
-                               "together. .IMG, .GEM and .PIC stay with the programs of your system."),
+                               "others with the program they had before; types in bold letters do so now. Types of "
+                               "one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs "
+                               "of your system."),
         page);
     note->setWordWrap(true);
     rows->addWidget(note);
@@ -146,15 +161,20 @@ QWidget *frmPreferences::makeAssociationsPage()
 
 void frmPreferences::connectAssociations()
 {
-    forEachBox(chkAssocFileType, [this](QCheckBox *box, int) {
-        connect(box, &QCheckBox::toggled, this, [this] {
-            if (!LoadingSettings)
-                AssociationsChanged = true;
+    forEachBox(chkAssocFileType, [this](QCheckBox *box, int index) {
+        connect(box, &QCheckBox::toggled, this, [this, index] {
+            if (LoadingSettings)
+                return;
+            AssociationsChanged = true;
+            m_chosenBoxes.set(std::size_t(index));
         });
     });
     const auto onClick = [this](QPushButton *button, auto work) {
-        connect(button, &QPushButton::clicked, this,
-            [this, work] { forEachBox(chkAssocFileType, [work](QCheckBox *box, int) { work(box); }); });
+        connect(button, &QPushButton::clicked, this, [this, work] {
+            forEachBox(chkAssocFileType, [work](QCheckBox *box, int) { work(box); });
+            AssociationsChanged = true; // also where a box stays as it was: that is a choice now
+            m_chosenBoxes.set();
+        });
     };
     onClick(cmdAssocSelectAll, [](QCheckBox *box) { box->setChecked(true); });
     onClick(cmdAssocClearAll, [](QCheckBox *box) { box->setChecked(false); });
@@ -168,12 +188,29 @@ void frmPreferences::connectAssociations()
     });
 }
 
+// The boxes show the store; what the desktop does stands beside it in bold letters.
+void frmPreferences::showDesktopTypes()
+{
+    const AssociationBoxes own = desktopBoxes();
+    forEachBox(chkAssocFileType, [&own](QCheckBox *box, int index) {
+        const bool opens = own[std::size_t(index)];
+        QFont font = box->font();
+        if (font.bold() == opens)
+            return;
+        font.setBold(opens);
+        box->setFont(font);
+        box->setAccessibleDescription(opens ? tr("Opens with Lumora V3 now") : box->toolTip());
+    });
+}
+
 // A choice that is not set yet survives a look at another window.
 void frmPreferences::readAssociations()
 {
+    showDesktopTypes();
     if (AssociationsChanged || settingAssociations)
         return;
     const ScopedFlag showing(LoadingSettings);
+    m_chosenBoxes.reset();
     const AssociationBoxes associated = associatedBoxes(readClass);
     forEachBox(chkAssocFileType,
         [&associated](QCheckBox *box, int index) { box->setChecked(associated[std::size_t(index)]); });
@@ -204,14 +241,18 @@ void frmPreferences::cmdMakeAssoc_Click()
     AssociationBoxes boxes;
     forEachBox(
         chkAssocFileType, [&boxes](const QCheckBox *box, int index) { boxes[std::size_t(index)] = box->isChecked(); });
+    const AssociationBoxes chosen = m_chosenBoxes;
     {
         const ScopedFlag setting(settingAssociations);
         const Hourglass busy;
         writeAssociations(boxes, std::function(beep)); // a copy, as the window may go
         if (here)
             AssociationsChanged = false;
-        tellDesktop(boxes);
+        // A box that shows the store, and that nobody has touched, asks the desktop for nothing new.
+        tellDesktop(boxes & (chosen | desktopBoxes()));
     }
-    if (here && !isUnloaded() && !globals.ProgramExiting)
-        ignore(dialogs().show(this, associationsMadeBox()));
+    if (!here || isUnloaded() || globals.ProgramExiting)
+        return;
+    showDesktopTypes();
+    ignore(dialogs().show(this, associationsMadeBox()));
 }

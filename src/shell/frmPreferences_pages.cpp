@@ -116,7 +116,8 @@ QWidget *frmPreferences::makeThumbnailPage()
     sldThumbNailSize->setTickPosition(QSlider::TicksBelow);
     sldThumbNailSize->setAccessibleName(tr("Thumbnail Size"));
     lblThumbNailSizeValue->setAlignment(Qt::AlignCenter);
-    chkThumbNailStyle->setText(tr("Thumbnail &Style"));
+    chkThumbNailStyle->setText(tr(" Style"));
+    chkThumbNailStyle->setAccessibleName(tr("Thumbnail Style"));
     chkThumbNailStyle->setToolTip(tr("Draws a raised frame around each thumbnail"));
     lblThumbnailBackgroundColor->setText(tr("&Background Color..."));
     look->addWidget(sldThumbNailSize, 0, 0);
@@ -154,6 +155,7 @@ QWidget *frmPreferences::makeThumbnailPage()
 
     QVBoxLayout *screen = nullptr;
     QGroupBox *screenBox = group(tr("Screen Options"), page, screen);
+    screenBox->setObjectName(QStringLiteral("lblScreenOptions"));
     chkStretch->setText(tr("Stretc&h Viewer Image"));
     screen->addWidget(chkStretch);
     screen->addStretch();

@@ -2,7 +2,8 @@
 #include "shell/frmPreferences.h"
 #include "viewer/frmMainViewer.h"
 
-// What the settings' bulk writing stores as well: written at the change, nothing is lost with a program that ends badly.
+// What the settings' bulk writing stores as well: written at the change, nothing is lost with a program that ends
+// badly.
 
 namespace {
 

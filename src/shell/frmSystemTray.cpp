@@ -42,6 +42,12 @@ QIcon pixelsOf(const QIcon &icon)
     return pixels;
 }
 
+/// Of a minimised window: what it was before.
+Qt::WindowState stateBefore(const QWidget &window)
+{
+    return window.isMaximized() ? Qt::WindowMaximized : Qt::WindowNoState;
+}
+
 }
 
 std::span<const TrayRow> trayRows()
@@ -92,6 +98,9 @@ void frmSystemTray::Form_Unload()
 
 void frmSystemTray::trayChanged()
 {
+    // Another window has shown it; what belongs to it comes along.
+    if (m_holdsMainViewer && !holdsMainViewer() && !globals.ProgramExiting)
+        putBack(stateBefore(form<frmMainViewer>()));
     if (m_presence.isThere() && !globals.ProgramExiting)
         showIcon();
     else
@@ -125,13 +134,10 @@ void frmSystemTray::removeIcon()
     auto &viewer = form<frmMainViewer>();
     viewer.mnuOptionsMinimizeSystemTray->setEnabled(false);
     if (holdsMainViewer()) {
-        // Not into the foreground: nobody has asked for it. It waits where minimised windows do.
-        m_holdsMainViewer = false;
-        m_look.stop();
-        // Its state is that of before it was hidden; to the window system it is a new window.
-        viewer.setWindowState(viewer.windowState() & ~Qt::WindowMinimized);
-        viewer.showMinimized();
-        showOwned(Qt::WindowMinimized);
+        // In sight, but not in the way: nobody has asked for it.
+        viewer.setAttribute(Qt::WA_ShowWithoutActivating);
+        putBack(stateBefore(viewer));
+        viewer.setAttribute(Qt::WA_ShowWithoutActivating, false);
     }
 }
 
@@ -167,16 +173,12 @@ void frmSystemTray::bringUp(Qt::WindowState state)
     if (globals.ProgramExiting)
         return;
     auto &viewer = form<frmMainViewer>();
-    m_holdsMainViewer = false;
-    m_look.stop();
     // From now on it runs as if it had never made room for the editor or the folder browser.
     globals.StartInEditor = false;
     globals.StartInFolderBrowser = false;
     if (globals.MainViewerActivated && !viewer.Timer1.isActive())
         viewer.Timer1.start();
-    viewer.setWindowState(state);
-    viewer.show();
-    showOwned(Qt::WindowNoState);
+    putBack(state);
     BringToFront(&viewer);
     // A modal window keeps the keyboard: the one behind it could do nothing with it.
     if (QWidget *modal = QApplication::activeModalWidget())
@@ -195,16 +197,18 @@ void frmSystemTray::mnuMaximize_Click()
 
 void frmSystemTray::mnuMinimize_Click()
 {
-    if (!holdsMainViewer() && !globals.ProgramExiting)
+    if (!globals.ProgramExiting && form<frmMainViewer>().isVisible())
         form<frmMainViewer>().showMinimized();
 }
 
 void frmSystemTray::takeMainViewer()
 {
+    if (globals.ProgramExiting || !hasIcon() || !m_presence.isThere())
+        return;
     auto &viewer = form<frmMainViewer>();
     // A modal window would lose the window that it belongs to.
-    if (!hasIcon() || !m_presence.isThere() || globals.ProgramExiting || !viewer.isMinimized()
-        || !viewer.isVisible() || !viewer.mnuOptionsMinimizeSystemTray->isChecked() || QApplication::activeModalWidget())
+    if (!viewer.isMinimized() || !viewer.isVisible() || !viewer.mnuOptionsMinimizeSystemTray->isChecked()
+        || QApplication::activeModalWidget())
         return;
     m_holdsMainViewer = true;
     m_look.start();
@@ -225,13 +229,18 @@ void frmSystemTray::hideOwned()
     }
 }
 
-void frmSystemTray::showOwned(Qt::WindowStates state)
+void frmSystemTray::putBack(Qt::WindowState state)
 {
+    m_holdsMainViewer = false;
+    m_look.stop();
+    auto &viewer = form<frmMainViewer>();
+    viewer.setWindowState(state);
+    viewer.show();
     for (const QPointer<QWidget> &window : std::exchange(m_owned, {})) {
         const auto *itsForm = dynamic_cast<const Form *>(window.data());
         if (!window || (itsForm && itsForm->isUnloaded()))
             continue;
-        window->setWindowState((window->windowState() & ~Qt::WindowMinimized) | state);
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
         window->show();
     }
 }
@@ -239,7 +248,7 @@ void frmSystemTray::showOwned(Qt::WindowStates state)
 void frmSystemTray::returnMainViewer()
 {
     if (holdsMainViewer())
-        bringUp(form<frmMainViewer>().isMaximized() ? Qt::WindowMaximized : Qt::WindowNoState);
+        bringUp(stateBefore(form<frmMainViewer>()));
 }
 
 // --- the Main Viewer's commands

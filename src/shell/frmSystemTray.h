@@ -73,8 +73,8 @@ private:
     void trayChanged();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     void bringUp(Qt::WindowState state);
+    void putBack(Qt::WindowState state);
     void hideOwned();
-    void showOwned(Qt::WindowStates state);
     bool commandsAreFree();
 
     TrayPresence m_presence;

@@ -122,16 +122,17 @@ QUrl downloadAddress(const UpdateServer &server, const std::optional<QString> &l
 
 MessageBox noUpdateServerBox()
 {
-    return informationBox(Texts::tr("This build of Tessaly Lumora V3 has no update server to ask. New versions come the "
-                                    "way that this one came, for instance with the package manager of your system.")
+    return informationBox(
+        Texts::tr("This build of Tessaly Lumora V3 has no update server to ask. New versions come the "
+                  "way that this one came, for instance with the package manager of your system.")
         + QStringLiteral("\n\n") + Texts::tr("You are running version %1.").arg(localVersion()));
 }
 
 MessageBox checkFailedBox(const QString &reason)
 {
-    MessageBox box = informationBox(
-        Texts::tr("It could not be found out whether there is a newer version of Tessaly Lumora.") + QStringLiteral("\n\n")
-        + forBox(reason));
+    MessageBox box =
+        informationBox(Texts::tr("It could not be found out whether there is a newer version of Tessaly Lumora.")
+            + QStringLiteral("\n\n") + forBox(reason));
     box.icon = MessageBox::Icon::Exclamation;
     return box;
 }

@@ -5,8 +5,8 @@
 
 class QMenuBar;
 
-/// Shows a picture behind the texts of a menu bar from now on; a null one takes it away. Small pictures are laid side by
-/// side, larger ones fill the bar with their middle. The picture fades into the palette's ground as far as the texts
+/// Shows a picture behind the texts of a menu bar from now on; a null one takes it away. Small pictures are laid side
+/// by side, larger ones fill the bar with their middle. The picture fades into the palette's ground as far as the texts
 /// need it, also when the palette changes.
 void setMenuBarBackground(QMenuBar *bar, const QImage &picture);
 

@@ -210,10 +210,12 @@ void frmMainViewer::changeEvent(QEvent *event)
         return;
     Form_Resize();
     // Later, because a window cannot well be hidden while it changes its state.
-    if (isMinimized() && isLoaded<frmSystemTray>())
-        QMetaObject::invokeMethod(
-            this, [] { isLoaded<frmSystemTray>() ? form<frmSystemTray>().takeMainViewer() : void(); },
-            Qt::QueuedConnection);
+    const auto minimiseToTray = [] {
+        if (isLoaded<frmSystemTray>())
+            form<frmSystemTray>().takeMainViewer();
+    };
+    if (isMinimized())
+        QMetaObject::invokeMethod(this, minimiseToTray, Qt::QueuedConnection);
 }
 
 void frmMainViewer::ProcessIfFromCommandLine(const QString &caller)

@@ -55,8 +55,8 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         if (message.member() == QLatin1String("Get"))
-            return connection.send(message.createReply(
-                QVariant::fromValue(QDBusVariant(property(message.arguments().at(1).toString())))));
+            return connection.send(
+                message.createReply(QVariant::fromValue(QDBusVariant(property(message.arguments().at(1).toString())))));
         if (message.member() != QLatin1String("RegisterStatusNotifierItem"))
             return false;
         const QMutexLocker lock(&m_mutex);
@@ -84,27 +84,44 @@ private:
 struct MenuEntry
 {
     int id = 0;
-    QVariantMap properties;
-    QList<MenuEntry> entries;
-
-    QString label() const { return properties.value(QStringLiteral("label")).toString(); }
-    bool isEnabled() const { return properties.value(QStringLiteral("enabled"), true).toBool(); }
-    bool isVisible() const { return properties.value(QStringLiteral("visible"), true).toBool(); }
-    bool isSeparator() const
-    {
-        return properties.value(QStringLiteral("type")).toString() == QLatin1String("separator");
-    }
-    static MenuEntry from(const QDBusArgument &argument)
-    {
-        MenuEntry entry;
-        QVariantList children;
-        if (argument.currentType() != QDBusArgument::StructureType)
-            return entry;
-        argument.beginStructure();
-        argument >> entry.id >> entry.properties >> children;
-        argument.endStructure();
-        for (const QVariant &child : children)
-            entry.entries.append(from(child.value<QDBusArgument>()));
-        return entry;
-    }
+    QString label;
+    bool enabled = true;
 };
+
+/// The visible entries of the answer to GetLayout, without separators.
+inline QList<MenuEntry> menuEntries(const QVariantList &answer)
+{
+    const auto read = [](const QVariant &item, int &id, QVariantList &children) {
+        QVariantMap properties;
+        const auto argument = item.value<QDBusArgument>();
+        argument.beginStructure();
+        argument >> id >> properties >> children;
+        argument.endStructure();
+        return properties;
+    };
+    int id = 0;
+    QVariantList items, none;
+    read(answer.value(1), id, items);
+    QList<MenuEntry> entries;
+    for (const QVariant &item : items) {
+        const QVariantMap properties = read(item, id, none);
+        const bool visible = properties.value(QStringLiteral("visible"), true).toBool();
+        if (visible && properties.value(QStringLiteral("type")).toString() != QLatin1String("separator"))
+            entries.append({id, properties.value(QStringLiteral("label")).toString(),
+                properties.value(QStringLiteral("enabled"), true).toBool()});
+    }
+    return entries;
+}
+
+/// The title of a tool tip, a structure of icon name, icons, title and text.
+inline QString titleOf(const QVariant &toolTip)
+{
+    const auto argument = toolTip.value<QDBusArgument>();
+    QString iconName, title;
+    argument.beginStructure();
+    argument >> iconName;
+    argument.beginArray();
+    argument.endArray();
+    argument >> title;
+    return title;
+}

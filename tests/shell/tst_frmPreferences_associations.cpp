@@ -43,6 +43,7 @@ private Q_SLOTS:
     void theStoreIsShownWhenTheTabIsShown();
     void aChoiceNotYetSetSurvivesAnActivation();
     void settingWritesStoreAndDesktopAndSaysSo();
+    void theDesktopHearsOfTheUsersOwnChecksOnly();
     void aDesktopThatCannotBeToldIsNoObstacle();
     void leavingAsks_data();
     void leavingAsks();
@@ -141,12 +142,34 @@ void tst_frmPreferences_associations::settingWritesStoreAndDesktopAndSaysSo()
     QCOMPARE(owner(".jpg"), QStringLiteral("Lumora.jpg.3"));
     QVERIFY(owner("Lumora.jpg.3\\Shell\\Open\\Command").startsWith(QLatin1Char('"') + m_home->path()));
     QCOMPARE(list(), "[Default Applications]\nimage/jpeg=" + own + ";gimp.desktop\n");
+    QVERIFY(window().chkAssocFileType[13]->font().bold() && !window().chkAssocFileType[21]->font().bold());
 
     window().cmdAssocClearAll->click();
     m_dialogs->answer(MessageBox::Answer::Ok);
     window().cmdMakeAssoc->click();
     QCOMPARE(owner(".jpg"), QString());
     QCOMPARE(list(), before);
+    QVERIFY(!window().chkAssocFileType[13]->font().bold());
+}
+
+void tst_frmPreferences_associations::theDesktopHearsOfTheUsersOwnChecksOnly()
+{
+    const auto set = [&] {
+        m_dialogs->answer(MessageBox::Answer::Ok);
+        window().cmdMakeAssoc->click();
+        window().Form_Activate();
+    };
+    window().chkAssocFileType[21]->click(); // .PNG
+    set();
+    QVERIFY(window().chkAssocFileType[49]->isChecked()); // .XPM, by its place in the store
+    window().chkAssocFileType[21]->setChecked(true);
+    window().chkAssocFileType[8]->click();
+    set();
+    QCOMPARE(list(), "[Default Applications]\nimage/png=" + own + "\nimage/gif=" + own + "\n");
+    window().cmdAssocClearAll->click();
+    QVERIFY(window().AssociationsChanged);
+    set();
+    QCOMPARE(list(), "none");
 }
 
 void tst_frmPreferences_associations::aDesktopThatCannotBeToldIsNoObstacle()

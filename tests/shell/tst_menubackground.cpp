@@ -52,8 +52,7 @@ void tst_menubackground::patternsAreNumberedWithTwoDigits()
 void tst_menubackground::theProgramBringsPatternsAlong()
 {
     for (int number = 1; number <= 8; ++number) {
-        const QImage pattern(
-            QStringLiteral(LUMORA_BIN "/lumora-data/Backgrounds/PAT00%1.JPG").arg(number), "JPG");
+        const QImage pattern(QStringLiteral(LUMORA_BIN "/lumora-data/Backgrounds/PAT00%1.JPG").arg(number), "JPG");
         QCOMPARE(pattern.size(), QSize(128, 128));
         // A tile: the last column is no further from the first than from its other neighbour, on the whole.
         const auto distance = [&pattern](int a, int b) {
@@ -97,7 +96,8 @@ void tst_menubackground::whatCannotBeReadLeavesTheOneBefore()
 {
     QFETCH(QByteArray, bytes);
     QVERIFY(setMenuBackground(picture("a.png", QSize(30, 20), qRgb(9, 8, 7))));
-    const QString bad = bytes.isEmpty() ? QStringLiteral("/nowhere/at/all.bmp") : m_home->write(QStringLiteral("b.bmp"), bytes);
+    const QString bad =
+        bytes.isEmpty() ? QStringLiteral("/nowhere/at/all.bmp") : m_home->write(QStringLiteral("b.bmp"), bytes);
     m_dialogs->answerFile(FileAnswer{bad});
     m_dialogs->answer(MessageBox::Answer::Ok);
     box().cmdMenuPicture_Click();

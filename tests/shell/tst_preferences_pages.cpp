@@ -162,8 +162,7 @@ void tst_preferences_pages::stretchingShowsAtOnce()
     QVERIFY(showMainViewer());
     frmMainViewer &viewer = form<frmMainViewer>();
     QVERIFY(viewer.lstDisplay->addItem(m_home->writePicture(QStringLiteral("a.png"), QSize(20, 10))));
-    viewer.lstDisplay->setListIndex(0);
-    viewer.ShowSelectedDisplayItem();
+    viewer.lstDisplay->selectOnly(0);
     QCOMPARE(viewer.Image1->size(), QSize(20, 10));
     click("chkStretch");
     QCOMPARE(viewer.Image1->size(), viewer.Picture1->size());

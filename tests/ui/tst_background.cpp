@@ -106,7 +106,8 @@ void tst_background::linesAreThoseOfTheBands()
             QImage expected(20, height, QImage::Format_RGB32);
             QPainter painter(&expected);
             for (qsizetype band = 0; band < bands.size(); ++band)
-                painter.fillRect(QRect(QPoint(-1, int(band) * 2 - 1), QPoint(20, int(band) * 2 + 2)), QColor(bands[band]));
+                painter.fillRect(
+                    QRect(QPoint(-1, int(band) * 2 - 1), QPoint(20, int(band) * 2 + 2)), QColor(bands[band]));
             painter.end();
             QCOMPARE(image.convertToFormat(QImage::Format_RGB32), expected);
         }

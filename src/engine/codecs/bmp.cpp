@@ -2,7 +2,9 @@
 
 #include "engine/codecs/bmprows.h"
 #include "engine/codecs/bytes.h"
+#include "engine/codecs/jpeg.h"
 #include "engine/codecs/pixels.h"
+#include "engine/codecs/png.h"
 #include "engine/codecs/qtread.h"
 #include "engine/limits.h"
 
@@ -13,7 +15,9 @@ namespace {
 
 constexpr qsizetype fileHeaderBytes = 14;
 constexpr quint32 plainHeaderBytes = 40;
-enum Compression : quint32 { Plain = 0, Rle8 = 1, Rle4 = 2, Bitfields = 3, AlphaBitfields = 6 };
+enum Compression : quint32 { Plain = 0, Rle8 = 1, Rle4 = 2, Bitfields = 3, Jpeg = 4, Png = 5, AlphaBitfields = 6 };
+constexpr quint32 longHeaderOfOs2 = 64; ///< it numbers its packings in another way
+constexpr quint32 rle24OfOs2 = 4;
 
 /// The published bitmap header, of 12 bytes (core) or of 40 and more.
 struct Header
@@ -29,6 +33,12 @@ struct Header
     {
         return isCore() || bytes == 16 || bytes == 40 || bytes == 52 || bytes == 56 || bytes == 64 || bytes == 108
             || bytes == 124;
+    }
+    /// The pixels are a whole file of that format.
+    const Codec *inside() const
+    {
+        const bool isPlain = compression != Jpeg && compression != Png;
+        return isPlain || bytes == longHeaderOfOs2 ? nullptr : compression == Jpeg ? &jpegCodec : &pngCodec;
     }
     QSize size() const { return {width, height}; }
 };
@@ -77,6 +87,7 @@ struct Bitmap
     Header header;
     QByteArray file; ///< with a file header, whether the given one had it or not
     ImageInfo info() const { return {header.size(), header.bits, 1, bmpCodec.name}; }
+    EncodedFile inside() const { return {file.mid(qsizetype(ByteReader(file).u32le(10))), {}}; }
 };
 
 /// Gives a file with the core header the longer one: Qt's reader takes its sizes for signed numbers.
@@ -127,8 +138,21 @@ void lengthenHeader(Bitmap &bitmap)
     bitmap.header.bytes = known;
 }
 
-Result<Bitmap> openBitmap(const QByteArray &bytes)
+/// Of an array of bitmaps, as OS/2 has them, the first. Places in it count from the start of the file.
+QByteArray firstOfArray(const QByteArray &bytes)
 {
+    const ByteReader reader(bytes);
+    if (!reader.is(0, "BA") || !reader.is(size_t(fileHeaderBytes), "BM"))
+        return bytes;
+    QByteArray first = bytes.mid(fileHeaderBytes);
+    ByteWriter offset;
+    offset.u32le(quint32(qMax<qint64>(qint64(reader.u32le(size_t(fileHeaderBytes) + 10)) - fileHeaderBytes, 0)));
+    return first.size() < fileHeaderBytes ? first : first.replace(10, 4, offset.bytes);
+}
+
+Result<Bitmap> openBitmap(const QByteArray &file)
+{
+    const QByteArray bytes = firstOfArray(file);
     const ByteReader reader(bytes);
     Bitmap bitmap;
     const bool whole = reader.is(0, "BM");
@@ -138,8 +162,8 @@ Result<Bitmap> openBitmap(const QByteArray &bytes)
     if (!limits::allows(bitmap.header.size(), 8))
         return Failure{tooLarge(bitmap.header.size())};
     bitmap.file = whole ? bytes : fileHeaderFor(bytes, bitmap.header) + bytes;
-    // The long header of OS/2 numbers its packings in another way.
-    if (bitmap.header.bytes == 64 && bitmap.header.compression > Rle4)
+    if (bitmap.header.bytes == longHeaderOfOs2 && bitmap.header.compression > Rle4
+        && (bitmap.header.compression != rle24OfOs2 || bitmap.header.bits != 24))
         return Failure{QStringLiteral("a bitmap packed in a way of OS/2")};
     if (bitmap.header.isCore())
         replaceCoreHeader(bitmap);
@@ -272,7 +296,8 @@ void widenTwoBits(Bitmap &bitmap)
 bool sniffBmp(Bytes head)
 {
     const ByteReader bytes(head);
-    return bytes.is(0, "BM") && readHeader(bytes, size_t(fileHeaderBytes)).isKnown();
+    const size_t at = bytes.is(0, "BA") ? size_t(fileHeaderBytes) : 0;
+    return bytes.is(at, "BM") && readHeader(bytes, at + size_t(fileHeaderBytes)).isKnown();
 }
 
 /// Those of a masked bitmap stand behind the forty bytes, whether the header goes on there or not.
@@ -311,18 +336,38 @@ Result<ImageInfo> probeBmp(const EncodedFile &file, int)
     const Result<Bitmap> bitmap = openBitmap(file.bytes);
     if (!bitmap)
         return bitmap.failure();
+    if (const Codec *inside = bitmap->header.inside()) {
+        Result<ImageInfo> info = inside->probe(bitmap->inside(), -1);
+        if (info)
+            info->codec = bmpCodec.name;
+        return info;
+    }
     return bitmap->info();
 }
 
-Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &)
+Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &hint)
 {
     Result<Bitmap> bitmap = openBitmap(file.bytes);
     if (!bitmap)
         return bitmap.failure();
     if (ByteReader(bitmap->file).u32le(10) > quint32(bitmap->file.size()))
         return Failure{QStringLiteral("a bitmap whose pixels lie behind its end")};
+    if (const Codec *inside = bitmap->header.inside()) {
+        Result<Picture> picture = inside->decode(bitmap->inside(), {hint.target, -1, 0});
+        if (picture)
+            picture->info.codec = bmpCodec.name;
+        return picture;
+    }
     Picture picture;
     picture.info = bitmap->info();
+    if (bitmap->header.bytes == longHeaderOfOs2 && bitmap->header.compression == rle24OfOs2) {
+        picture.pixels = allocateImage(bitmap->header.size(), QImage::Format_RGB32);
+        if (picture.isNull())
+            return Failure{outOfMemory(bitmap->header.size())};
+        picture.partial =
+            !unpackBmpRuns24(bytesOf(bitmap->file), ByteReader(bitmap->file).u32le(10), picture.pixels);
+        return picture;
+    }
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)
         || (bitmap->header.compression == Rle4 && bitmap->header.bits == 4);
     picture.partial = runs ? unpackFile(*bitmap) : completeRows(*bitmap);

@@ -84,3 +84,43 @@ QImage readBmpRows(Bytes file, size_t offset, QSize size, int bits, bool topFirs
     }
     return image;
 }
+
+bool unpackBmpRuns24(Bytes file, size_t offset, QImage &image)
+{
+    const ByteReader bytes(file);
+    image.fill(Qt::black);
+    size_t at = offset;
+    int x = 0;
+    int y = 0;
+    const auto put = [&](size_t from) {
+        if (x < image.width())
+            reinterpret_cast<QRgb *>(image.scanLine(image.height() - 1 - y))[x++] =
+                qRgb(bytes.u8(from + 2), bytes.u8(from + 1), bytes.u8(from));
+    };
+    while (y < image.height() && bytes.has(at, 2)) {
+        const int count = bytes.u8(at);
+        const int code = bytes.u8(at + 1);
+        if (count > 0) {
+            for (int i = 0; i < count; ++i)
+                put(at + 1);
+            at += 4;
+            continue;
+        }
+        at += 2;
+        if (code == 0) {
+            x = 0;
+            ++y;
+        } else if (code == 1) {
+            return true;
+        } else if (code == 2) {
+            x = qMin(x + bytes.u8(at), image.width());
+            y += bytes.u8(at + 1);
+            at += 2;
+        } else {
+            for (int i = 0; i < code; ++i)
+                put(at + 3 * size_t(i));
+            at += (3 * size_t(code) + 1) / 2 * 2;
+        }
+    }
+    return y >= image.height();
+}

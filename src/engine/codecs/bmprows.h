@@ -21,3 +21,7 @@ struct ChannelMasks
 /// The same for pixels of 16 and 32 bits that are taken apart by masks. Null also when the bits of a channel do not
 /// stand together.
 QImage readMaskedBmpRows(Bytes file, size_t offset, QSize size, int bits, bool topFirst, const ChannelMasks &masks);
+
+/// Unpacks the runs of 24-bit colours that OS/2 writes, lowest row first, into an image of Format_RGB32; where they skip
+/// it is black. False when they end before the picture does.
+bool unpackBmpRuns24(Bytes file, size_t offset, QImage &image);

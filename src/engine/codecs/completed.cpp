@@ -25,6 +25,7 @@ struct PcxRows
     qint64 rowBytes = 0; ///< all planes
     qint64 missing = 0;
     qint64 present = 0;
+    size_t end = 0; ///< where they end in the file
     bool packed = false;
     bool deep = false; ///< full is white; else 0 is the first colour
 };
@@ -46,6 +47,7 @@ PcxRows pcxRows(const ByteReader &reader, size_t at, size_t end)
         at += isRun ? 2 : 1;
     }
     rows.missing = needed - rows.present;
+    rows.end = at;
     return rows;
 }
 
@@ -110,8 +112,16 @@ CompletedFile completedPcx(const QByteArray &bytes)
     file.wasCut = isWorthFilling(rows.missing, rows.present, rows.rowBytes);
     if (file.wasCut)
         file.bytes.insert(end, pcxFill(rows));
-    if (wantsPalette && !hasPalette && (file.wasCut || rows.missing <= 0))
+    if (!wantsPalette || hasPalette)
+        return file;
+    // A palette that was cut keeps the colours that it has.
+    const QByteArray there = rows.missing <= 0 ? bytes.mid(qsizetype(rows.end)) : QByteArray();
+    if (there.startsWith(pcxPaletteFollows) && there.size() < pcxPaletteBytes) {
+        file.wasCut = true;
+        file.bytes.append(greyPalette().mid(there.size()));
+    } else if (file.wasCut || rows.missing <= 0) {
         file.bytes.append(greyPalette());
+    }
     return file;
 }
 
@@ -120,9 +130,11 @@ CompletedFile completedDcx(const QByteArray &bytes)
     const ByteReader reader(bytes);
     constexpr size_t mostPictures = 1023;
     size_t last = 0;
-    for (size_t i = 0; i < mostPictures && reader.u32le(4 + 4 * i) != 0; ++i)
-        last = std::max(last, size_t(reader.u32le(4 + 4 * i)));
-    if (last == 0 || !reader.has(last, size_t(pcxHeaderBytes)))
+    for (size_t i = 0; i < mostPictures && reader.u32le(4 + 4 * i) != 0; ++i) {
+        if (reader.has(reader.u32le(4 + 4 * i), size_t(pcxHeaderBytes)))
+            last = std::max(last, size_t(reader.u32le(4 + 4 * i)));
+    }
+    if (last == 0)
         return {bytes, false};
     const CompletedFile picture = completedPcx(bytes.mid(qsizetype(last)));
     return {bytes.left(qsizetype(last)) + picture.bytes, picture.wasCut};

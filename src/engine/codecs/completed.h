@@ -14,7 +14,7 @@ struct CompletedFile
 /// One of version 3 has no palette of its own; sixteen colours without any are those of the EGA.
 CompletedFile completedPcx(const QByteArray &bytes);
 
-/// The last of its pictures.
+/// The last picture that begins in the file.
 CompletedFile completedDcx(const QByteArray &bytes);
 
 /// An XWD of the visual class StaticGray or GrayScale with more than one bit a pixel becomes one of PseudoColor, with a

@@ -50,6 +50,9 @@ Result<Walk> walkBlocks(const QByteArray &file)
         } else if (kind == 0x2c && bytes.has(at, 10)) {
             if (walk.canvas.isEmpty())
                 walk.canvas = QSize(bytes.u16le(at + 5), bytes.u16le(at + 7));
+            // Without colours for all the frames, those of the first one tell.
+            if (walk.frames == 0 && !(bytes.u8(10) & 0x80) && bytes.u8(at + 9) & 0x80)
+                walk.bits = (bytes.u8(at + 9) & 7) + 1;
             at = behindSubBlocks(bytes, at + 10 + tableBytes(bytes.u8(at + 9)) + 1);
             if (walk.frames++ == 0)
                 walk.firstFrameComplete = at <= bytes.size();

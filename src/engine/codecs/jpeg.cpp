@@ -6,6 +6,7 @@
 #include "engine/limits.h"
 #include "engine/picturememory.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -83,6 +84,8 @@ public:
     int readRows(QImage &image, uchar *cmykRow);
     int readSamples(uchar *to, qsizetype stride, bool isYcc);
     bool readProfile();
+    /// Where the marker starts that the library stopped at, behind the first scan's; 0 for none.
+    qsizetype lastMarker() const;
 
     QSize storedSize() const { return {int(m_info.image_width), int(m_info.image_height)}; }
     QSize outputSize() const { return {int(m_info.output_width), int(m_info.output_height)}; }
@@ -130,6 +133,30 @@ bool Reader::readHeader()
     jpeg_save_markers(&m_info, JPEG_APP0 + 1, 0xffff);
     jpeg_save_markers(&m_info, JPEG_APP0 + 2, 0xffff);
     return jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
+}
+
+qsizetype Reader::lastMarker() const
+{
+    const ByteReader bytes(m_bytes);
+    const size_t read = bytes.size() - (m_info.src ? std::min(m_info.src->bytes_in_buffer, bytes.size()) : 0);
+    size_t last = 0;
+    bool isBehindScan = false;
+    for (size_t at = 2; at + 1 < read;) {
+        const quint8 code = bytes.u8(at + 1);
+        const bool isRestart = code >= JPEG_RST0 && code < JPEG_RST0 + 8;
+        if (bytes.u8(at) != 0xff || code == 0xff) {
+            ++at;
+        } else if (code == 0 || isRestart) {
+            at += 2;
+        } else {
+            if (isBehindScan)
+                last = at;
+            constexpr quint8 startOfScan = 0xda;
+            isBehindScan = isBehindScan || code == startOfScan;
+            at += 2 + size_t(bytes.u16be(at + 2));
+        }
+    }
+    return qsizetype(last);
 }
 
 // The library's eighths below full size that its fast paths know.
@@ -271,7 +298,7 @@ ImageInfo infoOf(const Reader &reader, int orientation)
     return {uprightSize(reader.storedSize(), orientation), reader.bitsPerPixel(), 1, jpegCodec.name};
 }
 
-Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStored)
+Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStored, bool isCut = false)
 {
     auto opened = openJpeg(bytes);
     if (!opened)
@@ -294,10 +321,15 @@ Result<Picture> decodeTurned(const QByteArray &bytes, QSize target, bool asStore
     if (reader.isCmyk())
         cmykRow.resize(reader.outputSize().width() * 4);
     const int rows = reader.readRows(image, cmykRow.isEmpty() ? nullptr : reinterpret_cast<uchar *>(cmykRow.data()));
-    if (rows == 0)
-        return Failure{reader.reason()};
+    if (rows == 0) {
+        // Of a progressive file the library unpacks all scans or none: those in front of the damage are tried alone.
+        const qsizetype sound = isCut ? 0 : reader.lastMarker();
+        if (sound == 0)
+            return Failure{reader.reason()};
+        return decodeTurned(bytes.left(sound), target, asStored, true);
+    }
     blankRows(image, rows);
-    picture.partial = reader.isDamaged() || rows < image.height();
+    picture.partial = isCut || reader.isDamaged() || rows < image.height();
     image.setDotsPerMeterX(reader.dotsPerMeter(reader.info().X_density));
     image.setDotsPerMeterY(reader.dotsPerMeter(reader.info().Y_density));
     picture.pixels = uprighted(image, orientation);

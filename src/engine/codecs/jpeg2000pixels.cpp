@@ -56,12 +56,17 @@ struct Shape
     bool deep = false;
 };
 
-/// The number of components in front of the first that is marked as opacity.
+/// The number of components in front of the first that is marked as opacity. Where none is marked and the file names
+/// its colours, one more than these need is opacity: many writers leave the mark out.
 int colorComponents(const opj_image &image)
 {
     int count = 0;
     while (count < int(image.numcomps) && image.comps[count].alpha == 0)
         ++count;
+    if (count == int(image.numcomps) && image.color_space == OPJ_CLRSPC_GRAY && count == 2)
+        return 1;
+    if (count == int(image.numcomps) && image.color_space == OPJ_CLRSPC_SRGB && count == 4)
+        return 3;
     return count;
 }
 

@@ -98,7 +98,7 @@ Result<void> Reader::readHeader(int wantedEvents)
         startThreads();
     JxlDecoderSubscribeEvents(m_decoder.get(), JXL_DEC_BASIC_INFO | wantedEvents);
     JxlDecoderSetInput(m_decoder.get(), reinterpret_cast<const uint8_t *>(m_bytes.constData()), size_t(m_bytes.size()));
-    JxlDecoderCloseInput(m_decoder.get());
+    // The input is never closed: of one that ends early the library would complain on standard error.
     if (JxlDecoderProcessInput(m_decoder.get()) != JXL_DEC_BASIC_INFO
         || JxlDecoderGetBasicInfo(m_decoder.get(), &m_info) != JXL_DEC_SUCCESS)
         return damaged();

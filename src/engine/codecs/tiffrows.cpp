@@ -87,7 +87,7 @@ bool canReadTiffRows(const TiffLayout &layout)
     const bool shallow = whole && (layout.bits == 1 || layout.bits == 2 || layout.bits == 4 || layout.bits == 8);
     const bool deep = (whole && layout.bits == 16) || (layout.sampleFormat == SAMPLEFORMAT_IEEEFP && layout.bits == 32);
     if (layout.isPalette())
-        return shallow && (layout.samples == 1 || layout.bits == 8);
+        return shallow && (layout.samples == 1 || (layout.bits == 8 && !layout.hasAlpha));
     if (layout.isGrey())
         return (shallow && layout.samples == 1) || deep;
     // The library's own conversion multiplies colours with alpha, which cannot be undone without loss.

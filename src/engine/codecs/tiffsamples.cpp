@@ -1,5 +1,6 @@
 #include "engine/codecs/tiffsamples.h"
 
+#include "engine/codecs/labcolors.h"
 #include "engine/limits.h"
 #include "engine/picture.h"
 #include "engine/rounding.h"
@@ -11,6 +12,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include <tiffio.h>
@@ -135,16 +137,51 @@ bool areSound(const Blocks &blocks, const TiffLayout &layout)
         && blocks.bytes / blocks.stride >= blocks.height && blocks.bytes <= limits::decodeBudget() / blocks.planes;
 }
 
+bool isLab(const TiffLayout &layout)
+{
+    return layout.photometric == PHOTOMETRIC_CIELAB || layout.photometric == PHOTOMETRIC_ICCLAB;
+}
+
+/// How many samples in front of the alpha make a colour.
+int colorSamples(const TiffLayout &layout)
+{
+    if (layout.photometric == PHOTOMETRIC_SEPARATED)
+        return 4;
+    return layout.isRgb() || (isLab(layout) && layout.samples >= 3) ? 3 : 1;
+}
+
+/// The file's colours as of 16 bits, empty without a palette.
+std::vector<QRgba64> paletteOf(TIFF *file, const TiffLayout &layout)
+{
+    quint16 *red = nullptr, *green = nullptr, *blue = nullptr;
+    if (!layout.isPalette() || !TIFFGetField(file, TIFFTAG_COLORMAP, &red, &green, &blue))
+        return {};
+    std::vector<QRgba64> palette(size_t(1) << layout.bits);
+    for (size_t i = 0; i < palette.size(); ++i)
+        palette[i] = qRgba64(red[i], green[i], blue[i], full);
+    // Some writers put 8-bit values where 16-bit ones belong.
+    const bool deep = std::any_of(palette.begin(), palette.end(),
+        [](QRgba64 color) { return (color.red() | color.green() | color.blue()) > 255; });
+    for (QRgba64 &color : palette) {
+        if (!deep)
+            color = qRgba64(color.red() * 257U & full, color.green() * 257U & full, color.blue() * 257U & full, full);
+    }
+    return palette;
+}
+
 /// Puts the samples of a row's pixels together.
 class Composer
 {
 public:
-    Composer(const TiffLayout &layout, QImage &image, int colors, bool alpha)
+    Composer(const TiffLayout &layout, QImage &image, bool alpha, std::vector<QRgba64> palette)
         : m_layout(layout)
         , m_image(image)
-        , m_colors(colors)
+        , m_colors(colorSamples(layout))
         , m_alpha(alpha)
+        , m_palette(std::move(palette))
     {
+        if (isLab(layout))
+            m_lab = std::make_unique<LabConverter<quint16>>();
     }
 
     /// Channel c of pixel x is `samples[c][x * step]`.
@@ -152,17 +189,63 @@ public:
     {
         m_row.resize(size_t(count));
         const quint16 turned = m_layout.photometric == PHOTOMETRIC_MINISWHITE ? full : 0;
+        const auto sample = [&](int channel, int x) { return samples[size_t(channel)][x * step]; };
         for (int x = 0; x < count; ++x) {
-            const auto color = [&](int c) {
-                return quint16(samples[size_t(m_colors == 3 ? c : 0)][x * step] ^ turned);
-            };
-            const quint16 alpha = m_alpha ? samples[size_t(m_colors)][x * step] : full;
-            m_row[size_t(x)] = divided(color(0), color(1), color(2), alpha);
+            const quint16 alpha = m_alpha ? sample(m_colors, x) : full;
+            QRgba64 color;
+            if (m_colors == 4)
+                color = light(sample(0, x), sample(1, x), sample(2, x), sample(3, x));
+            else if (m_lab)
+                color = fromLab(sample(0, x), m_colors == 3 ? sample(1, x) : neutral(), m_colors == 3 ? sample(2, x) : neutral());
+            else if (m_layout.isPalette())
+                color = fromPalette(sample(0, x));
+            else if (m_colors == 3)
+                color = qRgba64(sample(0, x), sample(1, x), sample(2, x), full);
+            else
+                color = grey(quint16(sample(0, x) ^ turned));
+            m_row[size_t(x)] = divided(color.red(), color.green(), color.blue(), alpha);
         }
         store(m_image.scanLine(y), left, count);
     }
 
 private:
+    static QRgba64 grey(quint16 value) { return qRgba64(value, value, value, full); }
+
+    static QRgba64 light(quint16 cyan, quint16 magenta, quint16 yellow, quint16 black)
+    {
+        const auto mixed = [black](quint16 ink) {
+            return quint16((quint32(full - ink) * quint32(full - black) + full / 2) / full);
+        };
+        return qRgba64(mixed(cyan), mixed(magenta), mixed(yellow), full);
+    }
+
+    QRgba64 fromPalette(quint16 scaled) const
+    {
+        const quint32 most = (1U << m_layout.bits) - 1;
+        const size_t index = (scaled * most + full / 2) / full;
+        return index < m_palette.size() ? m_palette[index] : grey(0);
+    }
+
+    /// What stands for no colour.
+    quint16 neutral() const { return m_layout.photometric == PHOTOMETRIC_CIELAB ? 0 : 0x8000; }
+
+    /// Differences of 8 bits count whole units, signed ones in the format's own Lab, from a middle on in ICC's, whose
+    /// lightness of 16 bits ends at FF00.
+    QRgba64 fromLab(quint16 lightness, quint16 a, quint16 b) const
+    {
+        const bool isIcc = m_layout.photometric == PHOTOMETRIC_ICCLAB;
+        const auto difference = [&](quint16 value) {
+            const quint16 units = m_layout.bits > 8 ? value : quint16(value & 0xff00);
+            return quint16(units ^ (isIcc ? 0 : 0x8000));
+        };
+        constexpr quint32 mostOfIcc = 0xff00;
+        quint16 values[] = {lightness, difference(a), difference(b)};
+        if (isIcc && m_layout.bits > 8)
+            values[0] = quint16(std::min<quint32>(lightness, mostOfIcc) * full / mostOfIcc);
+        m_lab->convert(&values[0], &values[1], &values[2], 1);
+        return qRgba64(values[0], values[1], values[2], full);
+    }
+
     /// No colour gets brighter than full, whatever the writer did.
     QRgba64 divided(quint16 red, quint16 green, quint16 blue, quint16 alpha) const
     {
@@ -186,6 +269,8 @@ private:
     QImage &m_image;
     const int m_colors;
     const bool m_alpha;
+    const std::vector<QRgba64> m_palette;
+    std::unique_ptr<LabConverter<quint16>> m_lab;
     std::vector<QRgba64> m_row;
 };
 
@@ -236,31 +321,38 @@ bool readAll(TIFF *file, const TiffLayout &layout, const Blocks &blocks, int wan
 
 bool canReadTiffSamples(const TiffLayout &layout)
 {
-    if ((!layout.isGrey() && !layout.isRgb()) || layout.samples < (layout.isRgb() ? 3 : 1) || layout.samples > 8
-        || layout.compression == COMPRESSION_OJPEG)
+    // The library's own conversion knows inks of 8 bits alone, and its Lab is made for another display.
+    const bool inks = layout.photometric == PHOTOMETRIC_SEPARATED && (layout.bits != 8 || layout.hasAlpha);
+    const bool lab = isLab(layout) && layout.bits >= 8;
+    const bool palette = layout.isPalette() && layout.bits <= 16;
+    if ((!layout.isGrey() && !layout.isRgb() && !inks && !lab && !palette) || layout.samples < colorSamples(layout)
+        || layout.samples > 8 || layout.compression == COMPRESSION_OJPEG)
         return false;
     const int bits = layout.bits;
     if (layout.sampleFormat == SAMPLEFORMAT_IEEEFP)
-        return bits == 16 || bits == 24 || bits == 32 || bits == 64;
-    return (layout.sampleFormat == SAMPLEFORMAT_UINT || layout.sampleFormat == SAMPLEFORMAT_VOID)
+        return !palette && (bits == 16 || bits == 24 || bits == 32 || bits == 64);
+    return (layout.sampleFormat == SAMPLEFORMAT_UINT || layout.sampleFormat == SAMPLEFORMAT_VOID
+               || (lab && layout.sampleFormat == SAMPLEFORMAT_INT))
         && ((bits >= 1 && bits <= 16) || bits == 24 || bits == 32);
 }
 
 QImage readTiffSamples(TIFF *file, const TiffLayout &layout)
 {
-    const int colors = layout.isRgb() ? 3 : 1;
+    const int colors = colorSamples(layout);
     const bool alpha = layout.hasAlpha && layout.samples > colors;
     const int wanted = colors + (alpha ? 1 : 0);
     const Blocks blocks = blocksOf(file, layout, wanted);
     if (!areSound(blocks, layout))
         return {};
-    const QImage::Format format = layout.bits > 8 ? QImage::Format_RGBA64
-        : alpha                                   ? QImage::Format_ARGB32
-        : colors == 1                             ? QImage::Format_Grayscale8
-                                                  : QImage::Format_RGB32;
+    const bool isColored = layout.isPalette() || isLab(layout);
+    const bool deep = layout.bits > 8 && !layout.isPalette();
+    const QImage::Format format = deep ? QImage::Format_RGBA64
+        : alpha                        ? QImage::Format_ARGB32
+        : colors == 1 && !isColored    ? QImage::Format_Grayscale8
+                                       : QImage::Format_RGB32;
     QImage image = allocateImage(layout.size, format);
     if (image.isNull())
         return image;
-    Composer composer(layout, image, colors, alpha);
+    Composer composer(layout, image, alpha, paletteOf(file, layout));
     return readAll(file, layout, blocks, wanted, composer) ? image : QImage();
 }

@@ -69,13 +69,18 @@ QByteArray withOwnInFront(const QByteArray &value)
     return others.left(blanks) + ownEntry + ';' + others.mid(blanks);
 }
 
+bool isOwn(const QVector<QByteArray> &values)
+{
+    return !values.isEmpty() && std::all_of(values.begin(), values.end(), [](const QByteArray &value) {
+        return firstEntry(value) == ownEntry;
+    });
+}
+
 /// Makes a type the program's own, unless it is.
 void claim(MimeApps &list, AssociationMemory &memory, const QByteArray &type)
 {
     const QVector<QByteArray> before = list.values(type);
-    if (!before.isEmpty() && std::all_of(before.begin(), before.end(), [](const QByteArray &value) {
-            return firstEntry(value) == ownEntry;
-        }))
+    if (isOwn(before))
         return;
     AssociationMemory::Lines lines{before, {}};
     if (before.isEmpty()) {
@@ -253,6 +258,18 @@ Result<QList<ToolCommand>> setDesktopTypes(const QVector<DesktopType> &types, co
     if (!made.result)
         return made.result.failure();
     return made.commands;
+}
+
+QVector<QByteArray> ownDesktopTypes(const QVector<QByteArray> &types)
+{
+    const Result<std::optional<QByteArray>> text = readList(listPath());
+    if (!text)
+        return {};
+    const MimeApps list(text->value_or(QByteArray()), types);
+    QVector<QByteArray> own;
+    std::copy_if(types.begin(), types.end(), std::back_inserter(own),
+        [&](const QByteArray &type) { return isOwn(list.values(type)); });
+    return own;
 }
 
 void startTools(const QList<ToolCommand> &commands)

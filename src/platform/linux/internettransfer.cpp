@@ -59,8 +59,9 @@ public:
         m_reply->setReadBufferSize(longestBody + 1);
         connect(m_reply, &QNetworkReply::readyRead, this, &Transfer::take);
         connect(m_reply, &QNetworkReply::finished, this, &Transfer::end);
-        connect(&m_limit, &QTimer::timeout, this,
-            [this] { endWith(Failure{tr("The server did not answer within %1 seconds.").arg(longestTransfer.count())}); });
+        connect(&m_limit, &QTimer::timeout, this, [this] {
+            endWith(Failure{tr("The server did not answer within %1 seconds.").arg(longestTransfer.count())});
+        });
         m_limit.setSingleShot(true);
         m_limit.start(longestTransfer);
     }
