@@ -858,6 +858,10 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>(none)</source>
         <translation>(keines)</translation>
     </message>
+    <message>
+        <source>All Files (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|</source>
+        <translation>Alle Dateien (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|</translation>
+    </message>
 </context>
 <context>
     <name>PlayerControls</name>
@@ -2421,10 +2425,6 @@ dies kann einige Sekunden dauern</translation>
         <translation>Größe der Miniaturansichten</translation>
     </message>
     <message>
-        <source>Thumbnail &amp;Style</source>
-        <translation>&amp;Stil der Miniaturansichten</translation>
-    </message>
-    <message>
         <source>Draws a raised frame around each thumbnail</source>
         <translation>Zeichnet einen erhabenen Rahmen um jede Miniaturansicht</translation>
     </message>
@@ -2637,10 +2637,6 @@ dies kann einige Sekunden dauern</translation>
         <translation>Mit den Listendateien von Lumora (.Lsl)</translation>
     </message>
     <message>
-        <source>Files of the checked types will open with Lumora V3 on your desktop, those of the others with the program they had before. Types of one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs of your system.</source>
-        <translation>Dateien der angekreuzten Typen öffnen sich auf Ihrem Desktop mit Lumora V3, die der anderen mit dem Programm, das sie vorher hatten. Typen einer Art, wie .JPG und .JPEG, gehen zusammen. .IMG, .GEM und .PIC bleiben bei den Programmen Ihres Systems.</translation>
-    </message>
-    <message>
         <source>Select &amp;All</source>
         <translation>&amp;Alle auswählen</translation>
     </message>
@@ -2663,6 +2659,22 @@ dies kann einige Sekunden dauern</translation>
     <message>
         <source>This folder is not there now. Until it is, dialogs begin in another one.</source>
         <translation>Diesen Ordner gibt es zurzeit nicht. Solange er fehlt, beginnen Dialoge in einem anderen.</translation>
+    </message>
+    <message>
+        <source>Files of the checked types will open with Lumora V3 on your desktop, those of the others with the program they had before; types in bold letters do so now. Types of one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs of your system.</source>
+        <translation>Dateien der angekreuzten Typen öffnet Ihr Desktop künftig mit Lumora V3, die der anderen mit dem bisherigen Programm; bei fett gedruckten Typen ist das schon jetzt so. Typen derselben Art wie .JPG und .JPEG gehören zusammen. .IMG, .GEM und .PIC bleiben bei den Programmen Ihres Systems.</translation>
+    </message>
+    <message>
+        <source>Opens with Lumora V3 now</source>
+        <translation>Wird zurzeit mit Lumora V3 geöffnet</translation>
+    </message>
+    <message>
+        <source> Style</source>
+        <translation> Rahmen</translation>
+    </message>
+    <message>
+        <source>Thumbnail Style</source>
+        <translation>Rahmen der Miniaturansichten</translation>
     </message>
 </context>
 <context>

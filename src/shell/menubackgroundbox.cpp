@@ -78,7 +78,7 @@ void MenuBackgroundBox::cmdMenuPicture_Click()
     FileQuestion question;
     question.title = tr("Menu Background");
     question.folder = backgroundsFolder();
-    question.filter = QStringLiteral("All Files (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|");
+    question.filter = tr("All Files (*.bmp,*.rle,*.jpg,*.gif)|*.bmp;*.rle;*.jpg;*.gif|");
     const auto answer = dialogs().openFile(window(), question);
     if (!self || !answer)
         return;
