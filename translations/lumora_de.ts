@@ -2670,11 +2670,11 @@ dies kann einige Sekunden dauern</translation>
     </message>
     <message>
         <source> Style</source>
-        <translation> Rahmen</translation>
+        <translation> Stil</translation>
     </message>
     <message>
         <source>Thumbnail Style</source>
-        <translation>Rahmen der Miniaturansichten</translation>
+        <translation>Stil der Miniaturansichten</translation>
     </message>
 </context>
 <context>
