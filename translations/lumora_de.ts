@@ -2662,11 +2662,11 @@ dies kann einige Sekunden dauern</translation>
     </message>
     <message>
         <source>Files of the checked types will open with Lumora V3 on your desktop, those of the others with the program they had before; types in bold letters do so now. Types of one kind, as .JPG and .JPEG, go together. .IMG, .GEM and .PIC stay with the programs of your system.</source>
-        <translation>Dateien der angekreuzten Typen öffnen sich auf Ihrem Desktop mit Lumora V3, die der anderen mit dem Programm, das sie vorher hatten; Typen in fetten Buchstaben tun es jetzt. Typen einer Art, wie .JPG und .JPEG, gehen zusammen. .IMG, .GEM und .PIC bleiben bei den Programmen Ihres Systems.</translation>
+        <translation>Dateien der angekreuzten Typen öffnet Ihr Desktop künftig mit Lumora V3, die der anderen mit dem bisherigen Programm; bei fett gedruckten Typen ist das schon jetzt so. Typen derselben Art wie .JPG und .JPEG gehören zusammen. .IMG, .GEM und .PIC bleiben bei den Programmen Ihres Systems.</translation>
     </message>
     <message>
         <source>Opens with Lumora V3 now</source>
-        <translation>Öffnet sich jetzt mit Lumora V3</translation>
+        <translation>Wird zurzeit mit Lumora V3 geöffnet</translation>
     </message>
     <message>
         <source> Style</source>
