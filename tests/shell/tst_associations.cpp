@@ -102,9 +102,10 @@ void tst_associations::classesComeInTheOrderOfTheIcons()
 
 void tst_associations::verbsFollowTheKindOfMedia()
 {
-    carryOut(classWrites(QStringLiteral("/opt/my programs/"), QStringLiteral("lumora")), [] {});
-    const QString command = QStringLiteral("\"/opt/my programs/lumora.exe\" \"%1\"");
+    carryOut(classWrites(QStringLiteral("/opt/my %2 programs/"), QStringLiteral("lumora")), [] {});
+    const QString command = QStringLiteral("\"/opt/my %2 programs/lumora.exe\" \"%1\"");
     QCOMPARE(stored(QStringLiteral("Lumora.jpg.3")), QStringLiteral("Lumora JPG File"));
+    QCOMPARE(stored(QStringLiteral("Lumora.art.3\\DefaultIcon")), QStringLiteral("/opt/my %2 programs/lumora.exe,2"));
     for (const char *code : {"art", "tiff", "lsl"}) {
         const QString shell = QStringLiteral("Lumora.%1.3\\Shell\\").arg(QLatin1String(code));
         for (const char *verb : {"Open", "Preview", "Edit"}) {
