@@ -86,13 +86,14 @@ void tst_internettransfer::whatIsNoShortTextFails_data()
 void tst_internettransfer::whatIsNoShortTextFails()
 {
     QFETCH(QByteArray, answer);
-    if (QTest::currentDataTag() == QLatin1String("endless")) {
+    const QByteArray name = QTest::currentDataTag();
+    if (name == "endless") {
         // Each piece comes in time, and none is the last.
         m_server->asked = [](QTcpSocket &client) {
             client.write("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\n");
             connect(&client, &QTcpSocket::bytesWritten, &client, [&] { client.write(QByteArray(4096, 'x')); });
         };
-    } else if (QTest::currentDataTag() == QLatin1String("nobody listens")) {
+    } else if (name == "nobody listens") {
         m_server->close();
     }
     const QUrl url = m_server->url("/a");
