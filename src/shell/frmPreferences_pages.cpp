@@ -27,7 +27,8 @@ public:
         viewport()->setAutoFillBackground(false);
         page->setAutoFillBackground(false);
     }
-    QSize sizeHint() const override { return widget()->sizeHint(); }
+    // With a little to spare: on scaled screens rounding takes a pixel here and there.
+    QSize sizeHint() const override { return widget()->sizeHint() + QSize(8, 4); }
 };
 
 void chainTabs(const QVector<QWidget *> &controls)
