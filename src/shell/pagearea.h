@@ -17,5 +17,6 @@ public:
         viewport()->setAutoFillBackground(false);
         page->setAutoFillBackground(false);
     }
-    QSize sizeHint() const override { return widget()->sizeHint(); }
+    // With a little to spare: on scaled screens rounding takes a pixel here and there.
+    QSize sizeHint() const override { return widget()->sizeHint() + QSize(8, 4); }
 };
