@@ -68,6 +68,10 @@ int dev::decodeFiles(const QStringList &arguments)
             status = fail(file + QStringLiteral(": ") + picture.reason());
             continue;
         }
+        if (hint.page >= picture->info.pageCount) {
+            status = fail(file + QStringLiteral(": the file has no picture %1").arg(hint.page));
+            continue;
+        }
         printRow(infoCells(picture->info, taken)
             << (picture->partial ? QStringLiteral("partial") : QStringLiteral("whole")) << file);
         if (parser.isSet(png))

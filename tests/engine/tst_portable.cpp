@@ -2,6 +2,8 @@
 #include "engine/rasterfiles.h"
 #include "support/support.h"
 
+#include <QBuffer>
+#include <QImageWriter>
 #include <QTest>
 
 /// Variants of wide-spread simple formats that programs are known to read in different ways.
@@ -14,6 +16,9 @@ private Q_SLOTS:
     void everyVariantIsRead();
     void foreignHeadersAreRefused_data();
     void foreignHeadersAreRefused();
+    void cutFilesShowTheirFirstRows_data();
+    void cutFilesShowTheirFirstRows();
+    void progressiveScansInFrontOfDamageAreShown();
 
 private:
     TemporaryHome m_home;
@@ -35,6 +40,20 @@ static QByteArray maskedBitmap(int width, int bits, const QList<int> &masks, con
     return file + row.leftJustified((row.size() + 3) / 4 * 4, '\0');
 }
 
+/// A bitmap whose pixels are packed, or a whole file, with a header of this length.
+static QByteArray packedBitmap(int header, int packing, int bits, QSize size, const QByteArray &data)
+{
+    return "BM" + le32(0) + le32(0) + le32(14 + header) + le32(header) + le32(size.width()) + le32(size.height())
+        + le16(1) + le16(bits) + le32(packing) + QByteArray(header - 20, '\0') + data;
+}
+
+/// The same bitmap as the first of an array, whose places count from the start of the file.
+static QByteArray bitmapArray(QByteArray bitmap)
+{
+    bitmap[10] = char(bitmap[10] + 14);
+    return "BA" + le32(40) + QByteArray(8, '\0') + bitmap;
+}
+
 /// Two pixels of which the second one is masked out.
 static QByteArray icon(int bits, const QByteArray &row)
 {
@@ -42,6 +61,20 @@ static QByteArray icon(int bits, const QByteArray &row)
         + row.leftJustified((row.size() + 3) / 4 * 4, '\0') + hex("40000000");
     return le16(0) + le16(1) + le16(1) + hex("02010000") + le16(1) + le16(bits) + le32(int(picture.size())) + le32(22)
         + picture;
+}
+
+/// An SGI picture of samples of one or two bytes.
+static QByteArray sgi(QSize size, int bytes, int channels, bool packed, const QByteArray &behind)
+{
+    const QByteArray head = hex("01da") + char(packed) + char(bytes) + be16(3) + be16(size.width())
+        + be16(size.height()) + be16(channels) + be32(0) + be32(255);
+    return head.leftJustified(512, '\0') + behind;
+}
+
+/// A GIF of one pixel whose four colours are the frame's own.
+static QByteArray gifOfLocalColors()
+{
+    return "GIF89a" + hex("0100 0100 00 00 00 2c 0000 0000 0100 0100 81 000000 102030 405060 708090 02 02 4c01 00 3b");
 }
 
 /// One pixel whose last sample is alpha.
@@ -76,6 +109,24 @@ static QByteArray pcx(const QByteArray &pixels)
     const QByteArray head =
         hex("0a050108") + le16(0) + le16(0) + le16(3) + le16(0) + QByteArray(53, '\0') + hex("01") + le16(4) + le16(2);
     return head + QByteArray(128 - head.size(), '\0') + pixels;
+}
+
+/// The same of any shape; two bytes a row and plane.
+static QByteArray pcxOf(QSize size, int version, int bits, int planes, const QByteArray &pixels)
+{
+    const QByteArray head = hex("0a") + char(version) + char(1) + char(bits) + le16(0) + le16(0)
+        + le16(size.width() - 1) + le16(size.height() - 1) + QByteArray(53, '\0') + char(planes) + le16(2);
+    return head.leftJustified(128, '\0') + pixels;
+}
+
+/// Two pixels of 32 bits in two rows, the lowest byte first in all numbers.
+static QByteArray smallEndianXwd(const QByteArray &pixels)
+{
+    QByteArray file;
+    for (const int number :
+        {100, 7, 2, 24, 1, 2, 0, 0, 32, 0, 32, 32, 4, 4, 0xff0000, 0xff00, 0xff, 8, 0, 0, 1, 2, 0, 0, 0})
+        file += le32(number);
+    return file + pixels;
 }
 
 /// Four pixels of one byte, the highest byte first in all numbers.
@@ -133,6 +184,35 @@ void tst_Portable::everyVariantIsRead_data()
     row("BMP of 30 bits", "bmp", maskedBitmap(1, 32, {0x3ff00000, 0xffc00, 0x3ff}, hex("0030f03f")), 32, "ff0300");
     row("icon of 16 bits", "ico", icon(16, hex("1f00ff7f")), 16, "0000ff 00000000");
     row("icon of 24 bits", "ico", icon(24, hex("102030405060")), 24, "302010 00000000");
+    row("icon of 2 bits", "ico", icon(2, hex("10203000000000000000000000000000 00")), 2, "302010 00000000");
+    row("icon with little alpha", "ico", icon(32, hex("3020100830201080")), 32, "08102030 80102030");
+    row("icon without alpha", "ico", icon(32, hex("3020100030201000")), 32, "102030 00000000");
+    row("array of bitmaps", "bmp", bitmapArray(maskedBitmap(2, 16, {}, hex("ff7f1f00"))), 16, "ffffff 0000ff");
+    row("BMP of runs of 24 bits", "bmp",
+        packedBitmap(64, 4, 24, {3, 2}, hex("03102030 0000 0003 010203040506070809 00 0001")), 24,
+        "030201 060504 090807 302010 302010 302010");
+    row("BMP with a PNG inside", "bmp", packedBitmap(40, 5, 0, {2, 1}, written(rampImage({2, 1}), "png")), 24,
+        colorsOf(decode({written(rampImage({2, 1}), "png"), {}})));
+    row("GIF of its frame's colours", "gif", gifOfLocalColors(), 2, "102030");
+    row("SGI of grey with alpha", "rgb", sgi({2, 1}, 1, 2, false, hex("4080 ff80")), 16, "404040 80808080");
+    row("SGI of 16 bits", "rgb", sgi({2, 1}, 2, 1, false, hex("4040 ffff")), 16, "404040 ffffff");
+    row("SGI of runs", "rgb",
+        sgi({3, 1}, 1, 3, true,
+            be32(536) + be32(539) + be32(544) + be32(3) + be32(5) + be32(3) + hex("034000 8301020300 030500")),
+        24, "400105 400205 400305");
+    row("cut SGI", "rgb", sgi({2, 2}, 1, 1, false, hex("0102")), 8, "partial: ffffff ffffff 010101 020202");
+    row("cut SGI with alpha", "rgb", sgi({2, 1}, 1, 4, false, hex("0102 0304 05")), 32, "partial: 010305 020400");
+    row("cut PCX", "pcx", pcxOf({2, 2}, 5, 8, 3, hex("010203040506 10")), 24, "partial: 010305 020406 10ffff ffffff");
+    row("PCX with a cut palette", "pcx", pcxOf({2, 1}, 5, 8, 1, hex("0001 0c102030")), 8, "partial: 102030 010101");
+    row("PCX of 16 colours and no palette", "pcx", pcxOf({4, 1}, 3, 1, 4, hex("3000500050003000")), 4,
+        "000000 aa5500 5555ff ffffff");
+    row("XWD of the other byte order", "xwd", smallEndianXwd(hex("30201000 60504000")), 32, "102030 405060");
+    row("cut XWD", "xwd", smallEndianXwd(hex("30201000 6050")), 32, "partial: 102030 ff5060");
+    row("cut WBMP", "wbmp", hex("0000 0402 50"), 1, "partial: 000000 ffffff 000000 ffffff ffffff ffffff ffffff ffffff");
+    row("TIFF of inks with alpha", "tif", tiffPixel(5, 8, 2, hex("00ff000080")), 40, "80ff00ff");
+    row("TIFF of deep inks with alpha", "tif", tiffPixel(5, 16, 2, hex("0000ffff000000000080")), 80, "80ff00ff");
+    row("TIFF of Lab", "tif", tiffPixel(8, 8, 2, hex("ff000080")), 32, "80ffffff");
+    row("TIFF of the Lab of profiles", "tif", tiffPixel(9, 8, 2, hex("ff808080")), 32, "80ffffff");
     row("TIFF of grey with alpha", "tif", tiffPixel(1, 8, 2, hex("4080")), 16, "80404040");
     row("TIFF of deep colours times alpha", "tif", tiffPixel(2, 16, 1, hex("00400020ffff0080")), 64, "808040ff");
 }
@@ -167,6 +247,44 @@ void tst_Portable::foreignHeadersAreRefused()
 {
     QFETCH(QByteArray, file);
     QVERIFY(!decode({file, QStringLiteral("pnm")}));
+}
+
+void tst_Portable::cutFilesShowTheirFirstRows_data()
+{
+    QTest::addColumn<QString>("extension");
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QSize>("size");
+    // A row of 72 bytes of black, then a stretch that is cut.
+    QTest::newRow("MacPaint") << QStringLiteral("mac") << QByteArray(512, '\0') + hex("b9ff 05ffff") << QSize(576, 720);
+    // The lowest row comes first; two runs of red, of which the second row's is cut in its operand.
+    QTest::newRow("Utah") << QStringLiteral("rle")
+                          << hex("52cc 0000 0000 0400 0200 01 01 08 00 00 00 0200 0603ff00 0101 06") << QSize(4, 2);
+}
+
+void tst_Portable::cutFilesShowTheirFirstRows()
+{
+    QFETCH(QString, extension);
+    QFETCH(QByteArray, file);
+    const Result<Picture> picture = decode({file, extension});
+    QVERIFY2(picture, qPrintable(picture.reason()));
+    QVERIFY(picture->partial);
+    QTEST(picture->pixels.size(), "size");
+}
+
+void tst_Portable::progressiveScansInFrontOfDamageAreShown()
+{
+    QByteArray file;
+    QBuffer buffer(&file);
+    QImageWriter writer(&buffer, "jpg");
+    writer.setProgressiveScanWrite(true);
+    QVERIFY(writer.write(rampImage({64, 64})));
+    const Result<Picture> whole = decode({file, {}});
+    const qsizetype table = file.lastIndexOf(hex("ffc4"));
+    QVERIFY(table > file.indexOf(hex("ffda")));
+    const Result<Picture> picture = decode({file.left(table + 6), {}});
+    QVERIFY2(picture, qPrintable(picture.reason()));
+    QVERIFY(picture->partial);
+    QVERIFY(qAbs(qRed(picture->pixels.pixel(60, 60)) - qRed(whole->pixels.pixel(60, 60))) < 32);
 }
 
 QTEST_GUILESS_MAIN(tst_Portable)

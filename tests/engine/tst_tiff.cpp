@@ -22,6 +22,7 @@ private Q_SLOTS:
     void alphaIsTakenOutOfTheColours();
     void numbersBeyondTheRangeAreCut();
     void damageCostsItsOwnBlocks();
+    void palettesMayBeDeepOrClear();
 };
 
 namespace {
@@ -297,6 +298,35 @@ void tst_tiff::damageCostsItsOwnBlocks()
         QVERIFY(picture && picture->partial);
         QCOMPARE(picture->pixels.pixelColor(36, 20), good->pixels.pixelColor(36, 20));
         QCOMPARE(picture->pixels.pixelColor(3, 3).green(), good->pixels.pixelColor(3, 3).green());
+    }
+}
+
+void tst_tiff::palettesMayBeDeepOrClear()
+{
+    for (const int bits : {8, 16}) {
+        Memory memory;
+        TIFF *const file = TIFFClientOpen("test", "w", &memory, Memory::read, Memory::write, Memory::seek,
+            Memory::close, Memory::length, nullptr, nullptr);
+        TIFFSetField(file, TIFFTAG_IMAGEWIDTH, 2);
+        TIFFSetField(file, TIFFTAG_IMAGELENGTH, 1);
+        TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, bits);
+        TIFFSetField(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
+        std::vector<quint16> red(size_t(1) << bits, 0x4040), green(red.size(), 0x8080), blue(red.size(), 0);
+        red[2] = 0xffff;
+        TIFFSetField(file, TIFFTAG_COLORMAP, red.data(), green.data(), blue.data());
+        const quint16 alpha = EXTRASAMPLE_UNASSALPHA;
+        TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, bits == 8 ? 2 : 1);
+        if (bits == 8)
+            TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+        quint16 deep[] = {1, 2};
+        uchar clear[] = {1, 255, 2, 0x60};
+        TIFFWriteEncodedStrip(file, 0, bits == 8 ? static_cast<void *>(clear) : deep, 4);
+        TIFFClose(file);
+        const auto picture = decoded(memory.bytes);
+        QVERIFY2(picture, qPrintable(picture.reason()));
+        QCOMPARE(picture->info.bitsPerPixel, 16);
+        QCOMPARE(picture->pixels.pixel(0, 0), qRgb(0x40, 0x80, 0));
+        QCOMPARE(picture->pixels.pixel(1, 0), qRgba(0xff, 0x80, 0, bits == 8 ? 0x60 : 255));
     }
 }
 

@@ -364,8 +364,7 @@ Result<Picture> decodeBmp(const EncodedFile &file, const DecodeHint &hint)
         picture.pixels = allocateImage(bitmap->header.size(), QImage::Format_RGB32);
         if (picture.isNull())
             return Failure{outOfMemory(bitmap->header.size())};
-        picture.partial =
-            !unpackBmpRuns24(bytesOf(bitmap->file), ByteReader(bitmap->file).u32le(10), picture.pixels);
+        picture.partial = !unpackBmpRuns24(bytesOf(bitmap->file), ByteReader(bitmap->file).u32le(10), picture.pixels);
         return picture;
     }
     const bool runs = (bitmap->header.compression == Rle8 && bitmap->header.bits == 8)

@@ -22,6 +22,6 @@ struct ChannelMasks
 /// stand together.
 QImage readMaskedBmpRows(Bytes file, size_t offset, QSize size, int bits, bool topFirst, const ChannelMasks &masks);
 
-/// Unpacks the runs of 24-bit colours that OS/2 writes, lowest row first, into an image of Format_RGB32; where they skip
-/// it is black. False when they end before the picture does.
+/// Unpacks the runs of 24-bit colours that OS/2 writes, lowest row first, into an image of Format_RGB32; where they
+/// skip it is black. False when they end before the picture does.
 bool unpackBmpRuns24(Bytes file, size_t offset, QImage &image);

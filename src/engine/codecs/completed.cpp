@@ -30,7 +30,7 @@ struct PcxRows
     bool deep = false; ///< full is white; else 0 is the first colour
 };
 
-/// How much of the PCX at `at` lies in front of `end`.
+/// How much of the PCX at `at` lies in front of `end`; nothing of one whose rows are longer than its pixels need.
 PcxRows pcxRows(const ByteReader &reader, size_t at, size_t end)
 {
     const qint64 height = reader.u16le(at + 10) - reader.u16le(at + 6) + 1;
@@ -38,6 +38,10 @@ PcxRows pcxRows(const ByteReader &reader, size_t at, size_t end)
     rows.packed = reader.u8(at + 2) == 1;
     rows.rowBytes = qint64(reader.u16le(at + 66)) * reader.u8(at + 65);
     rows.deep = reader.u8(at + 3) * reader.u8(at + 65) >= 24 || reader.u8(at + 3) * reader.u8(at + 65) == 1;
+    constexpr int mostPadding = 64;
+    const int width = reader.u16le(at + 8) - reader.u16le(at + 4) + 1;
+    if (reader.u16le(at + 66) > (width * reader.u8(at + 3) + 7) / 8 + mostPadding)
+        return {};
     const qint64 needed = height * rows.rowBytes;
     at += size_t(pcxHeaderBytes);
     while (rows.present < needed && at < end) {

@@ -11,6 +11,7 @@ namespace {
 constexpr size_t headerBytes = 100;
 constexpr size_t versionAt = 4;
 constexpr size_t depthAt = 12;
+constexpr size_t widthAt = 16;
 constexpr size_t heightAt = 20;
 constexpr size_t bitsAt = 44;
 constexpr size_t rowBytesAt = 48;
@@ -85,7 +86,9 @@ bool fillRows(QByteArray &file)
     const qint64 height = reader.u32be(heightAt);
     const qint64 pixelsAt = qint64(reader.u32be(0)) + qint64(reader.u32be(colorsAt)) * colorBytes;
     const qint64 present = file.size() - pixelsAt;
-    if (rowBytes == 0 || present < rowBytes || height > limits::maximumSide
+    constexpr qint64 mostPadding = 64;
+    const qint64 pixelBytes = (qint64(reader.u32be(widthAt)) * reader.u32be(bitsAt) + 7) / 8;
+    if (rowBytes == 0 || rowBytes > pixelBytes + mostPadding || present < rowBytes || height > limits::maximumSide
         || rowBytes > limits::decodeBudget() / std::max<qint64>(height, 1) || present >= rowBytes * height)
         return false;
     const bool hasPalette = reader.u32be(bitsAt) <= 8;

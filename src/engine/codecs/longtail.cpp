@@ -46,8 +46,7 @@ Result<Picture> decodeAs(const Format &format, const EncodedFile &file, const De
     // The library counts a Photo CD's sizes as pictures, from 1.
     const int page = format.isPhotoCd ? photoCdSize(hint.sizeIndex) + 1 : hint.page;
     const CompletedFile whole = format.completed ? format.completed(file.bytes) : CompletedFile{file.bytes, false};
-    const Result<MagickPicture> read =
-        readByMagick(whole.bytes, format.magick, page, header->bits >= 48);
+    const Result<MagickPicture> read = readByMagick(whole.bytes, format.magick, page, header->bits >= 48);
     if (!read)
         return read.failure();
     Picture picture;

@@ -125,8 +125,7 @@ void store(const Header &header, const Channels &channels, uchar *row, QImage::F
     const std::vector<quint16> &blue = channels[color ? 2 : 0];
     const std::vector<quint16> &alpha = channels[size_t(header.colors())];
     for (size_t x = 0; x < channels[0].size(); ++x) {
-        const QRgba64 pixel =
-            qRgba64(channels[0][x], green[x], blue[x], header.hasAlpha() ? alpha[x] : full);
+        const QRgba64 pixel = qRgba64(channels[0][x], green[x], blue[x], header.hasAlpha() ? alpha[x] : full);
         if (format == QImage::Format_Grayscale8)
             row[x] = pixel.red8();
         else if (format == QImage::Format_RGBA64)
@@ -180,7 +179,9 @@ Result<Picture> decodeSgi(const EncodedFile &file, const DecodeHint &)
         return header.failure();
     Picture picture;
     picture.info = header->info();
-    if (file.bytes.size() <= qsizetype(headerBytes))
+    const size_t leastBytes = header->packed ? size_t(8) * size_t(header->size.height()) * size_t(header->channels)
+                                             : size_t(header->size.width()) * size_t(header->bytes);
+    if (!ByteReader(file.bytes).has(headerBytes, leastBytes))
         return Failure{QStringLiteral("an SGI picture that ends before its first row")};
     picture.pixels = allocateImage(header->size, formatOf(*header));
     if (picture.isNull())

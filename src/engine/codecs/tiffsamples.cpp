@@ -196,7 +196,8 @@ public:
             if (m_colors == 4)
                 color = light(sample(0, x), sample(1, x), sample(2, x), sample(3, x));
             else if (m_lab)
-                color = fromLab(sample(0, x), m_colors == 3 ? sample(1, x) : neutral(), m_colors == 3 ? sample(2, x) : neutral());
+                color = fromLab(
+                    sample(0, x), m_colors == 3 ? sample(1, x) : neutral(), m_colors == 3 ? sample(2, x) : neutral());
             else if (m_layout.isPalette())
                 color = fromPalette(sample(0, x));
             else if (m_colors == 3)
@@ -323,14 +324,14 @@ bool canReadTiffSamples(const TiffLayout &layout)
 {
     // The library's own conversion knows inks of 8 bits alone, and its Lab is made for another display.
     const bool inks = layout.photometric == PHOTOMETRIC_SEPARATED && (layout.bits != 8 || layout.hasAlpha);
-    const bool lab = isLab(layout) && layout.bits >= 8;
+    const bool lab = isLab(layout) && (layout.bits == 8 || layout.bits == 16);
     const bool palette = layout.isPalette() && layout.bits <= 16;
     if ((!layout.isGrey() && !layout.isRgb() && !inks && !lab && !palette) || layout.samples < colorSamples(layout)
         || layout.samples > 8 || layout.compression == COMPRESSION_OJPEG)
         return false;
     const int bits = layout.bits;
     if (layout.sampleFormat == SAMPLEFORMAT_IEEEFP)
-        return !palette && (bits == 16 || bits == 24 || bits == 32 || bits == 64);
+        return !palette && !lab && (bits == 16 || bits == 24 || bits == 32 || bits == 64);
     return (layout.sampleFormat == SAMPLEFORMAT_UINT || layout.sampleFormat == SAMPLEFORMAT_VOID
                || (lab && layout.sampleFormat == SAMPLEFORMAT_INT))
         && ((bits >= 1 && bits <= 16) || bits == 24 || bits == 32);
