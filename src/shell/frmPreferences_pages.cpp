@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 namespace {
@@ -112,7 +113,8 @@ void frmPreferences::makeTabs()
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
     cmdOK->setDefault(true);
-    resize(sizeHint().expandedTo({760, 500}).boundedTo(screen()->availableSize() - QSize(16, 48)));
+    const int allTabs = SSTab1->tabBar()->sizeHint().width() + 40;
+    resize(sizeHint().expandedTo({qMax(760, allTabs), 500}).boundedTo(screen()->availableSize() - QSize(16, 48)));
 }
 
 QWidget *frmPreferences::makeThumbnailPage()
