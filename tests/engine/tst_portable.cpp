@@ -223,6 +223,10 @@ void tst_Portable::everyVariantIsRead_data()
         "000000 aa5500 5555ff ffffff");
     row("XWD of the other byte order", "xwd", smallEndianXwd(hex("30201000 60504000")), 32, "102030 405060");
     row("cut XWD", "xwd", smallEndianXwd(hex("30201000 6050")), 32, "partial: 102030 ff5060");
+    row("MBM cut in front of its table", "mbm", mbmOf({{{4, 1}, 8, 0, 0, hex("004080ff")}}).chopped(8), 8,
+        "000000 404040 808080 ffffff");
+    row("cut ART", "art", hex("0000 0400 0000 0200 a000 ff"), 1,
+        "partial: ffffff 000000 ffffff 000000 ffffff ffffff ffffff ffffff");
     row("cut WBMP", "wbmp", hex("0000 0402 50"), 1, "partial: 000000 ffffff 000000 ffffff ffffff ffffff ffffff ffffff");
     row("TIFF of inks with alpha", "tif", tiffPixel(5, 8, 2, hex("00ff000080")), 40, "80ff00ff");
     row("TIFF of deep inks with alpha", "tif", tiffPixel(5, 16, 2, hex("0000ffff000000000080")), 80, "80ff00ff");
