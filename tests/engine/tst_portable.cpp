@@ -1,3 +1,4 @@
+#include "engine/encode.h"
 #include "engine/ownfiles.h"
 #include "engine/rasterfiles.h"
 #include "support/support.h"
@@ -69,6 +70,18 @@ static QByteArray sgi(QSize size, int bytes, int channels, bool packed, const QB
     const QByteArray head = hex("01da") + char(packed) + char(bytes) + be16(3) + be16(size.width())
         + be16(size.height()) + be16(channels) + be32(0) + be32(255);
     return head.leftJustified(512, '\0') + behind;
+}
+
+/// A JPEG 2000 without the box that says what its fourth component is.
+static QByteArray unmarkedJpeg2000()
+{
+    Picture picture;
+    picture.pixels = QImage(2, 1, QImage::Format_ARGB32);
+    picture.pixels.setPixel(0, 0, qRgb(255, 0, 0));
+    picture.pixels.setPixel(1, 0, qRgba(0, 255, 0, 0x40));
+    picture.info = {picture.pixels.size(), 32, 1, "test"};
+    const Result<QByteArray> file = encode(picture, TypeCode::Jpeg2000);
+    return file ? QByteArray(*file).replace("cdef", "free") : file.reason().toUtf8();
 }
 
 /// A GIF of one pixel whose four colours are the frame's own.
@@ -185,6 +198,7 @@ void tst_Portable::everyVariantIsRead_data()
     row("icon of 16 bits", "ico", icon(16, hex("1f00ff7f")), 16, "0000ff 00000000");
     row("icon of 24 bits", "ico", icon(24, hex("102030405060")), 24, "302010 00000000");
     row("icon of 2 bits", "ico", icon(2, hex("10203000000000000000000000000000 00")), 2, "302010 00000000");
+    row("icon cut in its mask", "ico", icon(24, hex("102030405060")).chopped(4), 24, "partial: 302010 605040");
     row("icon with little alpha", "ico", icon(32, hex("3020100830201080")), 32, "08102030 80102030");
     row("icon without alpha", "ico", icon(32, hex("3020100030201000")), 32, "102030 00000000");
     row("array of bitmaps", "bmp", bitmapArray(maskedBitmap(2, 16, {}, hex("ff7f1f00"))), 16, "ffffff 0000ff");
@@ -194,6 +208,7 @@ void tst_Portable::everyVariantIsRead_data()
     row("BMP with a PNG inside", "bmp", packedBitmap(40, 5, 0, {2, 1}, written(rampImage({2, 1}), "png")), 24,
         colorsOf(decode({written(rampImage({2, 1}), "png"), {}})));
     row("GIF of its frame's colours", "gif", gifOfLocalColors(), 2, "102030");
+    row("JPEG 2000 whose opacity is not marked", "jp2", unmarkedJpeg2000(), 32, "ff0000 4000ff00");
     row("SGI of grey with alpha", "rgb", sgi({2, 1}, 1, 2, false, hex("4080 ff80")), 16, "404040 80808080");
     row("SGI of 16 bits", "rgb", sgi({2, 1}, 2, 1, false, hex("4040 ffff")), 16, "404040 ffffff");
     row("SGI of runs", "rgb",
@@ -208,6 +223,10 @@ void tst_Portable::everyVariantIsRead_data()
         "000000 aa5500 5555ff ffffff");
     row("XWD of the other byte order", "xwd", smallEndianXwd(hex("30201000 60504000")), 32, "102030 405060");
     row("cut XWD", "xwd", smallEndianXwd(hex("30201000 6050")), 32, "partial: 102030 ff5060");
+    row("MBM cut in front of its table", "mbm", mbmOf({{{4, 1}, 8, 0, 0, hex("004080ff")}}).chopped(8), 8,
+        "000000 404040 808080 ffffff");
+    row("cut ART", "art", hex("0000 0400 0000 0200 a000 ff"), 1,
+        "partial: ffffff 000000 ffffff 000000 ffffff ffffff ffffff ffffff");
     row("cut WBMP", "wbmp", hex("0000 0402 50"), 1, "partial: 000000 ffffff 000000 ffffff ffffff ffffff ffffff ffffff");
     row("TIFF of inks with alpha", "tif", tiffPixel(5, 8, 2, hex("00ff000080")), 40, "80ff00ff");
     row("TIFF of deep inks with alpha", "tif", tiffPixel(5, 16, 2, hex("0000ffff000000000080")), 80, "80ff00ff");

@@ -189,6 +189,18 @@ CompletedFile completedWbmp(const QByteArray &bytes)
     return {bytes + QByteArray(qsizetype(missing), '\xff'), true};
 }
 
+CompletedFile completedArt(const QByteArray &bytes)
+{
+    constexpr qsizetype headerBytes = 8;
+    const std::optional<MagickHeader> header = artHeader(ByteReader(bytes), -1);
+    const qint64 rowBytes = header ? (header->size.width() + 15) / 16 * 2 : 0;
+    const qint64 present = bytes.size() - headerBytes;
+    const qint64 missing = header ? rowBytes * header->size.height() - present : 0;
+    if (!isWorthFilling(missing, present, rowBytes))
+        return {bytes, false};
+    return {bytes + QByteArray(qsizetype(missing), '\xff'), true};
+}
+
 CompletedFile completedUtah(const QByteArray &bytes)
 {
     // The code that ends the picture, often enough to be met behind the longest stretch of pixels that can be cut.

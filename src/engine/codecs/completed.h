@@ -23,4 +23,5 @@ CompletedFile completedXwd(const QByteArray &bytes);
 
 CompletedFile completedMac(const QByteArray &bytes);
 CompletedFile completedWbmp(const QByteArray &bytes);
+CompletedFile completedArt(const QByteArray &bytes);
 CompletedFile completedUtah(const QByteArray &bytes);

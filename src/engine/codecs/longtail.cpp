@@ -104,7 +104,7 @@ template <const Format &format> constexpr Codec row(const char *extensions, bool
         }};
 }
 
-constexpr Format art{"ART", "ART", artHeader};
+constexpr Format art{"ART", "ART", artHeader, false, completedArt};
 constexpr Format dcx{"DCX", "DCX", dcxHeader, false, completedDcx};
 constexpr Format hrz{"HRZ", "HRZ", hrzHeader};
 constexpr Format mac{"MacPaint", "MAC", macHeader, false, completedMac};

@@ -26,8 +26,19 @@ size_t tableAt(const ByteReader &bytes)
     return isRomStore(bytes) ? 4 : bytes.u32le(16);
 }
 
+constexpr size_t firstBitmapAt = 20;
+
+/// The table stands last: a file that was cut has none. Its first bitmap still follows the file's header.
+bool isCutBeforeTable(const ByteReader &bytes)
+{
+    return !isRomStore(bytes) && !bytes.has(tableAt(bytes), 8) && bytes.has(firstBitmapAt, headerBytes)
+        && bytes.u32le(firstBitmapAt + 4) == headerBytes;
+}
+
 Result<Place> placeOf(const ByteReader &bytes, int index)
 {
+    if (isCutBeforeTable(bytes))
+        return Place{firstBitmapAt, 0};
     const size_t at = bytes.u32le(tableAt(bytes) + 4 + 4 * size_t(index));
     if (!isRomStore(bytes))
         return Place{at, 0};
@@ -113,6 +124,8 @@ Result<int> bitmapCount(Bytes file)
     const bool fileStore = bytes.u32le(0) == fileStoreUid && bytes.u32le(4) == multiBitmapUid;
     if (!fileStore && !isRomStore(bytes))
         return Failure{QStringLiteral("not a multi-bitmap file")};
+    if (isCutBeforeTable(bytes))
+        return 1;
     const size_t at = tableAt(bytes);
     if (!bytes.has(at, 8))
         return Failure{QStringLiteral("a multi-bitmap file without its table")};
