@@ -135,7 +135,7 @@ bool MoveRun::finishWaiting()
             continue;
         // Before anything is asked about this one, those in front of it are done.
         wanted = removeSources(finished, i) && m_ended(order, placed)
-            && insist(order, [&] { return move->placeAgain(m_wanted); });
+            && insist(order, [&step = *move, this] { return step.placeAgain(m_wanted); });
         finished = i;
     }
     wanted = wanted && removeSources(finished, m_waiting.size());
@@ -156,7 +156,7 @@ bool MoveRun::removeSources(std::size_t first, std::size_t end)
     });
     for (std::size_t i = first; i < end; ++i) {
         const auto &[order, move] = m_waiting[i];
-        if (!named || (!move->isDone() && !insist(order, [&] { return move->removeSource(); })))
+        if (!named || (!move->isDone() && !insist(order, [&step = *move] { return step.removeSource(); })))
             return false;
         ignore(m_ended(order, {}));
     }
