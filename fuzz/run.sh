@@ -27,6 +27,7 @@ seed() {
     compuserve) find "$samples/rle" -type f -size -64k ;;
     iff) find "$samples/iff" "$samples/lbm" -type f -size -64k ;;
     ico) find "$samples/ico" "$samples/cur" -type f -size -64k ;;
+    sgi) find "$samples/rgb" -type f -size -64k ;;
     fpx) find "$samples/fpx" -type f -size -400k ;;
     *) find "$samples/$name" -type f -size -64k ;;
     esac 2> /dev/null | while IFS= read -r file; do

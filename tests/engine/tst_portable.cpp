@@ -17,6 +17,7 @@ private Q_SLOTS:
     void everyVariantIsRead();
     void foreignHeadersAreRefused_data();
     void foreignHeadersAreRefused();
+    void anIconOfTwoSizesIsRefused();
     void cutFilesShowTheirFirstRows_data();
     void cutFilesShowTheirFirstRows();
     void progressiveScansInFrontOfDamageAreShown();
@@ -266,6 +267,14 @@ void tst_Portable::foreignHeadersAreRefused()
 {
     QFETCH(QByteArray, file);
     QVERIFY(!decode({file, QStringLiteral("pnm")}));
+}
+
+void tst_Portable::anIconOfTwoSizesIsRefused()
+{
+    QByteArray file = icon(32, QByteArray(8, '\1')) + QByteArray(2000, '\0');
+    file[6] = 16; // the width that the directory tells
+    file[38] = 1; // packed, so that the toolkit's reader has to try
+    QVERIFY(!decode({file, QStringLiteral("ico")}));
 }
 
 void tst_Portable::cutFilesShowTheirFirstRows_data()

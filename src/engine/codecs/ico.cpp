@@ -226,8 +226,10 @@ Result<Picture> decodeIco(const EncodedFile &file, const DecodeHint &hint)
     Result<QImage> image = readByQt(file.bytes, "ico", {0, entry.number});
     if (!image)
         return image.failure();
+    // Damaged files only: the two readers do not take the size from the same place.
+    if (image->size() != entry.size)
+        return Failure{QStringLiteral("the icon is not as large as its header says")};
     picture.pixels = *std::move(image);
-    picture.info.size = picture.pixels.size();
     return picture;
 }
 
