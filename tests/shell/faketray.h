@@ -117,11 +117,12 @@ inline QList<MenuEntry> menuEntries(const QVariantList &answer)
 inline QString titleOf(const QVariant &toolTip)
 {
     const auto argument = toolTip.value<QDBusArgument>();
-    QString iconName, title;
+    QString iconName, title, text;
     argument.beginStructure();
     argument >> iconName;
     argument.beginArray();
     argument.endArray();
-    argument >> title;
+    argument >> title >> text;
+    argument.endStructure();
     return title;
 }
