@@ -286,7 +286,9 @@ void tst_playback::aRealSoundPlaysToItsEnd()
     QTRY_VERIFY(window().wmp9->duration() > 2.9);
     QVERIFY(window().wmp9->playState() == Player::Stopped && panel(3).isEmpty());
     window().lstDisplay_DblClick();
-    QTRY_COMPARE(panel(3), QStringLiteral("00 : 00 : 01 | 00 : 00 : 03"));
+    // Which second is seen depends on how busy the machine is.
+    QTRY_VERIFY(
+        panel(3).startsWith(QLatin1String("00 : 00 : 0")) && panel(3).endsWith(QLatin1String(" | 00 : 00 : 03")));
     QTRY_VERIFY(panel(3).isEmpty());
     QCOMPARE(window().wmp9->playState(), int(Player::Stopped));
     QVERIFY(!window().tmrShowPlayTime.isActive());
